@@ -1,0 +1,57 @@
+# The README's commands. Each installs the packages it needs (tools/install-deps does nothing when all are there).
+JOBS   ?= $(shell nproc)
+WERROR ?= $(if $(CI),ON,OFF)
+export CMAKE_BUILD_PARALLEL_LEVEL = $(JOBS)
+
+.PHONY: help demo build test core format check asan tsan clean
+
+help:
+	@echo "make demo     build the command-line tool and watch encrypted requests run over pinned TLS"
+	@echo "make test     build everything and run the tests"
+	@echo "make build    programs in build/bin, libraries in build/lib"
+	@echo "make core     the core alone, warnings as errors, in build-core"
+	@echo "make format   rewrite the sources in the project's format"
+	@echo "make check    format and include arrows, changing nothing"
+	@echo "make asan     the tests under AddressSanitizer and UBSan (build-asan)"
+	@echo "make tsan     the tests under ThreadSanitizer (build-tsan)"
+	@echo "make clean    remove the build folders"
+
+demo:
+	tools/install-deps core
+	cmake --preset release -DTORVEL_WERROR=$(WERROR) >/dev/null
+	cmake --build build --target torvel-cli
+	build/bin/torvel demo
+
+build:
+	tools/install-deps core
+	cmake --preset release -DTORVEL_WERROR=$(WERROR)
+	cmake --build build
+
+test:
+	tools/install-deps core test
+	cmake --preset release -DTORVEL_TESTS=ON -DTORVEL_WERROR=$(WERROR)
+	cmake --build build
+	ctest --test-dir build --output-on-failure -j $(JOBS)
+
+core:
+	tools/install-deps core
+	cmake --preset core
+	cmake --build build-core
+
+asan tsan:
+	tools/install-deps core test
+	cmake --preset $@
+	cmake --build build-$@
+	ctest --test-dir build-$@ --output-on-failure -j $(JOBS)
+
+format:
+	tools/install-deps test
+	tools/format
+
+check:
+	tools/install-deps test
+	tools/format --check
+	tools/check_includes
+
+clean:
+	rm -rf build build-*

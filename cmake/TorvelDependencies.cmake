@@ -1,0 +1,11 @@
+# The parts bought in, one place. tools/install-deps names the packages that bring them.
+find_package(Threads REQUIRED)
+find_package(OpenSSL 3.0 REQUIRED)
+find_package(CURL 7.88 REQUIRED)
+find_package(ZLIB REQUIRED)
+find_package(ICU 72 REQUIRED COMPONENTS uc i18n)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(URIPARSER REQUIRED IMPORTED_TARGET liburiparser)
+pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
+pkg_check_modules(SIMDJSON REQUIRED IMPORTED_TARGET simdjson)
+pkg_check_modules(BROTLIDEC REQUIRED IMPORTED_TARGET libbrotlidec)

@@ -1,0 +1,40 @@
+# What a build may choose, and the one INTERFACE target that carries warnings and sanitizers.
+include(GNUInstallDirs)
+
+option(BUILD_SHARED_LIBS "Build libtorvel as a shared library" OFF)
+option(TORVEL_TESTS "Build the tests (needs the test packages)" OFF)
+option(TORVEL_WERROR "Treat warnings as errors" OFF)
+set(TORVEL_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize takes them (address,undefined or thread)")
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+
+find_program(TORVEL_CCACHE ccache)
+if(TORVEL_CCACHE)
+    set(CMAKE_C_COMPILER_LAUNCHER "${TORVEL_CCACHE}")
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${TORVEL_CCACHE}")
+endif()
+
+add_library(torvel_flags INTERFACE)
+target_compile_options(torvel_flags INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual
+    $<$<BOOL:${TORVEL_WERROR}>:-Werror>
+    # Source names in logs and assertions are the library's own, never a builder's folders.
+    "-ffile-prefix-map=${CMAKE_SOURCE_DIR}/="
+    -fstack-protector-strong
+    $<$<AND:$<CONFIG:Release>,$<STREQUAL:${TORVEL_SANITIZE},>>:-D_FORTIFY_SOURCE=2>)
+target_link_options(torvel_flags INTERFACE -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+if(TORVEL_SANITIZE)
+    target_compile_options(torvel_flags INTERFACE "-fsanitize=${TORVEL_SANITIZE}" -fno-omit-frame-pointer -g1)
+    target_link_options(torvel_flags INTERFACE "-fsanitize=${TORVEL_SANITIZE}")
+endif()

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "TorvelPlatform/foundation/URL.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace torvel {
+
+// A directory of resources. Subdirectories named "<language>.lproj" hold the resources of one language.
+// Cheap to copy; two values are equal when they name the same directory. Safe from any thread.
+class Bundle {
+  public:
+    // The host application's resources: the directory given to setMain, else the environment variable
+    // TORVEL_MAIN_BUNDLE, else "Resources" beside the executable. The identifier names the host's own
+    // folders: the one given to setMain, else the executable's name.
+    static Bundle main();
+    static void setMain(const std::filesystem::path& directory, std::string_view identifier = {});
+
+    // The library's own resources: the directory given to setLibrary, else the environment variable
+    // TORVEL_LIBRARY_BUNDLE, else "../share/torvel" beside the executable, else the installed place, else
+    // the build tree.
+    static Bundle library();
+    static void setLibrary(const std::filesystem::path& directory);
+
+    // The bundle at a directory; absent when there is no such directory.
+    static std::optional<Bundle> at(const std::filesystem::path& directory);
+
+    const std::filesystem::path& directory() const;
+    const std::string& identifier() const;
+
+    // The resource "<name>.<type>" (or "<name>" when the type is empty) in the bundle's root, then in the
+    // folder of its current language: the first preferred language that has one, else "en". A directory is
+    // a resource too. Absent when there is none.
+    std::optional<std::string> path(std::string_view forResource, std::string_view ofType) const;
+    std::optional<URL> url(std::string_view forResource, std::string_view withExtension) const;
+
+    bool operator==(const Bundle& other) const { return directory() == other.directory(); }
+
+  private:
+    struct State;
+    explicit Bundle(std::shared_ptr<const State> state) : m_state(std::move(state)) {}
+    std::shared_ptr<const State> m_state;
+};
+
+// The names by which resources find a C++ type: its module and its own name ("Wallet", "LoginView"), and
+// the bundle that holds its resources (the host's main bundle unless said otherwise). Register a type at
+// namespace torvel scope with TORVEL_TYPE.
+template <class T>
+struct TypeName;
+
+#define TORVEL_TYPE(MODULE, TYPE)                           \
+    template <>                                             \
+    struct TypeName<TYPE> {                                 \
+        static constexpr std::string_view module = #MODULE; \
+        static constexpr std::string_view name = #TYPE;     \
+        static Bundle bundle() { return Bundle::main(); }   \
+    }
+
+}  // namespace torvel

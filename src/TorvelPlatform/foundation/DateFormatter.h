@@ -1,0 +1,32 @@
+#pragma once
+
+#include "TorvelPlatform/foundation/Locale.h"
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace torvel {
+
+// Writes dates by a pattern of Unicode TR 35 ("yyyy-MM-dd hh:mm:ssSSS"), in the current time zone.
+//
+// A cheap value over a compiled pattern that the process keeps by pattern and locale, so that making one
+// for every line of a log costs a look-up. Plain numeric patterns are written directly where the locale's
+// digits are Latin and its calendar Gregorian; anything else goes through a kept ICU formatter.
+// Safe from any thread.
+class DateFormatter {
+  public:
+    using Date = std::chrono::system_clock::time_point;
+
+    explicit DateFormatter(std::string_view dateFormat, const Locale& locale = Locale::current());
+
+    // The empty text when the pattern is invalid (reported once to the diagnostics).
+    std::string string(Date date) const;
+
+  private:
+    class Pattern;
+    std::shared_ptr<const Pattern> m_pattern;
+};
+
+}  // namespace torvel

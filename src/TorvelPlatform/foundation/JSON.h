@@ -1,0 +1,49 @@
+#pragma once
+
+#include "TorvelPlatform/foundation/Outcome.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace torvel {
+
+// Why a text is not JSON; `description` is a sentence fit for a log.
+struct JSONError {
+    std::string description;
+};
+
+// A read-only JSON document (RFC 8259), or a value inside one. Values keep their document alive. The whole
+// document is validated by parse(); scalars are documents too. Safe to read from any thread.
+class JSON {
+  public:
+    static Outcome<JSON, JSONError> parse(std::string_view text);
+
+    bool isObject() const;
+    bool isNull() const;
+    // The member of an object; absent when this is no object or has no such member. Of members with the
+    // same name the last one counts.
+    std::optional<JSON> member(std::string_view name) const;
+    // The text of a string value, valid as long as any value of the document lives; absent for other kinds.
+    std::optional<std::string_view> string() const;
+
+  private:
+    struct Document;
+    struct Element;
+    JSON(std::shared_ptr<const Document> document, const Element& element);
+    std::shared_ptr<const Document> m_document;
+    // Position of the value inside the document (the parser's own handle).
+    const void* m_node[2] = {};
+};
+
+// Writes an object of string members in the given order, pretty-printed: one member a line, indented by two
+// spaces, `"name" : "value"`, "/" escaped, as the platform's writer lays it out. Absent when a text is not
+// valid UTF-8.
+struct JSONMember {
+    std::string_view name;
+    std::string_view value;
+};
+std::optional<std::string> prettyPrintedJSON(std::initializer_list<JSONMember> members);
+
+}  // namespace torvel

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <utility>
+#include <variant>
+
+namespace torvel {
+
+// Either a value or the error that took its place. Ask `ok()` (or the Boolean conversion) before reading
+// either side; reading the side that is not there is a programming error (std::bad_variant_access).
+template <class T, class E>
+class [[nodiscard]] Outcome {
+  public:
+    Outcome(T value) : m_state(std::in_place_index<0>, std::move(value)) {}
+    Outcome(E error) : m_state(std::in_place_index<1>, std::move(error)) {}
+
+    bool ok() const { return m_state.index() == 0; }
+    explicit operator bool() const { return ok(); }
+
+    const T& value() const& { return std::get<0>(m_state); }
+    T& value() & { return std::get<0>(m_state); }
+    T&& value() && { return std::get<0>(std::move(m_state)); }
+    const E& error() const { return std::get<1>(m_state); }
+
+  private:
+    std::variant<T, E> m_state;
+};
+
+}  // namespace torvel

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace torvel {
+
+class CharacterSet;
+
+// Replaces every byte of a character outside `allowed`, and every non-ASCII byte, by %XX (upper-case hex).
+// "%" itself is escaped unless allowed, so an already escaped text is escaped again. Absent when `text` is
+// not valid UTF-8.
+std::optional<std::string> addingPercentEncoding(std::string_view text, const CharacterSet& allowed);
+
+// Decodes every %XX. Absent when an escape is malformed or the result is not valid UTF-8.
+std::optional<std::string> removingPercentEncoding(std::string_view text);
+
+}  // namespace torvel

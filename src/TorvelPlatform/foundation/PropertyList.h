@@ -1,0 +1,49 @@
+#pragma once
+
+#include "TorvelPlatform/foundation/Data.h"
+#include "TorvelPlatform/foundation/Outcome.h"
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace torvel {
+
+// Why bytes are not a property list: a sentence for a log, with the place where it is known
+// ("line 4: expected ..." for text forms, "offset 52: ..." for the binary form).
+struct PropertyListError {
+    std::string description;
+};
+
+// A property-list value in any of the platform's forms.
+class PropertyList {
+  public:
+    using Date = std::chrono::system_clock::time_point;
+    using Array = std::vector<PropertyList>;
+    using Dictionary = std::map<std::string, PropertyList, std::less<>>;
+
+    // Reads the XML form, the binary form ("bplist00") or the old text form, told apart by their first bytes.
+    static Outcome<PropertyList, PropertyListError> parse(const Data& bytes);
+
+    template <class T>
+    explicit PropertyList(T value) : m_value(std::move(value)) {}
+
+    // Each nullptr when the value is of another kind.
+    const std::string* string() const { return std::get_if<std::string>(&m_value); }
+    const std::int64_t* integer() const { return std::get_if<std::int64_t>(&m_value); }
+    const double* real() const { return std::get_if<double>(&m_value); }
+    const bool* boolean() const { return std::get_if<bool>(&m_value); }
+    const Data* data() const { return std::get_if<Data>(&m_value); }
+    const Date* date() const { return std::get_if<Date>(&m_value); }
+    const Array* array() const { return std::get_if<Array>(&m_value); }
+    const Dictionary* dictionary() const { return std::get_if<Dictionary>(&m_value); }
+
+  private:
+    std::variant<std::string, std::int64_t, double, bool, Data, Date, Array, Dictionary> m_value;
+};
+
+}  // namespace torvel

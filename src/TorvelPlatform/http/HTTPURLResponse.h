@@ -1,0 +1,17 @@
+#pragma once
+
+#include "TorvelPlatform/foundation/URL.h"
+#include "TorvelPlatform/http/URLRequest.h"
+
+#include <string>
+
+namespace torvel {
+
+// The head of an answer.
+struct HTTPURLResponse {
+    URL url;  // of the last hop
+    int statusCode;
+    HTTPHeaders headers;
+};
+
+}  // namespace torvel

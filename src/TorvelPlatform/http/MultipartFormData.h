@@ -1,0 +1,42 @@
+#pragma once
+
+#include "TorvelPlatform/foundation/Data.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace torvel {
+
+// A multipart/form-data body (RFC 7578). Quotes and line breaks in names are escaped as browsers do
+// (%22, %0D, %0A).
+class MultipartFormData {
+  public:
+    struct Part {
+        Data content;
+        std::string name;
+        std::string fileName;
+        std::string mimeType;
+    };
+
+    MultipartFormData();  // with a random boundary
+
+    void append(Data content, std::string_view withName, std::string_view fileName,
+                std::string_view mimeType);
+
+    const std::string& boundary() const { return m_boundary; }
+    // "multipart/form-data; boundary=..."
+    std::string contentType() const;
+    const std::vector<Part>& parts() const { return m_parts; }
+    // What stands before a part's content (the boundary and the part's header fields), and after the last.
+    std::string head(std::size_t part) const;
+    std::string tail() const;
+    // The size of the whole encoded body in bytes.
+    std::size_t contentLength() const;
+
+  private:
+    std::string m_boundary;
+    std::vector<Part> m_parts;
+};
+
+}  // namespace torvel

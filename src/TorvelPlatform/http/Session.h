@@ -1,0 +1,107 @@
+#pragma once
+
+#include "TorvelPlatform/dispatch/DispatchQueue.h"
+#include "TorvelPlatform/http/HTTPURLResponse.h"
+#include "TorvelPlatform/http/MultipartFormData.h"
+#include "TorvelPlatform/http/ServerTrustManager.h"
+#include "TorvelPlatform/http/SessionError.h"
+#include "TorvelPlatform/http/URLRequest.h"
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace torvel {
+
+// How a request ended. Success is the absence of an error; `data` then is present (and empty for 204, 205
+// and HEAD). A failure keeps what had arrived: the response head, and the bytes if there were any.
+struct DataResponse {
+    std::optional<HTTPURLResponse> response;
+    std::optional<Data> data;
+    std::optional<SessionError> error;
+};
+
+struct URLSessionConfiguration {
+    // The default header fields: Accept-Encoding, Accept-Language (the preferred languages) and User-Agent
+    // (the host program, its version and the library's).
+    static URLSessionConfiguration defaults();
+
+    HTTPHeaders headers;
+    std::size_t maximumConnectionsPerHost = 6;
+    // Bound on a response body, as received and as decompressed; a larger one fails.
+    std::size_t maximumResponseBytes = std::size_t{256} * 1024 * 1024;
+};
+
+class Session;
+
+// One request of a session. Collects its options until responseData() starts it; a handle that is dropped
+// before never sends anything.
+class DataRequest {
+  public:
+    using Completion = std::function<void(DataResponse)>;
+
+    // Demands status 200 to 299, then a content type that the request's Accept header allows (any, when it
+    // names none).
+    DataRequest& validate();
+
+    // Starts the request. `completion` is called exactly once, on `queue`, whatever happens. A response
+    // without bytes is a failure unless its status is 204 or 205 or the method HEAD.
+    void responseData(DispatchQueue& queue, Completion completion);
+
+  protected:
+    friend class Session;
+    struct Draft;
+    explicit DataRequest(std::unique_ptr<Draft> draft);
+    std::unique_ptr<Draft> m_draft;
+
+  public:
+    DataRequest(DataRequest&&) noexcept;
+    ~DataRequest();
+};
+
+// An upload of a multipart form.
+class UploadRequest : public DataRequest {
+  public:
+    // `handler` receives the fraction sent, from above 0 to 1.0, never falling, on `queue`; 1.0 comes last
+    // and before the completion.
+    UploadRequest& uploadProgress(DispatchQueue& queue, std::function<void(double)> handler);
+
+  private:
+    friend class Session;
+    using DataRequest::DataRequest;
+};
+
+// An HTTP client: one background thread (its serial root queue), one pool of connections, one immutable
+// table of trust. Requests keep their session alive, so dropping the last handle cuts nothing in flight.
+// Every operation may be called from any thread.
+class Session {
+  public:
+    static constexpr std::size_t defaultEncodingMemoryThreshold = 10'000'000;
+
+    // The shared session without a trust manager: default trust evaluation.
+    static const std::shared_ptr<Session>& defaultSession();
+
+    explicit Session(URLSessionConfiguration configuration,
+                     std::string rootQueueLabel = "org.alamofire.session.rootQueue",
+                     std::shared_ptr<const ServerTrustManager> serverTrustManager = nullptr);
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    DataRequest request(URLRequest request);
+    // From `usingThreshold` bytes on, the encoded body goes through an unlinked temporary file. The form's
+    // content type replaces the request's.
+    UploadRequest upload(MultipartFormData formData, URLRequest request,
+                         std::size_t usingThreshold = defaultEncodingMemoryThreshold);
+
+    // nullptr when there is none.
+    const std::shared_ptr<const ServerTrustManager>& serverTrustManager() const;
+
+  private:
+    class Core;
+    std::shared_ptr<Core> m_core;
+};
+
+}  // namespace torvel
