@@ -20,7 +20,7 @@ constexpr std::string_view function = "wrapRequest(request:)";
 // The key text for the server's eyes only; empty when it cannot be encrypted, which the server refuses.
 std::string encryptedKeyText(const std::string& key, const SecKey& publicKey) {
     const auto encrypted = RSAUtils::encryptWithRSAKey(Data(key), publicKey, SecPadding::PKCS1);
-    return encrypted ? base64Encoded(encrypted->bytes()) : "";
+    return encrypted ? Base64::encode(encrypted->bytes()) : "";
 }
 
 std::string encryptedBody(const Data& body, const std::string& key) {
@@ -52,7 +52,7 @@ URLRequest EncryptRequestInterceptor::wrapRequest(URLRequest& request) {
     const std::string_view iv = std::string_view(cipher).substr(0, ivSize);
     // Deliberate: every occurrence of the IV text goes, not only the leading one. Servers get what remains.
     const std::string data = removingOccurrences(cipher, iv);
-    const std::string ivText = base64Encoded(Data(iv).bytes());
+    const std::string ivText = Base64::encode(Data(iv).bytes());
     const EnvelopeNames names = envelopeNames(library->wrapperConfig);
     auto envelope = prettyPrintedJSON(
         {{names.requestKey, keyText}, {names.requestData, data}, {names.requestIv, ivText}});

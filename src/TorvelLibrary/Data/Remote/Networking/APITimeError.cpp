@@ -25,9 +25,9 @@ Outcome<APITimeError, DecodingError> APITimeError::decode(const JSON& container)
     std::optional<Data> received;
     if (const auto member = container.member("receivedResponse"); member && !member->isNull()) {
         const std::optional<std::string_view> text = member->string();
-        auto bytes = text ? base64Decoded(*text) : std::nullopt;
+        auto bytes = text ? Base64::decode(*text) : std::nullopt;
         if (!bytes) return DecodingError{"The member \"receivedResponse\" is not a base64 string."};
-        received = Data(std::move(*bytes));
+        received = std::move(*bytes);
     }
     return APITimeError(std::move(message).value(), std::move(code).value(), std::move(received));
 }
