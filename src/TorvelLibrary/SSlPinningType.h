@@ -16,7 +16,9 @@ class SSlPinningType {
         return {Kind::certificate, std::move(files)};
     }
     // By public keys: each the text of a PEM SubjectPublicKeyInfo.
-    static SSlPinningType publicKey(std::vector<std::string> keys) { return {Kind::publicKey, std::move(keys)}; }
+    static SSlPinningType publicKey(std::vector<std::string> keys) {
+        return {Kind::publicKey, std::move(keys)};
+    }
     // Not at all: the platform's default evaluation.
     static SSlPinningType none() { return {Kind::none, {}}; }
 

@@ -17,7 +17,8 @@ std::shared_ptr<Session> makeSession(ServerTrustManager::Evaluators evaluators) 
 }  // namespace
 
 Guarded<std::shared_ptr<TorvelLibrary>>& TorvelLibrary::instance() {
-    static auto* const slot = new Guarded<std::shared_ptr<TorvelLibrary>>;  // never destroyed: callbacks may run late
+    static auto* const slot =
+        new Guarded<std::shared_ptr<TorvelLibrary>>;  // never destroyed: callbacks may run late
     return *slot;
 }
 
@@ -54,7 +55,8 @@ std::shared_ptr<Session> TorvelLibrary::makeManager(const std::string& host) con
         case SSlPinningType::Kind::publicKey:
             return makeSession({{host, std::make_shared<PublicKeysTrustEvaluator>(
                                            getSSLPinningPublicKeys(sslType.pins()))}});
-        case SSlPinningType::Kind::none: break;
+        case SSlPinningType::Kind::none:
+            break;
     }
     return Session::defaultSession();
 }

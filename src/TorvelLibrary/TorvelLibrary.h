@@ -1,17 +1,17 @@
 #pragma once
 
-#include <map>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "TorvelLibrary/SSlPinningType.h"
 #include "TorvelLibrary/Utils/FontSizesDependency.h"
 #include "TorvelLibrary/WrapperConfig.h"
 #include "TorvelPlatform/foundation/Guarded.h"
 #include "TorvelPlatform/foundation/URL.h"
 #include "TorvelPlatform/http/Session.h"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace torvel {
 

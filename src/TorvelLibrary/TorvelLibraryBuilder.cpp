@@ -7,10 +7,10 @@ namespace torvel {
 using CurrencyMap = std::map<std::string, std::string>;
 
 // Every setter is the same three words over another field.
-#define TORVEL_SETTER(NAME, TYPE, FIELD)                             \
-    TorvelLibraryBuilder& TorvelLibraryBuilder::NAME(TYPE value) {   \
-        FIELD = std::move(value);                                    \
-        return *this;                                                \
+#define TORVEL_SETTER(NAME, TYPE, FIELD)                           \
+    TorvelLibraryBuilder& TorvelLibraryBuilder::NAME(TYPE value) { \
+        FIELD = std::move(value);                                  \
+        return *this;                                              \
     }
 
 TORVEL_SETTER(setServerURL, std::string, serverURL)

@@ -1,13 +1,13 @@
 #pragma once
 
+#include "TorvelLibrary/SSlPinningType.h"
+#include "TorvelLibrary/Utils/FontSizesDependency.h"
+#include "TorvelLibrary/WrapperConfig.h"
+
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
-
-#include "TorvelLibrary/SSlPinningType.h"
-#include "TorvelLibrary/Utils/FontSizesDependency.h"
-#include "TorvelLibrary/WrapperConfig.h"
 
 namespace torvel {
 

@@ -1,10 +1,10 @@
 #include "TorvelLibrary/Utils/Extenstions.h"
 
-#include <filesystem>
-
 #include "TorvelLibrary/Utils/LogUtils.h"
 #include "TorvelPlatform/foundation/PercentEncoding.h"
 #include "TorvelPlatform/foundation/URLComponents.h"
+
+#include <filesystem>
 
 namespace torvel {
 namespace {
@@ -42,7 +42,8 @@ PayloadDictionary queryParameters(std::string_view text) {
     return parameters;
 }
 
-std::optional<URL> getPathURLFromBundle(std::string_view name, std::string_view extension, const Bundle& bundle) {
+std::optional<URL> getPathURLFromBundle(std::string_view name, std::string_view extension,
+                                        const Bundle& bundle) {
     std::optional<URL> url = bundle.url(name, extension);
     if (!url)
         LogUtils::e("Resource named " + std::string(name) + " not found at bundle.",
@@ -72,15 +73,23 @@ Bundle resourceBundle(const Bundle& ofType, std::string_view module) {
 
 std::string_view mimeType(const Data& data) {
     switch (data.empty() ? 0 : data.bytes().front()) {
-        case 0xFF: return "image/jpeg";
-        case 0x89: return "image/png";
-        case 0x47: return "image/gif";
+        case 0xFF:
+            return "image/jpeg";
+        case 0x89:
+            return "image/png";
+        case 0x47:
+            return "image/gif";
         case 0x49:
-        case 0x4D: return "image/tiff";
-        case 0x25: return "application/pdf";
-        case 0xD0: return "application/vnd";
-        case 0x46: return "text/plain";
-        default: return "application/octet-stream";
+        case 0x4D:
+            return "image/tiff";
+        case 0x25:
+            return "application/pdf";
+        case 0xD0:
+            return "application/vnd";
+        case 0x46:
+            return "text/plain";
+        default:
+            return "application/octet-stream";
     }
 }
 

@@ -1,14 +1,14 @@
 #pragma once
 
-#include <optional>
-#include <string>
-#include <string_view>
-
 #include "TorvelLibrary/Utils/PayloadDictionary.h"
 #include "TorvelPlatform/foundation/Bundle.h"
 #include "TorvelPlatform/foundation/Data.h"
 #include "TorvelPlatform/foundation/ScreenEnvironment.h"
 #include "TorvelPlatform/foundation/URL.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
 
 namespace torvel {
 
@@ -26,7 +26,8 @@ PayloadDictionary queryParameters(std::string_view text);
 // --- Files and resources. A failure is logged as an error and gives an absent result. ---
 
 // The URL of the resource `name`.`extension` of a bundle.
-std::optional<URL> getPathURLFromBundle(std::string_view name, std::string_view extension, const Bundle& bundle);
+std::optional<URL> getPathURLFromBundle(std::string_view name, std::string_view extension,
+                                        const Bundle& bundle);
 // The URL of the file `name`.`extension` in the Documents directory, as the caller found it.
 std::optional<URL> getPathURLFromDocumentsDirectory(std::string_view name, std::string_view extension,
                                                     const std::optional<URL>& directoryURL);

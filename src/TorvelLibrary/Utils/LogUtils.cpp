@@ -1,11 +1,11 @@
 #include "TorvelLibrary/Utils/LogUtils.h"
 
+#include "TorvelPlatform/foundation/Diagnostics.h"
+#include "TorvelPlatform/foundation/Guarded.h"
+
 #include <atomic>
 #include <chrono>
 #include <cstdio>
-
-#include "TorvelPlatform/foundation/Diagnostics.h"
-#include "TorvelPlatform/foundation/Guarded.h"
 
 namespace torvel {
 namespace {
@@ -13,7 +13,8 @@ namespace {
 std::atomic<bool> isLoggingEnabled{false};
 
 Guarded<std::string>& currentDateFormat() {
-    static auto* const format = new Guarded<std::string>("yyyy-MM-dd hh:mm:ssSSS");  // usable until the very end
+    static auto* const format =
+        new Guarded<std::string>("yyyy-MM-dd hh:mm:ssSSS");  // usable until the very end
     return *format;
 }
 
@@ -21,7 +22,9 @@ std::string_view sourceFileName(std::string_view filePath) {
     return filePath.substr(filePath.find_last_of('/') + 1);  // npos + 1 is 0: the whole path
 }
 
-void logDiagnostic(std::string_view message, const std::source_location& where) { LogUtils::e(message, where); }
+void logDiagnostic(std::string_view message, const std::source_location& where) {
+    LogUtils::e(message, where);
+}
 
 // The platform's rooms know nothing of this log: it offers itself as the sink of their diagnostics.
 [[maybe_unused]] const bool isDiagnosticSink = (setDiagnosticSink(logDiagnostic), true);

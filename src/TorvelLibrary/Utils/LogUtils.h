@@ -1,13 +1,13 @@
 #pragma once
 
+#include "TorvelPlatform/foundation/DateFormatter.h"
+
 #include <charconv>
 #include <concepts>
 #include <source_location>
 #include <sstream>
 #include <string>
 #include <string_view>
-
-#include "TorvelPlatform/foundation/DateFormatter.h"
 
 namespace torvel {
 

@@ -18,8 +18,7 @@ class AnyHashable {
     AnyHashable(const char* text) : AnyHashable(std::string(text)) {}
 
     template <std::equality_comparable T>
-        requires(!std::same_as<T, AnyHashable>)
-    AnyHashable(T value)
+    requires(!std::same_as<T, AnyHashable>) AnyHashable(T value)
         : m_hash(std::hash<T>{}(value)),
           m_value(std::move(value)),
           m_equals([](const std::any& a, const std::any& b) {

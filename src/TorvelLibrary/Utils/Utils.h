@@ -1,9 +1,9 @@
 #pragma once
 
-#include <optional>
-
 #include "TorvelPlatform/foundation/Data.h"
 #include "TorvelPlatform/foundation/URL.h"
+
+#include <optional>
 
 namespace torvel {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <optional>
-
 #include "TorvelPlatform/security/SecKey.h"
+
+#include <optional>
 
 namespace torvel {
 

@@ -1,13 +1,14 @@
 #include "TorvelLibrary/crypto/RSAUtils.h"
 
-#include <algorithm>
-
 #include "TorvelPlatform/foundation/FatalError.h"
 #include "TorvelPlatform/foundation/NSLog.h"
 
+#include <algorithm>
+
 namespace torvel {
 
-std::optional<Data> RSAUtils::encryptWithRSAKey(const Data& data, const SecKey& rsaKeyRef, SecPadding padding) {
+std::optional<Data> RSAUtils::encryptWithRSAKey(const Data& data, const SecKey& rsaKeyRef,
+                                                SecPadding padding) {
     constexpr std::size_t paddingOverhead = 11;
     const std::size_t blockSize = rsaKeyRef.blockSize();
     if (blockSize < paddingOverhead) fatalError("The key's blocks are too small for PKCS#1 padding");

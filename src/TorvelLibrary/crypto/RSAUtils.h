@@ -1,9 +1,9 @@
 #pragma once
 
-#include <optional>
-
 #include "TorvelPlatform/foundation/Data.h"
 #include "TorvelPlatform/security/SecKey.h"
+
+#include <optional>
 
 namespace torvel {
 
@@ -14,7 +14,8 @@ class RSAUtils {
     // kept whatever padding is passed) and encrypts each into one whole block. No bytes give no bytes.
     // Absent when a piece cannot be encrypted; the status then goes to the system log. A key whose blocks
     // are smaller than 11 bytes stops the process.
-    static std::optional<Data> encryptWithRSAKey(const Data& data, const SecKey& rsaKeyRef, SecPadding padding);
+    static std::optional<Data> encryptWithRSAKey(const Data& data, const SecKey& rsaKeyRef,
+                                                 SecPadding padding);
 };
 
 }  // namespace torvel

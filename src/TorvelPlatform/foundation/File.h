@@ -1,9 +1,9 @@
 #pragma once
 
-#include <string>
-
 #include "TorvelPlatform/foundation/Data.h"
 #include "TorvelPlatform/foundation/Outcome.h"
+
+#include <string>
 
 namespace torvel {
 

@@ -23,7 +23,8 @@ class Guarded {
         std::swap(m_value, value);
     }
 
-    // The value, made by `make` first if there is none (the value is false). `make` runs at most once at a time.
+    // The value, made by `make` first if there is none (the value is false). `make` runs at most once at a
+    // time.
     template <class Make>
     T loadOr(Make make) {
         const std::lock_guard lock(m_mutex);

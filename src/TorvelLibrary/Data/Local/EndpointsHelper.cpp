@@ -44,7 +44,8 @@ EndpointsHelper::EndPoint EndpointsHelper::getEndPoint(std::string_view endpoint
 std::shared_ptr<EndpointsHelper> EndpointsHelper::instance() { return slot().load(); }
 
 void EndpointsHelper::loadAppEndPoints() {
-    if (const auto url = getPathURLFromBundle("EndpointsConfig", "plist", Bundle::main())) return setEndPointsPlist(*url);
+    if (const auto url = getPathURLFromBundle("EndpointsConfig", "plist", Bundle::main()))
+        return setEndPointsPlist(*url);
     LogUtils::e("EndpointsConfig plist Not Found In App", {source, "loadAppEndPoints()"});
 }
 

@@ -1,13 +1,13 @@
 #pragma once
 
+#include "TorvelPlatform/foundation/Guarded.h"
+#include "TorvelPlatform/foundation/URL.h"
+
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-
-#include "TorvelPlatform/foundation/Guarded.h"
-#include "TorvelPlatform/foundation/URL.h"
 
 namespace torvel {
 
@@ -24,10 +24,12 @@ class EndpointsHelper {
 
     // What a look-up found, in the form that the caller asks for:
     //   std::optional<std::string> path = EndpointsHelper::getEndPoint("login");  // absent when unknown
-    //   std::string target = EndpointsHelper::getEndPoint("login");               // the identifier when unknown
+    //   std::string target = EndpointsHelper::getEndPoint("login");               // the identifier when
+    //   unknown
     class EndPoint {
       public:
-        EndPoint(std::string_view id, std::optional<std::string> value) : m_id(id), m_value(std::move(value)) {}
+        EndPoint(std::string_view id, std::optional<std::string> value)
+            : m_id(id), m_value(std::move(value)) {}
         operator std::optional<std::string>() && { return std::move(m_value); }
         operator std::string() && { return m_value ? std::move(*m_value) : std::string(m_id); }
 

@@ -1,8 +1,8 @@
 #pragma once  // internal
 
-#include <string_view>
-
 #include "TorvelLibrary/WrapperConfig.h"
+
+#include <string_view>
 
 namespace torvel {
 

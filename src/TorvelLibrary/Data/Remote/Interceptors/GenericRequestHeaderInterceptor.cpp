@@ -27,7 +27,8 @@ std::string encryptedBody(const Data& body, const std::string& key) {
     const std::optional<std::string> text = body.utf8Text();
     if (!text) fatalError("A request body must be UTF-8 text to be encrypted");
     std::optional<std::string> cipher = AES256CBC::encryptString(*text, key);
-    if (!cipher) fatalError("The request body cannot be encrypted: it is empty, or the key is not 16 characters");
+    if (!cipher)
+        fatalError("The request body cannot be encrypted: it is empty, or the key is not 16 characters");
     return std::move(*cipher);
 }
 

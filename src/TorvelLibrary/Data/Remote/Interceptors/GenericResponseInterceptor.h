@@ -1,8 +1,8 @@
 #pragma once
 
-#include <string>
-
 #include "TorvelLibrary/Data/Remote/Networking/ResponseParser.h"
+
+#include <string>
 
 namespace torvel {
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <optional>
-#include <string>
-
 #include "TorvelPlatform/foundation/Data.h"
 #include "TorvelPlatform/foundation/Decodable.h"
 #include "TorvelPlatform/foundation/JSON.h"
+
+#include <optional>
+#include <string>
 
 namespace torvel {
 

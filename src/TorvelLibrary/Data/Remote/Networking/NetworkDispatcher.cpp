@@ -47,13 +47,16 @@ DataRequest::Completion deliverTo(const ResponseInterceptors& responseIntercepto
     };
 }
 
-Data afterInterceptors(Data bytes, const ResponseInterceptors& responseInterceptors, std::string_view function) {
+Data afterInterceptors(Data bytes, const ResponseInterceptors& responseInterceptors,
+                       std::string_view function) {
     for (const auto& interceptor : responseInterceptors) bytes = interceptor->parseResponse(std::move(bytes));
     debug(labelled("Response After Interceptors - ", bytes), function);
     return bytes;
 }
 
-void reportUnexpected(const OnError& onError) { onError(APITimeError("Unexpected Error", "-1", std::nullopt)); }
+void reportUnexpected(const OnError& onError) {
+    onError(APITimeError("Unexpected Error", "-1", std::nullopt));
+}
 
 }  // namespace
 
@@ -83,8 +86,8 @@ void NetworkDispatcher::deleteRequest(std::string_view target, Data postBody, st
                                       const RequestInterceptors& requestInterceptors,
                                       const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
                                       OnError onError) const {
-    requestWithBody("DELETE", target, std::move(postBody), mimeType, requestInterceptors, responseInterceptors,
-                    std::move(onSuccess), std::move(onError));
+    requestWithBody("DELETE", target, std::move(postBody), mimeType, requestInterceptors,
+                    responseInterceptors, std::move(onSuccess), std::move(onError));
 }
 
 void NetworkDispatcher::requestWithBody(const char* method, std::string_view target, Data body,
@@ -115,8 +118,9 @@ void NetworkDispatcher::getRequest(std::string_view target, std::string_view mim
 void NetworkDispatcher::multipartRequest(std::string_view target, std::string_view requestType, Data postBody,
                                          std::string_view mimeType, std::string_view fileName,
                                          const RequestInterceptors& requestInterceptors,
-                                         const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
-                                         OnError onError, OnUploadProgress onUploadProgress) const {
+                                         const ResponseInterceptors& responseInterceptors,
+                                         OnSuccess onSuccess, OnError onError,
+                                         OnUploadProgress onUploadProgress) const {
     std::optional<URLRequest> request = getRequest(target);
     if (!request) return reportUnexpected(onError);
     request->httpMethod = requestType;
@@ -179,11 +183,13 @@ void NetworkDispatcher::consumeMultipartRequest(URLRequest& request, Data fileDa
                       deliverTo(responseInterceptors, std::move(onSuccess), std::move(onError)));
 }
 
-void NetworkDispatcher::handleResponse(DataResponse response, const ResponseInterceptors& responseInterceptors,
+void NetworkDispatcher::handleResponse(DataResponse response,
+                                       const ResponseInterceptors& responseInterceptors,
                                        const OnSuccess& onSuccess, const OnError& onError) {
     constexpr std::string_view function = "handleResponse(response:responseInterceptors:onSuccess:onError:)";
     URLCache::shared().removeAllCachedResponses();
-    if (!response.error) return handleResponseData(std::move(*response.data), responseInterceptors, onSuccess);
+    if (!response.error)
+        return handleResponseData(std::move(*response.data), responseInterceptors, onSuccess);
 
     const std::string code = response.response ? std::to_string(response.response->statusCode) : "-1";
     std::string description = response.error->localizedDescription;
@@ -199,7 +205,8 @@ void NetworkDispatcher::handleResponse(DataResponse response, const ResponseInte
     onError(APITimeError(std::move(description), code, std::move(response.data)));
 }
 
-void NetworkDispatcher::handleResponseData(Data responseData, const ResponseInterceptors& responseInterceptors,
+void NetworkDispatcher::handleResponseData(Data responseData,
+                                           const ResponseInterceptors& responseInterceptors,
                                            const OnSuccess& onSuccess) {
     constexpr std::string_view function = "handleResponseData(responseData:responseInterceptors:onSuccess:)";
     debug(labelled("Response As received - ", responseData), function);

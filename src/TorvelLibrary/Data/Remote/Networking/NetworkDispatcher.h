@@ -1,17 +1,17 @@
 #pragma once
 
+#include "TorvelLibrary/Data/Remote/Networking/RequestWrapper.h"
+#include "TorvelLibrary/Data/Remote/Networking/ResponseParser.h"
+#include "TorvelPlatform/foundation/Data.h"
+#include "TorvelPlatform/foundation/Decodable.h"
+#include "TorvelPlatform/http/Session.h"
+
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "TorvelLibrary/Data/Remote/Networking/RequestWrapper.h"
-#include "TorvelLibrary/Data/Remote/Networking/ResponseParser.h"
-#include "TorvelPlatform/foundation/Data.h"
-#include "TorvelPlatform/foundation/Decodable.h"
-#include "TorvelPlatform/http/Session.h"
 
 namespace torvel {
 
@@ -79,7 +79,8 @@ class NetworkDispatcher {
                                const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
                                OnError onError);
     static void consumeMultipartRequest(URLRequest& request, Data fileData, std::string_view mimeType,
-                                        std::string_view fileName, const RequestInterceptors& requestInterceptors,
+                                        std::string_view fileName,
+                                        const RequestInterceptors& requestInterceptors,
                                         const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
                                         OnError onError, OnUploadProgress onUploadProgress);
     // Sets the facade's timeout (absent: stops the process) and the content type, then runs the interceptors.

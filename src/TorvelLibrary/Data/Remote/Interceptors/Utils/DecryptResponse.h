@@ -15,7 +15,8 @@ class DecryptResponse {
 
     // The plain text of a base64 cipher text and the 24 characters of its base64 IV; absent when it does
     // not decrypt. Deliberate: the key goes to the debug log. Keep logging off where logs are kept.
-    std::optional<std::string> decryptResponse(std::string_view responseData, std::string_view responseIV) const;
+    std::optional<std::string> decryptResponse(std::string_view responseData,
+                                               std::string_view responseIV) const;
 
   private:
     std::string m_aesKey;
