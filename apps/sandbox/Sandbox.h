@@ -89,7 +89,7 @@ struct Exchange {
 };
 
 // Runs from start() to its destruction, which drops every connection and never waits for a peer. All
-// operations may be called from any thread.
+// operations may be called from any thread. Serving makes the process ignore SIGPIPE (cpp-httplib sets that).
 class Sandbox {
   public:
     // The error is one line.

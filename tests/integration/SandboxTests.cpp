@@ -1,95 +1,17 @@
-// The sandbox driven by tools that share nothing with it: curl and the openssl command line.
-#include "sandbox/Envelope.h"
 #include "sandbox/Sandbox.h"
+#include "support/SandboxTest.h"
 
-#include <array>
+#include <algorithm>
 #include <chrono>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 
 #include <arpa/inet.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace torvel::sandbox {
 namespace {
 
 using testing::ContainsRegex;
 using testing::HasSubstr;
-
-struct Ran {
-    int exit;
-    std::string out;
-};
-
-Ran shell(const std::string& command) {
-    std::FILE* pipe = popen(command.c_str(), "r");
-    Ran ran{-1, ""};
-    std::array<char, 4096> buffer{};
-    for (std::size_t got; (got = fread(buffer.data(), 1, buffer.size(), pipe)) > 0;)
-        ran.out.append(buffer.data(), got);
-    ran.exit = WEXITSTATUS(pclose(pipe));
-    return ran;
-}
-
-// Commands find $URL, $CA, $DIR (the written identity), and $TOKEN once logged in.
-class SandboxTest : public testing::Test {
-  protected:
-    ~SandboxTest() override { std::filesystem::remove_all(m_directory); }
-
-    void start(SandboxOptions options = {}) {
-        auto started = Sandbox::start(std::move(options));
-        ASSERT_TRUE(started) << started.error();
-        m_sandbox = std::move(started.value());
-        ASSERT_EQ(m_sandbox->identity().write(m_directory), std::nullopt);
-        setenv("URL", m_sandbox->url().c_str(), 1);
-        setenv("PORT", std::to_string(m_sandbox->port()).c_str(), 1);
-        setenv("DIR", m_directory.c_str(), 1);
-        setenv("CA", (m_directory / "ca.pem").c_str(), 1);
-    }
-
-    // The token is cut out of the answer by sed, as a script would.
-    void logIn() {
-        const Ran ran =
-            shell(R"(curl -s --cacert "$CA" "$URL/api/v1/login" -d '{"msisdn":"0700000001","pin":"4321"}' )"
-                  R"sh(| sed -n 's/.*"token":"\([0-9a-f]*\)".*/\1/p' | tr -d '\n')sh");
-        ASSERT_EQ(ran.out.size(), 32U);
-        setenv("TOKEN", ran.out.c_str(), 1);
-    }
-
-    // `arguments` are shell text; the status code stands on the last line of the output.
-    static Ran curl(const std::string& arguments) {
-        return shell(R"(curl -s --max-time 20 --cacert "$CA" -H "Authorization: Bearer $TOKEN" )"
-                     R"(-w '\n%{http_code}' )" +
-                     arguments);
-    }
-
-    const std::filesystem::path m_directory =
-        std::filesystem::temp_directory_path() / ("sandbox_tests_" + std::to_string(getpid()));
-    std::unique_ptr<Sandbox> m_sandbox;
-};
-
-struct Row {
-    const char* name;
-    const char* arguments;
-    int exit;  // curl's own codes: 0 fine, 18 partial body, 47 redirects, 52 nothing, 56 receive, 60 CA, 61
-               // coding
-    const char* output;  // a regular expression
-};
-
-void expectRows(const std::vector<Row>& rows, const std::function<Ran(const std::string&)>& run) {
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const Ran ran = run(row.arguments);
-        EXPECT_EQ(ran.exit, row.exit);
-        EXPECT_THAT(ran.out, ContainsRegex(row.output));
-    }
-}
 
 TEST_F(SandboxTest, WalletStory) {
     start();
@@ -175,114 +97,6 @@ TEST_F(SandboxTest, OnlyTheIdentityProvesIt) {
     EXPECT_EQ(shell(R"(curl -s --cacert "$CA" "$URL/echo")").exit, 0);
 }
 
-// Commands after this find $envelope, $sealedKey, $data and $iv, made by the openssl command line, and
-// openAnswer.
-constexpr char makeEnvelope[] = ". '" TORVEL_TEST_SUPPORT "/envelope.sh'\n";
-
-void useForm(bool payload) {
-    setenv("K", payload ? "payloadToken" : "RequestKey", 1);
-    setenv("D", payload ? "payloadText" : "RequestData", 1);
-    setenv("V", payload ? "payloadVariable" : "RequestIv", 1);
-    setenv("RD", payload ? "payloadText" : "ResponseData", 1);
-    setenv("RV", payload ? "payloadVariable" : "ResponseIv", 1);
-}
-
-void useKey(const char* key, const char* bits) {
-    setenv("KEY", key, 1);
-    setenv("BITS", bits, 1);
-    setenv("IV", "aB3dE6gH9jK2mN5p", 1);
-}
-
-TEST_F(SandboxTest, EnvelopesOfTheOpensslTool) {
-    start();
-    logIn();
-    setenv("PLAIN", R"({"to":"0711","amount":"10"})", 1);
-    struct KeyRow {
-        const char *name, *key, *bits;
-        bool payload;
-    };
-    for (const KeyRow& row : {KeyRow{"AES-128", "k3yk3yk3yk3yk3y!", "128", false},
-                              KeyRow{"AES-192", "k3yk3yk3yk3yk3y!k3yk3yk3", "192", false},
-                              KeyRow{"AES-256", "k3yk3yk3yk3yk3y!k3yk3yk3yk3yk3y!", "256", true},
-                              KeyRow{"AES-128, payload names", "k3yk3yk3yk3yk3y!", "128", true}}) {
-        SCOPED_TRACE(row.name);
-        useForm(row.payload);
-        useKey(row.key, row.bits);
-        const Ran ran =
-            shell(std::string(makeEnvelope) + R"(post "$URL/api/v1/transfer" -d "$envelope" | openAnswer)");
-        EXPECT_THAT(ran.out, HasSubstr(R"("amount":"10.00")"));
-        const Exchange last = m_sandbox->exchanges().back();
-        EXPECT_EQ(last.plainText, R"({"to":"0711","amount":"10"})");
-        EXPECT_EQ(last.keyText, row.key);
-        EXPECT_EQ(last.plainAnswer, ran.out);
-        EXPECT_THAT(last.answer, HasSubstr(row.payload ? "payloadVariable" : "ResponseIv"));
-    }
-}
-
-TEST_F(SandboxTest, TheHeaderFormIsAnsweredInTheFlavoursForm) {
-    for (const bool payload : {false, true}) {
-        start({.flavour = payload ? "QuentaMerchantApp" : "VelmMoney"});
-        logIn();
-        useForm(payload);
-        useKey("k3yk3yk3yk3yk3y!", "128");
-        const std::string get =
-            std::string(makeEnvelope) + R"(post "$URL/api/v1/balance" -H "RequestKey: $sealedKey" )";
-        EXPECT_THAT(shell(get + "| openAnswer").out, HasSubstr(R"("balance":"1000.00")"));
-        setenv("TOKEN", "stale", 1);
-        EXPECT_THAT(shell(get).out, HasSubstr("SESSION_ENDED")) << "a 401 is never sealed";
-    }
-}
-
-TEST_F(SandboxTest, FaultyEnvelopesAreNamed) {
-    start();
-    useForm(false);
-    useKey("k3yk3yk3yk3yk3y!", "128");
-    setenv("PLAIN", "{}", 1);
-    const std::vector<Row> rows = {
-        {"no IV", R"({\"RequestKey\":\"$sealedKey\",\"RequestData\":\"$data\"})", 0, "RequestIv is missing"},
-        {"IV of 15 bytes",
-         R"({\"RequestKey\":\"$sealedKey\",\"RequestData\":\"$data\",\"RequestIv\":\"YUIzZEU2Z0g5aksybU41\"})",
-         0, "RequestIv is not 24 characters of base64 of 16 bytes"},
-        {"IV a number", R"({\"RequestKey\":\"$sealedKey\",\"RequestData\":\"$data\",\"RequestIv\":1})", 0,
-         "RequestIv is not a string"},
-        {"data not base64", R"({\"RequestKey\":\"$sealedKey\",\"RequestData\":\"?\",\"RequestIv\":\"$iv\"})",
-         0, "RequestData is not base64"},
-        {"data no blocks",
-         R"({\"RequestKey\":\"$sealedKey\",\"RequestData\":\"AAAA\",\"RequestIv\":\"$iv\"})", 0,
-         "RequestData is not a whole number of 16-byte blocks"},
-        {"data of another key",
-         R"({\"RequestKey\":\"$sealedKey\",\"RequestData\":\"AAAAAAAAAAAAAAAAAAAAAA==\",\"RequestIv\":\"$iv\"})",
-         0, "RequestData does not open: wrong key or padding"},
-        {"key text empty", R"({\"RequestKey\":\"\",\"RequestData\":\"$data\",\"RequestIv\":\"$iv\"})", 0,
-         "RequestKey is not base64 of an encrypted key"},
-        {"key text damaged", R"({\"RequestKey\":\"AAAA\",\"RequestData\":\"$data\",\"RequestIv\":\"$iv\"})",
-         0, "RequestKey does not open with the server's private key"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const Ran ran = shell(std::string(makeEnvelope) + R"(post -w '\n%{http_code}' "$URL/echo" -d ")" +
-                              row.arguments + '"');
-        EXPECT_THAT(ran.out, ContainsRegex(std::string("BAD_ENVELOPE.*") + row.output + ".*\n400$"));
-    }
-    useKey("only 15 letters", "128");
-    EXPECT_THAT(shell(std::string(makeEnvelope) + R"(post "$URL/echo" -H "RequestKey: $sealedKey")").out,
-                HasSubstr("holds a key of 15 bytes, not 16, 24 or 32"));
-}
-
-TEST_F(SandboxTest, LongKeysComeInSeveralBlocks) {
-    start();
-    useForm(false);
-    useKey("k3yk3yk3yk3yk3y!", "128");
-    setenv("PLAIN", "{}", 1);
-    const Ran ran = shell(std::string(makeEnvelope) + R"(
-        sealedKey=$({ printf k3yk3yk3 | toServer; printf 'yk3yk3y!' | toServer; } | toBase64)
-        printf %s "{\"$K\":\"$sealedKey\",\"$D\":\"$data\",\"$V\":\"$iv\"}")");
-    const auto opened = openRequestEnvelope(ran.out, m_sandbox->identity().serverKeyPem);
-    ASSERT_TRUE(opened) << opened.error().message;
-    EXPECT_EQ(opened.value().keyText, "k3yk3yk3yk3yk3y!");
-    EXPECT_EQ(opened.value().plainText, "{}");
-}
-
 const std::vector<Row> misbehaviours = {
     {"status", R"(-i "$URL/misbehave/status?code=503&body=busy&type=text/plain&field=Retry-After:7")", 0,
      "Retry-After: 7\r\n(.*\n)*busy\n503$"},
@@ -329,31 +143,6 @@ TEST_F(SandboxTest, MisbehavesOverPlainHttp) {
         return arguments.find("https://") == std::string::npos ? curl(arguments)
                                                                : Ran{0, "1 https://localhost:1/echo"};
     });
-}
-
-TEST_F(SandboxTest, GarbageEnvelopes) {
-    start();
-    useForm(false);
-    useKey("k3yk3yk3yk3yk3y!", "128");
-    const std::vector<Row> rows = {
-        {"data-not-base64", "", 0, R"("ResponseData":"\*not base64\*","ResponseIv":".{22}==")"},
-        {"iv-not-base64", "", 0, R"("ResponseIv":"\*not base64, 24 octets!\*")"},
-        {"no-iv", "", 0, R"(^\{"ResponseData":"[^"]*"\}$)"},
-        {"iv-not-text", "", 0, R"("ResponseIv":1\})"},
-        {"not-blocks", "", 0, R"("ResponseData":"[^"]{20}")"},
-        {"bad-padding", "| openAnswer 2>&1", 1, "bad decrypt"},
-        {"array", "", 0, R"(^\[1\]$)"},
-        {"not-json", "", 0, R"(^\{"ResponseData":$)"},
-        {"sound", "", 0, "there is no garbage of kind sound"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const Ran ran = shell(std::string(makeEnvelope) +
-                              R"(post -H "RequestKey: $sealedKey" "$URL/misbehave/garbage?kind=)" + row.name +
-                              "\" " + row.arguments);
-        EXPECT_EQ(ran.exit, row.exit);
-        EXPECT_THAT(ran.out, ContainsRegex(row.output));
-    }
 }
 
 TEST_F(SandboxTest, RecordsWhatArrived) {
