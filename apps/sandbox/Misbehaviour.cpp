@@ -119,34 +119,37 @@ Reply loop(const Scene&) { return {302, "", "", {{"Location", "/misbehave/loop"}
 
 Reply unsealed(const Scene&) { return {200, R"({"status":"ok"})"}; }
 
+// False for a kind that it does not know.
+bool damage(Json& envelope, EnvelopeForm form, const std::string& kind) {
+    const bool payload = form == EnvelopeForm::payload;
+    Json& data = envelope[payload ? "payloadText" : "ResponseData"];
+    const char* ivName = payload ? "payloadVariable" : "ResponseIv";
+    if (kind == "data-not-base64")
+        data = "*not base64*";
+    else if (kind == "not-blocks")
+        data = base64("fifteen octets.");
+    else if (kind == "iv-not-base64")
+        envelope[ivName] = "*not base64, 24 octets!*";
+    else if (kind == "iv-not-text")
+        envelope[ivName] = 1;
+    else
+        return kind == "no-iv" && envelope.erase(ivName) == 1;
+    return true;
+}
+
 Reply garbage(const Scene& scene) {
     const std::string kind = scene.call.query("kind").value_or("data-not-base64");
+    const std::string& key = scene.keyText;
     if (kind == "array") return {200, "[1]"};
     if (kind == "scalar") return {200, "1"};
     if (kind == "not-json") return {200, R"({"ResponseData":)"};
-    const bool payload = scene.form == EnvelopeForm::payload;
-    const char* data = payload ? "payloadText" : "ResponseData";
-    const char* iv = payload ? "payloadVariable" : "ResponseIv";
-    const std::string& key = scene.keyText;
     if (key.empty()) return badQuery("a sealed answer needs the request's key");
-    const bool padded = kind != "bad-padding";
+    if (kind == "wrong-key") return {200, *sealResponse("{}", hex(randomBytes(key.size() / 2)), scene.form)};
     // Without padding the last byte of the plain text stands where the padding's length would: '~' is 126.
-    const auto sealed = sealResponse(padded ? R"({"status":"ok"})" : "this is no pad ~",
-                                     kind == "wrong-key" ? hex(randomBytes(key.size() / 2)) : key, scene.form,
-                                     padded ? Padding::pkcs7 : Padding::none);
-    Json envelope = Json::parse(sealed.value_or("{}"));
-    if (kind == "data-not-base64")
-        envelope[data] = "*not base64*";
-    else if (kind == "iv-not-base64")
-        envelope[iv] = "*not base64, 24 octets!*";
-    else if (kind == "no-iv")
-        envelope.erase(iv);
-    else if (kind == "iv-not-text")
-        envelope[iv] = 1;
-    else if (kind == "not-blocks")
-        envelope[data] = base64("fifteen octets.");
-    else if (padded && kind != "wrong-key")
-        return badQuery("there is no garbage of kind " + kind);
+    if (kind == "bad-padding")
+        return {200, *sealResponse("this is no pad ~", key, scene.form, Padding::none)};
+    Json envelope = Json::parse(*sealResponse(R"({"status":"ok"})", key, scene.form));
+    if (!damage(envelope, scene.form, kind)) return badQuery("there is no garbage of kind " + kind);
     return {200, envelope.dump()};
 }
 
