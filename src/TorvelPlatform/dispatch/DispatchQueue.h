@@ -13,13 +13,15 @@ namespace torvel {
 //
 // The main queue belongs to the thread that drains it (the host's main thread). It never starts a thread:
 // the host calls run(), or drain() whenever wakeFd() becomes readable in a loop of its own (Qt, GLib, epoll).
-// Every other queue owns one thread.
+// Every other queue owns one thread, named after the last part of the label. A queue must outlive whoever
+// may still post to it. An exception that leaves an item ends the process (std::terminate).
 class DispatchQueue {
   public:
     using Work = std::function<void()>;
 
     static DispatchQueue& main();
-    // A new serial queue with a thread of its own. Its destructor runs what was posted, then joins.
+    // A new serial queue with a thread of its own. Its destructor runs what was posted, then joins; inside
+    // one of its own items it cannot wait, so the thread finishes the rest by itself.
     explicit DispatchQueue(std::string label);
     ~DispatchQueue();
     DispatchQueue(const DispatchQueue&) = delete;
@@ -32,12 +34,13 @@ class DispatchQueue {
     // Posts several items with one wake-up, in order.
     void async(std::vector<Work> batch);
 
-    // --- The main queue only; calling these on another queue is a fatal error. ---
+    // --- The main queue only; on another queue these end the process. ---
 
     // Runs what has been posted so far (items posted meanwhile wait for the next call), without blocking.
     // Returns how many items ran. Not re-entrant: a nested call returns 0.
     std::size_t drain();
-    // Runs items as they come until stop() is called, from any thread or from an item.
+    // Runs items as they come until stop() is called, from any thread or from an item: what was posted
+    // before stop() still runs. Neither run() nor runUntil() may be called from inside an item.
     void run();
     void stop();
     // Runs items as they come until `done` is true (asked after each batch) or the time is up; returns
@@ -48,8 +51,8 @@ class DispatchQueue {
 
   private:
     struct State;
-    explicit DispatchQueue(std::unique_ptr<State> state);
-    std::unique_ptr<State> m_state;
+    explicit DispatchQueue(std::shared_ptr<State> state);
+    std::shared_ptr<State> m_state;  // shared with the queue's thread
 };
 
 }  // namespace torvel

@@ -203,8 +203,9 @@ Outcome<PropertyList, PropertyListError> parseText(std::string text) {
     joinLineEnds(text);
     const std::size_t first = text.find_first_not_of(" \t\r\n");
     if (first == std::string::npos || text[first] != '<') return parseOldStylePropertyList(text);
-    if (auto fault = faultInXMLPropertyList(text)) return std::move(*fault);
-    return readBy(plist_from_xml, text);
+    const auto plain = plainXMLPropertyList(text);
+    if (!plain) return plain.error();
+    return readBy(plist_from_xml, plain.value());
 }
 
 }  // namespace

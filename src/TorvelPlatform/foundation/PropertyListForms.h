@@ -15,9 +15,11 @@ constexpr int maximumPropertyListDepth = 512;
 // "line 4: <message>", for a position in a text.
 PropertyListError faultAtLine(std::string_view text, std::size_t position, const std::string& message);
 
-// What keeps a UTF-8 text from being an XML property list: faults of the markup, of the order of elements, of
-// their contents. Document types with declarations of their own are refused, so that no entity expands.
-std::optional<PropertyListError> faultInXMLPropertyList(std::string_view text);
+// The same list as a UTF-8 text's XML property list in the plainest markup, for libplist: without prolog,
+// comments, attributes and entities, which it decodes in quadratic time. The error is the first fault of the
+// markup, of the order of elements or of their contents. Document types with declarations of their own are
+// refused, so that no entity expands.
+Outcome<std::string, PropertyListError> plainXMLPropertyList(std::string_view text);
 
 // What keeps bytes from being a binary property list ("bplist00"): trailer, offsets, markers, counts and
 // references out of bounds, cycles, depth, and an expanded size out of all proportion. Also refused: nulls,

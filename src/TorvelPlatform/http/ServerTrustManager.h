@@ -53,7 +53,8 @@ class DefaultTrustEvaluator final : public ServerTrustEvaluating {
     bool m_validateHost;
 };
 
-// The default evaluation, then: some certificate of the verified chain is one of the pins.
+// The default evaluation (chain and dates if either of the two flags is set, the name for validateHost),
+// then: some certificate of the verified chain is one of the pins.
 class PinnedCertificatesTrustEvaluator final : public ServerTrustEvaluating {
   public:
     explicit PinnedCertificatesTrustEvaluator(std::vector<SecCertificate> certificates,

@@ -160,13 +160,14 @@ TEST(XMLPropertyList, ErrorsSayWhereAndWhat) {
 // Values as python's plistlib reads them.
 TEST(XMLPropertyList, TextsAndNumbersInAllTheirSpellings) {
     const auto list = PropertyList::parse(Data(
-        "<plist><array><string> a&#x20AC;&#233;<![CDATA[<&amp;]]><!-- x -->&apos;\r\n</string><integer> 0x1F "
+        "<plist><array><string>]]&gt;&lt; a&#x20AC;&#233;<![CDATA[<&amp;]]>]]&gt; <!-- x --> "
+        "&apos;\r\n</string><integer> 0x1F "
         "</integer>"
         "<integer>+5</integer><real>1e3</real><data>\n\tAQ ID\n</data><dict><key>a</key><true/><key>a</key>"
         "<string>last</string></dict></array></plist>"));
     ASSERT_TRUE(list.ok()) << list.error().description;
     const PropertyList::Array& items = *list.value().array();
-    EXPECT_EQ(*items[0].string(), " a\u20ac\u00e9<&amp;'\n");
+    EXPECT_EQ(*items[0].string(), "]]>< a\u20ac\u00e9<&amp;]]>  '\n");
     EXPECT_EQ(*items[1].integer(), 31);
     EXPECT_EQ(*items[2].integer(), 5);
     EXPECT_EQ(*items[3].real(), 1000.0);

@@ -5,10 +5,15 @@
 #include <cstdint>
 #include <cstring>
 
+#include <unicode/unistr.h>
+
 namespace torvel {
 namespace {
 
 constexpr std::string_view whitespace = " \t\r\n";
+
+// libplist's dictionaries grow slower with every key.
+constexpr std::size_t maximumKeys = 100000;
 
 bool isOneOf(char c, std::string_view set) { return set.find(c) != std::string_view::npos; }
 
@@ -87,14 +92,15 @@ struct Tag {
     std::string written() const { return (closing ? "</" : "<") + std::string(name) + '>'; }
 };
 
-// Walks the document once. Every step answers whether all is well; the first that is not leaves the error.
-class Checker {
+// Walks the document once and writes it anew. Every step answers whether all is well; the first that is not
+// leaves the error.
+class Rewriter {
   public:
-    explicit Checker(std::string_view text) : m_text(text) {}
+    explicit Rewriter(std::string_view text) : m_text(text) {}
 
-    std::optional<PropertyListError> check() {
-        if (document()) return std::nullopt;
-        return m_error;
+    Outcome<std::string, PropertyListError> rewrite() {
+        if (!document()) return std::move(m_error);
+        return "<plist>" + m_plain + "</plist>";
     }
 
   private:
@@ -148,16 +154,17 @@ class Checker {
 
     // White space, comments and processing instructions.
     bool skipMiscellany() {
-        while (true) {
+        skipSpace();
+        while (isAside()) {
+            if (!skipAside()) return false;
             skipSpace();
-            if (rest().starts_with("<!--")) {
-                if (!skipPast("-->", "a comment")) return false;
-            } else if (rest().starts_with("<?")) {
-                if (!skipPast("?>", "a processing instruction")) return false;
-            } else {
-                return true;
-            }
         }
+        return true;
+    }
+
+    bool isAside() const { return rest().starts_with("<!--") || rest().starts_with("<?"); }
+    bool skipAside() {
+        return rest()[1] == '!' ? skipPast("-->", "a comment") : skipPast("?>", "a processing instruction");
     }
 
     bool unexpected(const Tag& tag, const std::string& expected) {
@@ -201,19 +208,22 @@ class Checker {
         if (tag.name == "dict" || tag.name == "array") {
             if (depth == maximumPropertyListDepth)
                 return fail(tag.position, "containers are nested too deeply");
-            if (tag.empty) return true;
-            return tag.name == "dict" ? dictionary(depth + 1) : array(depth + 1);
+            m_plain += tag.written();
+            const bool whole = tag.empty || (tag.name == "dict" ? dictionary(depth + 1) : array(depth + 1));
+            m_plain.append("</").append(tag.name) += '>';
+            return whole;
         }
         if (tag.name == "key") return unexpected(tag, "a value");
         return scalar(tag);
     }
 
     bool dictionary(int depth) {
-        while (true) {
+        for (std::size_t count = 0;; ++count) {
             Tag tag;
             if (!nextTag(tag, "<key> or </dict>")) return false;
             if (tag.closing) return tag.name == "dict" || unexpected(tag, "</dict>");
             if (tag.name != "key") return unexpected(tag, "<key>");
+            if (count == maximumKeys) return fail(tag.position, "the dictionary has too many keys");
             if (!scalar(tag) || !nextTag(tag, "a value") || !value(tag, depth)) return false;
         }
     }
@@ -233,8 +243,31 @@ class Checker {
         if (kind == std::end(scalars)) return fail(tag.position, "unknown element " + tag.written());
         std::string content;
         if (!tag.empty && !textOf(tag, content)) return false;
-        if (kind->isValid(content)) return true;
-        return fail(tag.position, "expected " + std::string(kind->content) + " in " + tag.written());
+        if (!kind->isValid(content)) {
+            return fail(tag.position, "expected " + std::string(kind->content) + " in " + tag.written());
+        }
+        writeScalar(tag, content);
+        return true;
+    }
+
+    void writeScalar(const Tag& tag, std::string_view content) {
+        m_plain += tag.written();
+        if (content.find_first_of("<&") == std::string_view::npos) {
+            m_plain += content;
+        } else {
+            writeSections(content);
+        }
+        m_plain.append("</").append(tag.name) += '>';
+    }
+
+    // "]]>" cannot stand in a CDATA section: the next one takes its end.
+    void writeSections(std::string_view content) {
+        for (std::size_t end = 0; end != std::string_view::npos;) {
+            end = content.find("]]>");
+            const std::string_view section = content.substr(0, end == std::string_view::npos ? end : end + 2);
+            m_plain.append("<![CDATA[").append(section).append("]]>");
+            content.remove_prefix(section.size());
+        }
     }
 
     // The text of an element, entities decoded, to the end of its closing tag.
@@ -250,8 +283,8 @@ class Checker {
                 const std::size_t begin = m_position + std::strlen("<![CDATA[");
                 if (!skipPast("]]>", "a CDATA section")) return false;
                 content += m_text.substr(begin, m_position - std::strlen("]]>") - begin);
-            } else if (rest().starts_with("<!--") || rest().starts_with("<?")) {
-                if (!skipMiscellany()) return false;
+            } else if (isAside()) {
+                if (!skipAside()) return false;
             } else {
                 return closing(tag);
             }
@@ -266,53 +299,58 @@ class Checker {
     }
 
     bool entity(std::string& content) {
-        const std::size_t begin = m_position + 1;
-        const std::size_t end = m_text.find(';', begin);
-        const std::string_view name = m_text.substr(begin, std::min<std::size_t>(end - begin, 10));
-        static constexpr std::pair<std::string_view, char> predefined[] = {
-            {"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
-        const auto known = std::find_if(std::begin(predefined), std::end(predefined),
-                                        [name](const auto& row) { return row.first == name; });
-        if (known != std::end(predefined)) {
-            content += known->second;
-        } else if (!isCharacterReference(name)) {
-            return fail(m_position,
-                        "unknown entity &" + std::string(name.substr(0, name.find_first_of("<& \n"))));
-        } else {
-            content += '?';  // only texts may hold one, and theirs are not looked at
+        static constexpr std::size_t longest = 10;  // "&#x10FFFF;"
+        const std::string_view written = rest().substr(0, longest);
+        const std::size_t end = written.find(';');
+        const std::string_view name = written.substr(1, end == std::string_view::npos ? 0 : end - 1);
+        const std::optional<UChar32> scalar = name.starts_with('#') ? numbered(name.substr(1)) : named(name);
+        if (!scalar) {
+            const std::string_view shown = written.substr(0, written.find_first_of("; <\n"));
+            return fail(m_position, "unknown entity " + std::string(shown));
         }
-        m_position = end + 1;
+        icu::UnicodeString(*scalar).toUTF8String(content);
+        m_position += end + 1;
         return true;
     }
 
-    // "#233" or "#xE9", of a character that XML 1.0 (2.2) allows.
-    static bool isCharacterReference(std::string_view name) {
-        if (!name.starts_with('#')) return false;
-        const bool hex = name.starts_with("#x");
-        name.remove_prefix(hex ? 2 : 1);
+    static std::optional<UChar32> named(std::string_view name) {
+        static constexpr std::pair<std::string_view, UChar32> predefined[] = {
+            {"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
+        for (const auto& [known, scalar] : predefined) {
+            if (known == name) return scalar;
+        }
+        return std::nullopt;
+    }
+
+    // The character of "233" or "xE9", if XML 1.0 (2.2) allows it.
+    static std::optional<UChar32> numbered(std::string_view digits) {
+        const int base = digits.starts_with('x') ? 16 : 10;
+        if (base == 16) digits.remove_prefix(1);
         std::uint32_t scalar = 0;
-        const auto read = std::from_chars(name.data(), name.data() + name.size(), scalar, hex ? 16 : 10);
-        if (read.ec != std::errc() || read.ptr != name.data() + name.size()) return false;
-        if (scalar < 0x20) return isOneOf(static_cast<char>(scalar), "\t\n\r");
-        return scalar < 0xD800 || (scalar > 0xDFFF && scalar < 0xFFFE) ||
-               (scalar > 0xFFFF && scalar < 0x110000);
+        const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), scalar, base);
+        if (read.ec != std::errc() || read.ptr != digits.data() + digits.size()) return std::nullopt;
+        const bool allowed = scalar < 0x20 ? scalar != 0 && isOneOf(static_cast<char>(scalar), whitespace)
+                                           : scalar < 0xD800 || (scalar > 0xDFFF && scalar < 0x110000 &&
+                                                                 scalar != 0xFFFE && scalar != 0xFFFF);
+        return allowed ? std::optional(static_cast<UChar32>(scalar)) : std::nullopt;
     }
 
     std::string_view m_text;
     std::size_t m_position = 0;
+    std::string m_plain;
     PropertyListError m_error;
 };
 
 }  // namespace
 
-std::optional<PropertyListError> faultInXMLPropertyList(std::string_view text) {
+Outcome<std::string, PropertyListError> plainXMLPropertyList(std::string_view text) {
     const auto control = std::find_if(text.begin(), text.end(), [](char c) {
         return static_cast<unsigned char>(c) < 0x20 && !isOneOf(c, whitespace);
     });
     if (control != text.end()) {
         return faultAtLine(text, static_cast<std::size_t>(control - text.begin()), "a control character");
     }
-    return Checker(text).check();
+    return Rewriter(text).rewrite();
 }
 
 }  // namespace torvel
