@@ -4,7 +4,6 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 
 namespace torvel {
 namespace {
@@ -157,8 +156,7 @@ class Checker {
 
     bool date(const Marker& marker) {
         const auto seconds = std::bit_cast<double>(number(marker.payload, 8));  // since 2001
-        constexpr double limit =
-            8.0e9;  // a quarter of a millennium each way, what nanoseconds in 64 bits hold
+        constexpr double limit = 8.0e9;  // 250 years each way: nanoseconds in 64 bits hold little more
         return std::abs(seconds) < limit || fail(marker.payload, "the date is out of range");
     }
 

@@ -51,15 +51,13 @@ bool isReal(std::string_view text) { return isNumber<double>(withoutPlus(trimmed
 bool isDate(std::string_view text) { return propertyListDate(trimmed(text)).has_value(); }
 
 bool isBase64(std::string_view text) {
+    static constexpr std::string_view alphabet =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string digits(text);
     std::erase_if(digits, [](char c) { return isOneOf(c, whitespace); });
-    const std::size_t end = std::min(digits.find('='), digits.size());
-    const auto isDigit = [](char c) {
-        return c != '=' && (isOneOf(c, "+/") || std::isalnum(static_cast<unsigned char>(c)));
-    };
-    return digits.size() % 4 == 0 && digits.size() - end <= 2 &&
-           std::all_of(digits.begin(), digits.begin() + static_cast<std::ptrdiff_t>(end), isDigit) &&
-           digits.find_first_not_of('=', end) == std::string::npos;
+    const std::size_t end = std::min(digits.find_first_not_of(alphabet), digits.size());
+    const std::string_view padding = std::string_view(digits).substr(end);
+    return digits.size() % 4 == 0 && (padding.empty() || padding == "=" || padding == "==");
 }
 
 bool isBlank(std::string_view text) { return trimmed(text).empty(); }

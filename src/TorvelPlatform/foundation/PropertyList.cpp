@@ -66,9 +66,9 @@ std::optional<PropertyList> convertedFarDate(plist_t node) {
     plist_to_xml(node, &xml, &size);
     const Allocated<char> owner(xml);
     const std::string_view text(xml, xml == nullptr ? 0 : size);
-    const std::size_t begin = std::min(text.find("<date>"), text.size());
-    const std::optional<PropertyList::Date> date =
-        propertyListDate(text.substr(begin).substr(0, text.find("</date>") - begin).substr(6));
+    const std::size_t element = text.find("<date>");
+    if (element == std::string_view::npos) return std::nullopt;
+    const auto date = propertyListDate(text.substr(element + 6, 20));
     return date ? std::optional<PropertyList>(*date) : std::nullopt;
 }
 
@@ -154,7 +154,8 @@ Outcome<PropertyList, PropertyListError> readBy(Reader reader, std::string_view 
     const NumbersInC numbers;
     reader(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &node);
     const Plist owner(node);
-    std::optional<PropertyList> list = node != nullptr ? converted(node) : std::nullopt;
+    if (node == nullptr) return PropertyListError{"offset 0: libplist cannot read the property list"};
+    std::optional<PropertyList> list = converted(node);
     if (!list) return PropertyListError{"offset 0: the property list holds a text that is not valid UTF-8"};
     return std::move(*list);
 }

@@ -23,7 +23,7 @@ Outcome<std::string, PropertyListError> plainXMLPropertyList(std::string_view te
 
 // What keeps bytes from being a binary property list ("bplist00"): trailer, offsets, markers, counts and
 // references out of bounds, cycles, depth, and an expanded size out of all proportion. Also refused: nulls,
-// sets, integers beyond 64 bits, texts with a NUL character.
+// sets, integers beyond 64 bits, texts with a NUL character or half a surrogate pair.
 std::optional<PropertyListError> faultInBinaryPropertyList(std::string_view bytes);
 
 // "2024-02-29T12:34:56Z", within what PropertyList::Date holds.

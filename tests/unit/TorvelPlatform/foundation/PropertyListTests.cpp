@@ -151,6 +151,8 @@ TEST(XMLPropertyList, ErrorsSayWhereAndWhat) {
         {"too deep", repeated("<array>", 1000000), "line 1: expected <plist>, found <array>"},
         {"too deep inside", open + repeated("<dict><key>a</key>", 100000),
          "line 1: containers are nested too deeply"},
+        {"too many keys", list("<dict>" + repeated("<key>a</key><true/>", 100001) + "</dict>"),
+         "line 1: the dictionary has too many keys"},
         {"empty", "", "offset 0: the property list is empty"},
         {"Latin-1", list("<string>\xE9</string>"),
          "offset 0: the property list is neither valid UTF-8 nor UTF-16"},
