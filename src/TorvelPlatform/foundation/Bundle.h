@@ -36,9 +36,8 @@ class Bundle {
 
     // The resource "<name>.<type>" (or "<name>" when the type is empty) in the bundle's root, then in the
     // folder of its current language: the first preferred language that has one, itself ("fr-CA.lproj",
-    // "fr_CA.lproj") or by its base ("fr.lproj"), else "en". A directory is
-    // a resource too. The name may lead through subdirectories ("a/b"), but not by "..". Absent when there
-    // is none.
+    // "fr_CA.lproj") or by its base ("fr.lproj"), else "en". A directory is a resource too. The name may lead
+    // through subdirectories ("a/b"), but not by "..". Absent when there is none.
     std::optional<std::string> path(std::string_view forResource, std::string_view ofType) const;
     std::optional<URL> url(std::string_view forResource, std::string_view withExtension) const;
 

@@ -62,7 +62,7 @@ std::string withoutNumbers(std::string_view text) {
 
 simdjson::simdjson_result<element> parseInto(simdjson::dom::document& tape, std::string_view text) {
     simdjson::dom::parser parser;
-    return parser.parse_into_document(tape, text.data(), text.size());
+    return parser.parse_into_document(tape, text.empty() ? "" : text.data(), text.size());
 }
 
 // Characters that stand in a JSON text as themselves: not controls, quote, backslash, and not "/" either,
@@ -161,7 +161,8 @@ std::optional<std::string> prettyPrintedJSON(std::initializer_list<JSONMember> m
         size += member.name.size() + member.value.size();
     }
     out.reserve(size + size / 32 + 64);  // of base64 digits, one in 64 is an escaped "/"
-    std::string_view separator = "{\n  ";
+    out += "{\n";
+    std::string_view separator = "  ";
     for (const JSONMember& member : members) {
         out += separator;
         appendQuoted(out, member.name);

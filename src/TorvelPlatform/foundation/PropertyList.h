@@ -8,6 +8,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -26,11 +27,20 @@ class PropertyList {
     using Array = std::vector<PropertyList>;
     using Dictionary = std::map<std::string, PropertyList, std::less<>>;
 
-    // Reads the XML form, the binary form ("bplist00") or the old text form, told apart by their first bytes.
+    // Reads the binary form ("bplist00"), the XML form (text that starts with "<") or the old text form, with
+    // or without the braces of its root dictionary; texts in UTF-8 or UTF-16. Of equal keys the last counts.
+    // Dates lie in 1678 to 2261, integers in 64 bits; unique identifiers of keyed archives are integers.
+    // Bytes from outside are safe to give: depth and size in memory are bounded.
     static Outcome<PropertyList, PropertyListError> parse(const Data& bytes);
 
     template <class T>
     explicit PropertyList(T value) : m_value(std::move(value)) {}
+
+    PropertyList(const PropertyList&);
+    PropertyList(PropertyList&&) noexcept;
+    PropertyList& operator=(const PropertyList&);
+    PropertyList& operator=(PropertyList&&) noexcept;
+    ~PropertyList();
 
     // Each nullptr when the value is of another kind.
     const std::string* string() const { return std::get_if<std::string>(&m_value); }

@@ -38,6 +38,7 @@ TEST(JSON, WholeDocumentsAreValidated) {
         {"1000 levels", std::string(1000, '[') + std::string(1000, ']'), true},
         {"a million levels", std::string(1000000, '['), false},
     };
+    EXPECT_FALSE(JSON::parse({}).ok());
     for (const Row& row : rows) {
         const auto json = JSON::parse(row.text);
         EXPECT_EQ(json.ok(), row.valid) << row.name;
@@ -69,6 +70,7 @@ TEST(JSON, PrettyPrintedAsThePlatformsWriter) {
               "{\n  \"RequestKey\" : \"a\\/b\",\n  \"RequestData\" : \"+=\"\n}");
     EXPECT_EQ(prettyPrintedJSON({{"k\n", "\"\\\b\f\r\t\x01\x1f\x7f\u20ac"}}),
               "{\n  \"k\\n\" : \"\\\"\\\\\\b\\f\\r\\t\\u0001\\u001f\x7f\u20ac\"\n}");
+    EXPECT_EQ(prettyPrintedJSON({}), "{\n\n}");
     EXPECT_FALSE(prettyPrintedJSON({{"a", "\xff"}}));
     EXPECT_FALSE(prettyPrintedJSON({{"\xff", "a"}}));
 }

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "TorvelPlatform/foundation/PropertyList.h"
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace torvel {
+
+// An immutable table of texts by key, as strings files hold them. Safe to read from any thread.
+class StringsTable {
+  public:
+    // Reads a strings file: `"key" = "value";` in UTF-8 or UTF-16, or an XML or binary property list. The
+    // root must be a dictionary and every value a string.
+    static Outcome<StringsTable, PropertyListError> parse(const Data& bytes);
+
+    // Valid as long as the table lives; nullptr for an unknown key.
+    const std::string* value(std::string_view key) const;
+    std::size_t size() const { return m_values.size(); }
+
+  private:
+    struct Hash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+    };
+    std::unordered_map<std::string, std::string, Hash, std::equal_to<>> m_values;
+};
+
+}  // namespace torvel
