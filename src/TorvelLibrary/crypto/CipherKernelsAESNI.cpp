@@ -147,23 +147,40 @@ class EncryptingChain {
     __m128i m_state;
 };
 
-// Decrypts `count` blocks and leaves the last cipher block in `chain`.
-template <int count>
-void decryptGroup(RoundKeys keys, __m128i& chain, const __m128i* cipher, std::uint8_t* out) {
-    __m128i state[count];
-    for (int b = 0; b < count; ++b) state[b] = cipher[b];
-    decryptSideBySide<count>(keys, state);
-    store(out, _mm_xor_si128(state[0], chain));
-    for (int b = 1; b < count; ++b) store(out + 16 * b, _mm_xor_si128(state[b], cipher[b - 1]));
-    chain = cipher[count - 1];
-}
+// Decrypts runs of blocks one behind the other.
+class DecryptingChain {
+  public:
+    DecryptingChain(const AESKeySchedule& schedule, const std::uint8_t* iv)
+        : m_keys(schedule), m_before(load(iv)) {}
 
-template <int count>
-void decryptLoaded(RoundKeys keys, __m128i& chain, const std::uint8_t* in, std::uint8_t* out) {
-    __m128i cipher[count];
-    for (int b = 0; b < count; ++b) cipher[b] = load(in + 16 * b);
-    decryptGroup<count>(keys, chain, cipher, out);
-}
+    template <int count>
+    void decrypt(const __m128i* cipher, std::uint8_t* out) {
+        __m128i state[count];
+        for (int b = 0; b < count; ++b) state[b] = cipher[b];
+        decryptSideBySide<count>(m_keys, state);
+        for (int b = 0; b < count; ++b) {
+            const __m128i plain = _mm_xor_si128(state[b], b == 0 ? m_before : cipher[b - 1]);
+            m_seen = _mm_or_si128(m_seen, plain);
+            store(out + 16 * b, plain);
+        }
+        m_before = cipher[count - 1];
+    }
+
+    template <int count>
+    void decrypt(const std::uint8_t* in, std::uint8_t* out) {
+        __m128i cipher[count];
+        for (int b = 0; b < count; ++b) cipher[b] = load(in + 16 * b);
+        decrypt<count>(cipher, out);
+    }
+
+    // Of all plain bytes so far.
+    bool isASCII() const { return _mm_movemask_epi8(m_seen) == 0; }
+
+  private:
+    DecryptingKeys m_keys;
+    __m128i m_before;  // the cipher block before the next one
+    __m128i m_seen = _mm_setzero_si128();
+};
 
 // --- Base64 (RFC 4648), 12 bytes to 16 characters. After Mula and Lemire, "Faster base64 encoding and
 // decoding using AVX2 instructions" (2018).
@@ -306,10 +323,9 @@ void cbcEncrypt(const AESKeySchedule& schedule, const std::uint8_t* iv, const st
 
 void cbcDecrypt(const AESKeySchedule& schedule, const std::uint8_t* iv, const std::uint8_t* in,
                 std::uint8_t* out, std::size_t blocks) {
-    const DecryptingKeys keys(schedule);
-    __m128i chain = load(iv);
-    for (; blocks >= 8; blocks -= 8, in += 128, out += 128) decryptLoaded<8>(keys, chain, in, out);
-    for (; blocks > 0; --blocks, in += 16, out += 16) decryptLoaded<1>(keys, chain, in, out);
+    DecryptingChain chain(schedule, iv);
+    for (; blocks >= 8; blocks -= 8, in += 128, out += 128) chain.decrypt<8>(in, out);
+    for (; blocks > 0; --blocks, in += 16, out += 16) chain.decrypt<1>(in, out);
 }
 
 void cbcEncryptToBase64(const AESKeySchedule& schedule, const std::uint8_t* iv, const std::uint8_t* in,
@@ -334,27 +350,28 @@ void cbcEncryptToBase64(const AESKeySchedule& schedule, const std::uint8_t* iv, 
     memcpy(out + (rest == 2 ? 43 : 22), "==", rest == 2 ? 1 : 2);
 }
 
-bool cbcDecryptFromBase64(const AESKeySchedule& schedule, const std::uint8_t* iv, const char* text,
-                          std::uint8_t* out, std::size_t blocks) {
-    const DecryptingKeys keys(schedule);
-    __m128i chain = load(iv), faults = _mm_setzero_si128(), cipher[6];
+DecryptedText cbcDecryptFromBase64(const AESKeySchedule& schedule, const std::uint8_t* iv, const char* text,
+                                   std::uint8_t* out, std::size_t blocks) {
+    DecryptingChain chain(schedule, iv);
+    __m128i faults = _mm_setzero_si128(), cipher[6];
     for (; blocks >= 6; blocks -= 6, text += 128, out += 96) {
         decode64(text, cipher, faults);
         decode64(text + 64, cipher + 3, faults);
-        decryptGroup<6>(keys, chain, cipher, out);
+        chain.decrypt<6>(cipher, out);
     }
     if (blocks >= 3) {
         decode64(text, cipher, faults);
-        decryptGroup<3>(keys, chain, cipher, out);
+        chain.decrypt<3>(cipher, out);
         blocks -= 3, text += 64, out += 48;
     }
     bool padded = true;
     if (blocks > 0) {
         padded = decodeTail(text, blocks, cipher, faults);
-        decryptGroup<1>(keys, chain, cipher, out);
-        if (blocks == 2) decryptGroup<1>(keys, chain, cipher + 1, out + 16);
+        chain.decrypt<1>(cipher, out);
+        if (blocks == 2) chain.decrypt<1>(cipher + 1, out + 16);
     }
-    return padded && !any(faults);
+    if (!padded || any(faults)) return DecryptedText::notBase64;
+    return chain.isASCII() ? DecryptedText::ascii : DecryptedText::otherBytes;
 }
 
 }  // namespace aesni

@@ -92,9 +92,26 @@ class Decryptor {
         for (unsigned i = 0; i < count; ++i) blocks[i] = _mm512_aesdeclast_epi128(state[i], lastKey[i]);
     }
 
+    // Stores plain vectors, or the lanes of one.
+    template <unsigned count>
+    void store(const __m512i* plain, std::uint8_t* out) {
+        for (unsigned i = 0; i < count; ++i) {
+            m_seen = _mm512_or_si512(m_seen, plain[i]);
+            _mm512_storeu_si512(out + 64 * i, plain[i]);
+        }
+    }
+    void store(__mmask64 lanes, __m512i plain, std::uint8_t* out) {
+        m_seen = _mm512_or_si512(m_seen, _mm512_maskz_mov_epi8(lanes, plain));
+        _mm512_mask_storeu_epi8(out, lanes, plain);
+    }
+
+    // Of all plain bytes stored so far.
+    bool isASCII() const { return _mm512_movepi8_mask(m_seen) == 0; }
+
   private:
     __m512i m_keys[rounds + 1];
     __m512i m_before;  // whose last block comes before the next one
+    __m512i m_seen = _mm512_setzero_si512();
 };
 
 // The lanes of vector `index` that belong to the first `count` bytes.
@@ -116,13 +133,13 @@ bool decryptTail(Decryptor<rounds>& decryptor, Decoder& decoder, const char* tex
             _mm512_mask_loadu_epi8(_mm512_set1_epi8('A'), lanesBelow(digits, i), text + textVector * i);
     decoder.decode(loaded, plain);
     decryptor.template decrypt<3>(plain);
-    for (unsigned i = 0; i < 3; ++i) _mm512_mask_storeu_epi8(out + 64 * i, lanesBelow(bytes, i), plain[i]);
+    for (unsigned i = 0; i < 3; ++i) decryptor.store(lanesBelow(bytes, i), plain[i], out + 64 * i);
     return memcmp(text + digits, "==", padding) == 0;
 }
 
 template <unsigned rounds>
-bool decryptRounds(const AESKeySchedule& schedule, const std::uint8_t* iv, const char* text,
-                   std::uint8_t* out, std::size_t blocks) {
+DecryptedText decryptRounds(const AESKeySchedule& schedule, const std::uint8_t* iv, const char* text,
+                            std::uint8_t* out, std::size_t blocks) {
     Decryptor<rounds> decryptor(schedule, iv);
     Decoder decoder;
     __m512i loaded[8], plain[6];
@@ -132,21 +149,22 @@ bool decryptRounds(const AESKeySchedule& schedule, const std::uint8_t* iv, const
         decoder.decode(loaded, plain);
         decoder.decode(loaded + 4, plain + 3);
         decryptor.template decrypt<6>(plain);
-        for (unsigned i = 0; i < 6; ++i) _mm512_storeu_si512(out + 64 * i, plain[i]);
+        decryptor.template store<6>(plain, out);
     }
     if (blocks >= groupBlocks) {
         for (unsigned i = 0; i < 4; ++i) loaded[i] = _mm512_loadu_si512(text + textVector * i);
         decoder.decode(loaded, plain);
         decryptor.template decrypt<3>(plain);
-        for (unsigned i = 0; i < 3; ++i) _mm512_storeu_si512(out + 64 * i, plain[i]);
+        decryptor.template store<3>(plain, out);
         blocks -= groupBlocks, text += groupText, out += groupBytes;
     }
     const bool padded = blocks == 0 || decryptTail(decryptor, decoder, text, out, blocks);
-    return padded && !decoder.failed();
+    if (!padded || decoder.failed()) return DecryptedText::notBase64;
+    return decryptor.isASCII() ? DecryptedText::ascii : DecryptedText::otherBytes;
 }
 
-bool cbcDecryptFromBase64(const AESKeySchedule& schedule, const std::uint8_t* iv, const char* text,
-                          std::uint8_t* out, std::size_t blocks) {
+DecryptedText cbcDecryptFromBase64(const AESKeySchedule& schedule, const std::uint8_t* iv, const char* text,
+                                   std::uint8_t* out, std::size_t blocks) {
     // Short messages do not win back what the wide keys cost.
     if (blocks < groupBlocks) return aesni::cbcDecryptFromBase64(schedule, iv, text, out, blocks);
     if (schedule.rounds == 10) return decryptRounds<10>(schedule, iv, text, out, blocks);

@@ -19,8 +19,8 @@ void cbcDecrypt(const AESKeySchedule& schedule, const std::uint8_t* iv, const st
                 std::uint8_t* out, std::size_t blocks);
 void cbcEncryptToBase64(const AESKeySchedule& schedule, const std::uint8_t* iv, const std::uint8_t* in,
                         std::size_t size, char* out);
-bool cbcDecryptFromBase64(const AESKeySchedule& schedule, const std::uint8_t* iv, const char* text,
-                          std::uint8_t* out, std::size_t blocks);
+DecryptedText cbcDecryptFromBase64(const AESKeySchedule& schedule, const std::uint8_t* iv, const char* text,
+                                   std::uint8_t* out, std::size_t blocks);
 
 }  // namespace aesni
 }  // namespace torvel
