@@ -26,12 +26,12 @@ std::string removingEvery(std::string_view prefix, std::string_view text) {
         kept += text.substr(0, found);
         text.remove_prefix(found + prefix.size());
     }
-    return kept += text;
+    kept += text;
+    return kept;
 }
 
-// The same, without searching, for a text that is base64 once this is done: a prefix that is base64 and ends
-// in
-// "=" can stand nowhere else in it than at the end. Absent when the prefix is not like that.
+// The same without a search, right for a text that is base64 once this is done: a prefix that is base64 and
+// ends in "=" stands nowhere in such a text but at its end. Absent when the prefix ends otherwise.
 std::optional<std::string_view> trimmingEvery(std::string_view prefix, std::string_view text) {
     if (!prefix.ends_with('=')) return std::nullopt;
     text.remove_prefix(prefix.size());
@@ -63,7 +63,7 @@ char character(std::uint16_t draw) {
     return static_cast<char>(kind == 0 ? lower : kind == 1 ? upper : kind == 2 ? '0' + digit : ' ');
 }
 
-// Without branches and tables, so that the draws for a password leave no trace in cache or timing.
+// All at once, which compilers make vectors of: no branch and no table depends on the draws for a password.
 std::array<char, 16> characters(const RandomSource::Batch& draws) {
     std::array<char, 16> text;
     std::transform(draws.begin(), draws.end(), text.begin(), character);

@@ -3,7 +3,6 @@
 #include "TorvelPlatform/foundation/Base64.h"
 #include "TorvelPlatform/foundation/FatalError.h"
 
-#include <algorithm>
 #include <array>
 
 #include <string.h>
@@ -64,8 +63,8 @@ Outcome<Data, AESCipher::Failure> AESCipher::encrypt(std::string_view bytes) {
     if (!m_iv) return Failure(CBCBlockMode::BlockError::MissingInitializationVector);
     if (m_iv->size() < aesBlockSize) return Failure(Error::invalidInitializationVector);
     const std::size_t padding = aesBlockSize - bytes.size() % aesBlockSize;
-    std::string padded(bytes);
-    padded.append(padding, static_cast<char>(padding));
+    std::string padded(bytes.size() + padding, static_cast<char>(padding));
+    bytes.copy(padded.data(), bytes.size());
 
     std::string cipher(padded.size(), '\0');
     m_kernels.cbcEncrypt(schedule(), bytePointer(*m_iv), bytePointer(padded), bytePointer(cipher.data()),

@@ -51,7 +51,7 @@ struct CipherKernels {
 const CipherKernels* const* supportedCipherKernels();
 
 // The fastest of them.
-inline const CipherKernels& cipherKernels() { return **supportedCipherKernels(); }
+const CipherKernels& cipherKernels();
 
 extern const CipherKernels portableCipherKernels;
 

@@ -49,4 +49,6 @@ const CipherKernels* const* supportedCipherKernels() {
     return tiers.data();
 }
 
+const CipherKernels& cipherKernels() { return **supportedCipherKernels(); }
+
 }  // namespace torvel

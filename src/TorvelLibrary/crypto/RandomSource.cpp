@@ -4,6 +4,8 @@
 #include "TorvelPlatform/foundation/FatalError.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <iterator>
 
 #include <string.h>
 #include <sys/mman.h>
