@@ -3,7 +3,6 @@
 #include "TorvelPlatform/foundation/Base64.h"
 #include "TorvelPlatform/foundation/FatalError.h"
 
-#include <algorithm>
 #include <array>
 
 #include <string.h>
@@ -64,8 +63,8 @@ Outcome<Data, AESCipher::Failure> AESCipher::encrypt(std::string_view bytes) {
     if (!m_iv) return Failure(CBCBlockMode::BlockError::MissingInitializationVector);
     if (m_iv->size() < aesBlockSize) return Failure(Error::invalidInitializationVector);
     const std::size_t padding = aesBlockSize - bytes.size() % aesBlockSize;
-    std::string padded(bytes);
-    padded.append(padding, static_cast<char>(padding));
+    std::string padded(bytes.size() + padding, static_cast<char>(padding));
+    bytes.copy(padded.data(), bytes.size());
 
     std::string cipher(padded.size(), '\0');
     m_kernels.cbcEncrypt(schedule(), bytePointer(*m_iv), bytePointer(padded), bytePointer(cipher.data()),
@@ -108,30 +107,32 @@ Outcome<std::string, AESCipher::Failure> AESCipher::encryptToBase64(std::string 
     return head;
 }
 
-Outcome<std::string, AESCipher::Failure> AESCipher::decryptFromBase64(std::string_view text) {
+Outcome<AESCipher::Plain, AESCipher::Failure> AESCipher::decryptFromBase64(std::string_view text) {
     if (auto plain = decryptWellFormed(text)) return std::move(*plain);
     const auto cipher = Base64::decode(text);
     if (!cipher) fatalError("AES: the cipher text is not base64");
     auto plain = decrypt(cipher->raw());
     if (!plain) return plain.error();
-    return std::move(plain).value().raw();
+    return Plain{std::move(plain).value().raw()};
 }
 
-std::optional<std::string> AESCipher::decryptWellFormed(std::string_view text) {
+std::optional<AESCipher::Plain> AESCipher::decryptWellFormed(std::string_view text) {
     if (m_kernels.cbcDecryptFromBase64 == nullptr || !hasWholeIV()) return std::nullopt;
     const auto blocks = blocksInBase64(text);
     if (!blocks) return std::nullopt;
     const AESKeySchedule& keys = schedule();
-    bool decoded = false;
-    std::string plain;
-    appendWritten(plain, *blocks * aesBlockSize, [&](char* out) -> std::size_t {
-        const std::string_view bytes(out, *blocks * aesBlockSize);
-        decoded =
+    const std::size_t size = *blocks * aesBlockSize;
+    DecryptedText found = DecryptedText::notBase64;
+    Plain plain;
+    appendWritten(plain.text, size, [&](char* out) -> std::size_t {
+        found =
             m_kernels.cbcDecryptFromBase64(keys, bytePointer(*m_iv), text.data(), bytePointer(out), *blocks);
-        if (!decoded) explicit_bzero(out, bytes.size());
-        return decoded ? PKCS7::remove(bytes).size() : 0;
+        if (found != DecryptedText::notBase64) return PKCS7::remove({out, size}).size();
+        explicit_bzero(out, size);
+        return 0;
     });
-    if (!decoded) return std::nullopt;
+    if (found == DecryptedText::notBase64) return std::nullopt;
+    plain.isASCII = found == DecryptedText::ascii;
     return plain;
 }
 

@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -54,12 +53,17 @@ class AESCipher {
     // `head` followed by the base64 of encrypt(bytes).
     Outcome<std::string, Failure> encryptToBase64(std::string head, std::string_view bytes);
 
-    // decrypt() of the bytes that `text` stands for. A text that is not base64 stops the process.
-    Outcome<std::string, Failure> decryptFromBase64(std::string_view text);
+    struct Plain {
+        std::string text;
+        bool isASCII = false;  // false as well when nobody looked
+    };
 
-    // The same in one pass over the text. Absent when the text is not the base64 of whole blocks, there is no
-    // whole IV, or the processor has no such pass: decryptFromBase64 tells which.
-    std::optional<std::string> decryptWellFormed(std::string_view text);
+    // decrypt() of the bytes that `text` stands for. A text that is not base64 stops the process.
+    Outcome<Plain, Failure> decryptFromBase64(std::string_view text);
+
+    // The same in one pass over the text. Absent when the text is not the base64 of whole blocks, there is
+    // no whole IV, or the processor has no such pass: decryptFromBase64 tells which.
+    std::optional<Plain> decryptWellFormed(std::string_view text);
 
   private:
     const AESKeySchedule& schedule();

@@ -16,6 +16,9 @@ struct AESKeySchedule {
     unsigned rounds;  // 10, 12 or 14
 };
 
+// What a base64 cipher text turned out to be.
+enum class DecryptedText { notBase64, ascii, otherBytes };
+
 // Buffers may stand at any address, and input and output do not overlap.
 struct CipherKernels {
     const char* name;
@@ -38,9 +41,9 @@ struct CipherKernels {
     void (*cbcEncryptToBase64)(const AESKeySchedule& schedule, const std::uint8_t* iv, const std::uint8_t* in,
                                std::size_t size, char* out);
     // Decrypting takes the base64 text of `blocks` blocks, of the length that RFC 4648 gives it, and writes
-    // all of them, padding included. False when the text is not base64; `out` is then of no use.
-    bool (*cbcDecryptFromBase64)(const AESKeySchedule& schedule, const std::uint8_t* iv, const char* text,
-                                 std::uint8_t* out, std::size_t blocks);
+    // all of them, padding included, which counts for ascii as well. After notBase64 `out` is of no use.
+    DecryptedText (*cbcDecryptFromBase64)(const AESKeySchedule& schedule, const std::uint8_t* iv,
+                                          const char* text, std::uint8_t* out, std::size_t blocks);
 };
 
 // The tiers that this processor runs, fastest first, ended by a null pointer. The last one is always the
@@ -48,7 +51,7 @@ struct CipherKernels {
 const CipherKernels* const* supportedCipherKernels();
 
 // The fastest of them.
-inline const CipherKernels& cipherKernels() { return **supportedCipherKernels(); }
+const CipherKernels& cipherKernels();
 
 extern const CipherKernels portableCipherKernels;
 

@@ -13,26 +13,35 @@ namespace {
 __m128i load(const void* from) { return _mm_loadu_si128(static_cast<const __m128i*>(from)); }
 void store(void* to, __m128i value) { _mm_storeu_si128(static_cast<__m128i*>(to), value); }
 
-// Round keys in registers' form; wiped when it goes.
+// Round keys in the order in which a direction takes them.
 struct RoundKeys {
-    __m128i key[15];
+    const __m128i* key;
     unsigned rounds;
+};
 
-    explicit RoundKeys(const AESKeySchedule& schedule) : rounds(schedule.rounds) {
-        for (unsigned i = 0; i <= rounds; ++i) key[i] = load(schedule.roundKeys + aesBlockSize * i);
-    }
-    ~RoundKeys() { explicit_bzero(key, sizeof key); }
-    RoundKeys(const RoundKeys&) = delete;
-    RoundKeys& operator=(const RoundKeys&) = delete;
+RoundKeys encryptingKeys(const AESKeySchedule& schedule) {
+    return {reinterpret_cast<const __m128i*>(schedule.roundKeys), schedule.rounds};
+}
 
-    // For the equivalent inverse cipher (FIPS-197 5.3.5): reversed, InvMixColumns on the inner keys.
-    void invert() {
-        for (unsigned i = 0, j = rounds; i <= j; ++i, --j) {
-            const __m128i first = key[i];
-            key[i] = i == 0 ? key[j] : _mm_aesimc_si128(key[j]);
-            key[j] = i == 0 ? first : _mm_aesimc_si128(first);
-        }
+// For the equivalent inverse cipher (FIPS-197 5.3.5): reversed, InvMixColumns on the inner keys. Wiped when
+// it goes.
+class DecryptingKeys {
+  public:
+    explicit DecryptingKeys(const AESKeySchedule& schedule) : m_rounds(schedule.rounds) {
+        const __m128i* const keys = encryptingKeys(schedule).key;
+        m_keys[0] = keys[m_rounds];
+        for (unsigned i = 1; i < m_rounds; ++i) m_keys[i] = _mm_aesimc_si128(keys[m_rounds - i]);
+        m_keys[m_rounds] = keys[0];
     }
+    ~DecryptingKeys() { explicit_bzero(m_keys, (m_rounds + 1) * sizeof m_keys[0]); }
+    DecryptingKeys(const DecryptingKeys&) = delete;
+    DecryptingKeys& operator=(const DecryptingKeys&) = delete;
+
+    operator RoundKeys() const { return {m_keys, m_rounds}; }
+
+  private:
+    __m128i m_keys[15];
+    unsigned m_rounds;
 };
 
 // --- Key schedule
@@ -87,19 +96,11 @@ void expandKey128(const std::uint8_t* key, AESKeySchedule& schedule) {
     nextKey128<0x36>(last, out + 160);
 }
 
-void expandKey(const std::uint8_t* key, unsigned keyWords, AESKeySchedule& schedule) {
-    schedule.rounds = keyWords + 6;
-    if (keyWords == 4)
-        expandKey128(key, schedule);
-    else
-        expandAnyKey(key, keyWords, schedule);
-}
-
 // --- Blocks
 
 // `count` independent blocks through the rounds side by side, which hides the instructions' latency.
 template <int count>
-void encryptSideBySide(const RoundKeys& keys, __m128i* state) {
+void encryptSideBySide(RoundKeys keys, __m128i* state) {
     for (int b = 0; b < count; ++b) state[b] = _mm_xor_si128(state[b], keys.key[0]);
     for (unsigned round = 1; round < keys.rounds; ++round)
         for (int b = 0; b < count; ++b) state[b] = _mm_aesenc_si128(state[b], keys.key[round]);
@@ -107,26 +108,19 @@ void encryptSideBySide(const RoundKeys& keys, __m128i* state) {
 }
 
 template <int count>
-void decryptSideBySide(const RoundKeys& inverted, __m128i* state) {
-    for (int b = 0; b < count; ++b) state[b] = _mm_xor_si128(state[b], inverted.key[0]);
-    for (unsigned round = 1; round < inverted.rounds; ++round)
-        for (int b = 0; b < count; ++b) state[b] = _mm_aesdec_si128(state[b], inverted.key[round]);
-    for (int b = 0; b < count; ++b) state[b] = _mm_aesdeclast_si128(state[b], inverted.key[inverted.rounds]);
+void decryptSideBySide(RoundKeys keys, __m128i* state) {
+    for (int b = 0; b < count; ++b) state[b] = _mm_xor_si128(state[b], keys.key[0]);
+    for (unsigned round = 1; round < keys.rounds; ++round)
+        for (int b = 0; b < count; ++b) state[b] = _mm_aesdec_si128(state[b], keys.key[round]);
+    for (int b = 0; b < count; ++b) state[b] = _mm_aesdeclast_si128(state[b], keys.key[keys.rounds]);
 }
 
 template <int count>
-void encryptGroup(const RoundKeys& keys, const std::uint8_t* in, std::uint8_t* out) {
+void encryptGroup(RoundKeys keys, const std::uint8_t* in, std::uint8_t* out) {
     __m128i state[count];
     for (int b = 0; b < count; ++b) state[b] = load(in + 16 * b);
     encryptSideBySide<count>(keys, state);
     for (int b = 0; b < count; ++b) store(out + 16 * b, state[b]);
-}
-
-void encryptBlocks(const AESKeySchedule& schedule, const std::uint8_t* in, std::uint8_t* out,
-                   std::size_t blocks) {
-    const RoundKeys keys(schedule);
-    for (; blocks >= 8; blocks -= 8, in += 128, out += 128) encryptGroup<8>(keys, in, out);
-    for (; blocks > 0; --blocks, in += 16, out += 16) encryptGroup<1>(keys, in, out);
 }
 
 // --- CBC
@@ -135,7 +129,7 @@ void encryptBlocks(const AESKeySchedule& schedule, const std::uint8_t* in, std::
 // last round key of the block before, which keeps their XORs out of the chain of dependent instructions.
 class EncryptingChain {
   public:
-    EncryptingChain(const RoundKeys& keys, const std::uint8_t* iv, __m128i firstBlock)
+    EncryptingChain(RoundKeys keys, const std::uint8_t* iv, __m128i firstBlock)
         : m_keys(keys), m_state(_mm_xor_si128(load(iv), _mm_xor_si128(firstBlock, keys.key[0]))) {}
 
     // Finishes the current block and takes in the one after it.
@@ -149,45 +143,44 @@ class EncryptingChain {
     }
 
   private:
-    const RoundKeys& m_keys;
+    RoundKeys m_keys;
     __m128i m_state;
 };
 
-void cbcEncrypt(const AESKeySchedule& schedule, const std::uint8_t* iv, const std::uint8_t* in,
-                std::uint8_t* out, std::size_t blocks) {
-    if (blocks == 0) return;
-    const RoundKeys keys(schedule);
-    EncryptingChain chain(keys, iv, load(in));
-    for (std::size_t i = 1; i < blocks; ++i, out += 16) store(out, chain.step(load(in + 16 * i)));
-    store(out, chain.step(_mm_setzero_si128()));
-}
+// Decrypts runs of blocks one behind the other.
+class DecryptingChain {
+  public:
+    DecryptingChain(const AESKeySchedule& schedule, const std::uint8_t* iv)
+        : m_keys(schedule), m_before(load(iv)) {}
 
-// Decrypts `count` blocks and leaves the last cipher block in `chain`.
-template <int count>
-void decryptGroup(const RoundKeys& inverted, __m128i& chain, const __m128i* cipher, std::uint8_t* out) {
-    __m128i state[count];
-    for (int b = 0; b < count; ++b) state[b] = cipher[b];
-    decryptSideBySide<count>(inverted, state);
-    store(out, _mm_xor_si128(state[0], chain));
-    for (int b = 1; b < count; ++b) store(out + 16 * b, _mm_xor_si128(state[b], cipher[b - 1]));
-    chain = cipher[count - 1];
-}
+    template <int count>
+    void decrypt(const __m128i* cipher, std::uint8_t* out) {
+        __m128i state[count];
+        for (int b = 0; b < count; ++b) state[b] = cipher[b];
+        decryptSideBySide<count>(m_keys, state);
+        for (int b = 0; b < count; ++b) {
+            const __m128i plain = _mm_xor_si128(state[b], b == 0 ? m_before : cipher[b - 1]);
+            m_seen = _mm_or_si128(m_seen, plain);
+            store(out + 16 * b, plain);
+        }
+        m_before = cipher[count - 1];
+    }
 
-template <int count>
-void decryptLoaded(const RoundKeys& inverted, __m128i& chain, const std::uint8_t* in, std::uint8_t* out) {
-    __m128i cipher[count];
-    for (int b = 0; b < count; ++b) cipher[b] = load(in + 16 * b);
-    decryptGroup<count>(inverted, chain, cipher, out);
-}
+    template <int count>
+    void decrypt(const std::uint8_t* in, std::uint8_t* out) {
+        __m128i cipher[count];
+        for (int b = 0; b < count; ++b) cipher[b] = load(in + 16 * b);
+        decrypt<count>(cipher, out);
+    }
 
-void cbcDecrypt(const AESKeySchedule& schedule, const std::uint8_t* iv, const std::uint8_t* in,
-                std::uint8_t* out, std::size_t blocks) {
-    RoundKeys keys(schedule);
-    keys.invert();
-    __m128i chain = load(iv);
-    for (; blocks >= 8; blocks -= 8, in += 128, out += 128) decryptLoaded<8>(keys, chain, in, out);
-    for (; blocks > 0; --blocks, in += 16, out += 16) decryptLoaded<1>(keys, chain, in, out);
-}
+    // Of all plain bytes so far.
+    bool isASCII() const { return _mm_movemask_epi8(m_seen) == 0; }
+
+  private:
+    DecryptingKeys m_keys;
+    __m128i m_before;  // the cipher block before the next one
+    __m128i m_seen = _mm_setzero_si128();
+};
 
 // --- Base64 (RFC 4648), 12 bytes to 16 characters. After Mula and Lemire, "Faster base64 encoding and
 // decoding using AVX2 instructions" (2018).
@@ -283,9 +276,61 @@ class PaddedBlocks {
     std::uint8_t m_last[16];
 };
 
+// The last one or two blocks, whose text ends in "==" or "=". Read with loads that stay inside the text;
+// whatever stands where the padding does is taken as "A" and falls behind the last block.
+bool decodeTail(const char* text, std::size_t blocks, __m128i* cipher, __m128i& faults) {
+    const __m128i fill = _mm_set1_epi8('A');
+    __m128i loaded[4] = {load(text), fill, fill, fill};
+    if (blocks == 1) {
+        const __m128i padding = _mm_setr_epi8(0, 0, 0, 0, 0, 0, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+        loaded[1] = _mm_blendv_epi8(_mm_srli_si128(load(text + 8), 8), fill, padding);
+    } else {
+        const __m128i padding = _mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, -1, -1, -1, -1, -1);
+        loaded[1] = load(text + 16);
+        loaded[2] = _mm_blendv_epi8(_mm_srli_si128(load(text + 28), 4), fill, padding);
+    }
+    decode64(loaded, cipher, faults);
+    return blocks == 1 ? text[22] == '=' && text[23] == '=' : text[43] == '=';
+}
+
+}  // namespace
+
+namespace aesni {
+
+void expandKey(const std::uint8_t* key, unsigned keyWords, AESKeySchedule& schedule) {
+    schedule.rounds = keyWords + 6;
+    if (keyWords == 4)
+        expandKey128(key, schedule);
+    else
+        expandAnyKey(key, keyWords, schedule);
+}
+
+void encryptBlocks(const AESKeySchedule& schedule, const std::uint8_t* in, std::uint8_t* out,
+                   std::size_t blocks) {
+    const RoundKeys keys = encryptingKeys(schedule);
+    for (; blocks >= 8; blocks -= 8, in += 128, out += 128) encryptGroup<8>(keys, in, out);
+    for (; blocks > 0; --blocks, in += 16, out += 16) encryptGroup<1>(keys, in, out);
+}
+
+void cbcEncrypt(const AESKeySchedule& schedule, const std::uint8_t* iv, const std::uint8_t* in,
+                std::uint8_t* out, std::size_t blocks) {
+    if (blocks == 0) return;
+    const RoundKeys keys = encryptingKeys(schedule);
+    EncryptingChain chain(keys, iv, load(in));
+    for (std::size_t i = 1; i < blocks; ++i, out += 16) store(out, chain.step(load(in + 16 * i)));
+    store(out, chain.step(_mm_setzero_si128()));
+}
+
+void cbcDecrypt(const AESKeySchedule& schedule, const std::uint8_t* iv, const std::uint8_t* in,
+                std::uint8_t* out, std::size_t blocks) {
+    DecryptingChain chain(schedule, iv);
+    for (; blocks >= 8; blocks -= 8, in += 128, out += 128) chain.decrypt<8>(in, out);
+    for (; blocks > 0; --blocks, in += 16, out += 16) chain.decrypt<1>(in, out);
+}
+
 void cbcEncryptToBase64(const AESKeySchedule& schedule, const std::uint8_t* iv, const std::uint8_t* in,
                         std::size_t size, char* out) {
-    const RoundKeys keys(schedule);
+    const RoundKeys keys = encryptingKeys(schedule);
     const PaddedBlocks plain(in, size);
     EncryptingChain chain(keys, iv, plain[0]);
     __m128i group[3];
@@ -305,51 +350,35 @@ void cbcEncryptToBase64(const AESKeySchedule& schedule, const std::uint8_t* iv, 
     memcpy(out + (rest == 2 ? 43 : 22), "==", rest == 2 ? 1 : 2);
 }
 
-// The last one or two blocks, whose text ends in "==" or "=". Read with loads that stay inside the text;
-// whatever stands where the padding does is taken as "A" and falls behind the last block.
-bool decodeTail(const char* text, std::size_t blocks, __m128i* cipher, __m128i& faults) {
-    const __m128i fill = _mm_set1_epi8('A');
-    __m128i loaded[4] = {load(text), fill, fill, fill};
-    if (blocks == 1) {
-        const __m128i padding = _mm_setr_epi8(0, 0, 0, 0, 0, 0, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
-        loaded[1] = _mm_blendv_epi8(_mm_srli_si128(load(text + 8), 8), fill, padding);
-    } else {
-        const __m128i padding = _mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, -1, -1, -1, -1, -1);
-        loaded[1] = load(text + 16);
-        loaded[2] = _mm_blendv_epi8(_mm_srli_si128(load(text + 28), 4), fill, padding);
-    }
-    decode64(loaded, cipher, faults);
-    return blocks == 1 ? text[22] == '=' && text[23] == '=' : text[43] == '=';
-}
-
-bool cbcDecryptFromBase64(const AESKeySchedule& schedule, const std::uint8_t* iv, const char* text,
-                          std::uint8_t* out, std::size_t blocks) {
-    RoundKeys keys(schedule);
-    keys.invert();
-    __m128i chain = load(iv), faults = _mm_setzero_si128(), cipher[6];
+DecryptedText cbcDecryptFromBase64(const AESKeySchedule& schedule, const std::uint8_t* iv, const char* text,
+                                   std::uint8_t* out, std::size_t blocks) {
+    DecryptingChain chain(schedule, iv);
+    __m128i faults = _mm_setzero_si128(), cipher[6];
     for (; blocks >= 6; blocks -= 6, text += 128, out += 96) {
         decode64(text, cipher, faults);
         decode64(text + 64, cipher + 3, faults);
-        decryptGroup<6>(keys, chain, cipher, out);
+        chain.decrypt<6>(cipher, out);
     }
     if (blocks >= 3) {
         decode64(text, cipher, faults);
-        decryptGroup<3>(keys, chain, cipher, out);
+        chain.decrypt<3>(cipher, out);
         blocks -= 3, text += 64, out += 48;
     }
     bool padded = true;
     if (blocks > 0) {
         padded = decodeTail(text, blocks, cipher, faults);
-        decryptGroup<1>(keys, chain, cipher, out);
-        if (blocks == 2) decryptGroup<1>(keys, chain, cipher + 1, out + 16);
+        chain.decrypt<1>(cipher, out);
+        if (blocks == 2) chain.decrypt<1>(cipher + 1, out + 16);
     }
-    return padded && !any(faults);
+    if (!padded || any(faults)) return DecryptedText::notBase64;
+    return chain.isASCII() ? DecryptedText::ascii : DecryptedText::otherBytes;
 }
 
-}  // namespace
+}  // namespace aesni
 
 constinit const CipherKernels aesniCipherKernels = {
-    "aesni", expandKey, encryptBlocks, cbcEncrypt, cbcDecrypt, cbcEncryptToBase64, cbcDecryptFromBase64,
+    "aesni",           aesni::expandKey,          aesni::encryptBlocks,        aesni::cbcEncrypt,
+    aesni::cbcDecrypt, aesni::cbcEncryptToBase64, aesni::cbcDecryptFromBase64,
 };
 
 }  // namespace torvel

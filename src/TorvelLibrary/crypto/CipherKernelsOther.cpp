@@ -7,4 +7,6 @@ const CipherKernels* const* supportedCipherKernels() {
     return tiers;
 }
 
+const CipherKernels& cipherKernels() { return **supportedCipherKernels(); }
+
 }  // namespace torvel

@@ -7,22 +7,36 @@
 namespace torvel {
 namespace {
 
+// Which vector registers the system saves for its processes (XCR0); the processor alone does not tell.
+std::uint32_t savedRegisters() {
+    std::uint32_t low = 0, high = 0;
+    asm volatile("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
+    return low;
+}
+
 struct CPUFeatures {
-    bool aesni = false;
+    bool aesni = false, vaes = false;
 
     CPUFeatures() {
         unsigned a = 0, b = 0, c = 0, d = 0;
         if (__get_cpuid(1, &a, &b, &c, &d) == 0) return;
-        aesni = (c & bit_AES) != 0 && (c & bit_SSSE3) != 0 && (c & bit_SSE4_1) != 0;
+        aesni = has(c, bit_AES | bit_SSSE3 | bit_SSE4_1);
+        constexpr std::uint32_t avx512State = 0xE6;  // XMM, YMM, opmask and both halves of ZMM
+        if (!aesni || !has(c, bit_OSXSAVE) || !has(savedRegisters(), avx512State)) return;
+        if (__get_cpuid_count(7, 0, &a, &b, &c, &d) == 0) return;
+        vaes = has(b, bit_AVX512F | bit_AVX512BW) && has(c, bit_AVX512VBMI | bit_VAES);
     }
+
+    static bool has(std::uint32_t bits, std::uint32_t wanted) { return (bits & wanted) == wanted; }
 };
 
-using Tiers = std::array<const CipherKernels*, 3>;
+using Tiers = std::array<const CipherKernels*, 4>;
 
 Tiers supportedTiers() {
     const CPUFeatures features;
     Tiers tiers{};
     std::size_t count = 0;
+    if (features.vaes) tiers[count++] = &vaesCipherKernels;
     if (features.aesni) tiers[count++] = &aesniCipherKernels;
     tiers[count] = &portableCipherKernels;
     return tiers;
@@ -34,5 +48,7 @@ const CipherKernels* const* supportedCipherKernels() {
     static const Tiers tiers = supportedTiers();
     return tiers.data();
 }
+
+const CipherKernels& cipherKernels() { return **supportedCipherKernels(); }
 
 }  // namespace torvel

@@ -1,5 +1,6 @@
 #pragma once  // internal
 
+#include <array>
 #include <cstdint>
 #include <memory>
 
@@ -24,14 +25,18 @@ class RandomSource {
         return static_cast<std::uint32_t>(product >> 32);
     }
 
+    // The same for many small numbers at once. `bound` is not 0.
+    using Batch = std::array<std::uint16_t, 16>;
+    Batch batchBelow(std::uint16_t bound);
+
     RandomSource(const RandomSource&) = delete;
     RandomSource& operator=(const RandomSource&) = delete;
 
   private:
-    // Fills one page together with nothing else. All zeros, as in a forked child, mean that it is not seeded.
+    // Lives in a page of its own. All zeros, as in a forked child, mean that it is not seeded.
     struct State {
         std::uint8_t key[32];
-        std::uint32_t words[256];
+        std::uint32_t words[960];
         std::uint32_t unused;  // words not drawn yet, the first ones
     };
     struct Unmap {

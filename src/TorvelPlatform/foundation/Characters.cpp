@@ -10,7 +10,15 @@
 namespace torvel {
 namespace {
 
-bool isASCII(char byte) { return static_cast<unsigned char>(byte) < 0x80; }
+// Whether every byte is a character by itself whatever stands beside it: ASCII, and no half of a CR LF.
+bool isPlain(std::string_view text) {
+    unsigned char special = 0;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        special |= static_cast<unsigned char>((byte & 0x80) | (byte == '\r'));
+    }
+    return special == 0;
+}
 
 struct Walk {
     std::size_t characters = 0;
@@ -34,17 +42,12 @@ Walk walkClusters(std::string_view text, std::size_t limit) {
     return walk;
 }
 
-// In ASCII every byte is a character but CR LF. A character that anything else may still join is not ASCII's
-// to decide.
 Walk walk(std::string_view text, std::size_t limit) {
-    Walk walk;
-    while (walk.length < text.size() && walk.characters < limit) {
-        if (!isASCII(text[walk.length])) return walkClusters(text, limit);
-        walk.length += text.substr(walk.length).starts_with("\r\n") ? 2 : 1;
-        ++walk.characters;
-    }
-    const bool joined = walk.length < text.size() && !isASCII(text[walk.length]) && walk.characters > 0;
-    return joined ? walkClusters(text, limit) : walk;
+    // The byte behind the last character must not join it either.
+    const std::string_view seen = limit < text.size() ? text.substr(0, limit + 1) : text;
+    if (!isPlain(seen)) return walkClusters(text, limit);
+    const std::size_t length = limit < text.size() ? limit : text.size();
+    return {length, length};
 }
 
 }  // namespace

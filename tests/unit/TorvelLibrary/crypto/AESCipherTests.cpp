@@ -105,7 +105,7 @@ TEST_P(EveryTier, AgreesWithOpenSSLAtEveryLength) {
             ASSERT_EQ(cipher(key, iv).decrypt(expected).value().raw(), plain) << keySize << " " << size;
             ASSERT_EQ(cipher(key, iv).encryptToBase64("head", plain).value(), "head" + base64(expected))
                 << size;
-            ASSERT_EQ(cipher(key, iv).decryptFromBase64(base64(expected)).value(), plain)
+            ASSERT_EQ(cipher(key, iv).decryptFromBase64(base64(expected)).value().text, plain)
                 << keySize << " " << size;
         }
     }
@@ -132,7 +132,8 @@ TEST_P(EveryTier, RemovesPaddingWithoutCheckingIt) {
         plain.back() = row.last;
         const std::string bytes = reference::encryptUnpadded(key16, iv16, plain);
         EXPECT_EQ(cipher(key16, iv16).decrypt(bytes).value().raw(), plain.substr(0, row.kept)) << row.name;
-        EXPECT_EQ(cipher(key16, iv16).decryptFromBase64(base64(bytes)).value(), plain.substr(0, row.kept))
+        EXPECT_EQ(cipher(key16, iv16).decryptFromBase64(base64(bytes)).value().text,
+                  plain.substr(0, row.kept))
             << row.name;
     }
 }
@@ -143,7 +144,7 @@ TEST_P(EveryTier, CutsTheFirstBlockToAShortIV) {
     for (std::size_t size : {0, 1, 15}) {
         const std::string expected = plain.substr(0, size) + plain.substr(16);
         EXPECT_EQ(cipher(key16, iv16.substr(0, size)).decrypt(bytes).value().raw(), expected) << size;
-        EXPECT_EQ(cipher(key16, iv16.substr(0, size)).decryptFromBase64(base64(bytes)).value(), expected)
+        EXPECT_EQ(cipher(key16, iv16.substr(0, size)).decryptFromBase64(base64(bytes)).value().text, expected)
             << size;
     }
     EXPECT_EQ(cipher(key16, iv16 + "xy").decrypt(bytes).value().raw(), plain);
@@ -184,6 +185,23 @@ TEST_P(EveryTier, OnePassRefusesWhatIsNotBase64) {
     }
 }
 
+TEST_P(EveryTier, OnePassSeesEveryByteThatIsNotASCII) {
+    if (GetParam()->cbcDecryptFromBase64 == nullptr) GTEST_SKIP() << "this tier has no such pass";
+    for (std::size_t size : {1, 31, 47, 600, 767}) {
+        std::string plain(size, 'x');
+        const auto isASCII = [&] {
+            const std::string text = base64(reference::encrypt(key16, iv16, plain));
+            return cipher(key16, iv16).decryptWellFormed(text).value().isASCII;
+        };
+        EXPECT_TRUE(isASCII()) << size;
+        for (char& byte : plain) {
+            byte = '\x80';
+            ASSERT_FALSE(isASCII()) << size << " " << &byte - plain.data();
+            byte = 'x';
+        }
+    }
+}
+
 // Buffers that end where no memory follows.
 class GuardedBuffer {
   public:
@@ -214,8 +232,9 @@ TEST_P(EveryTier, StaysInsideItsBuffers) {
         GuardedBuffer plain(size), text(textSize), out(16 * blocks);
         std::memset(plain.text(), 'x', size);
         GetParam()->cbcEncryptToBase64(schedule, bytePointer(iv16), plain.bytes(), size, text.text());
-        ASSERT_TRUE(
-            GetParam()->cbcDecryptFromBase64(schedule, bytePointer(iv16), text.text(), out.bytes(), blocks));
+        ASSERT_EQ(
+            GetParam()->cbcDecryptFromBase64(schedule, bytePointer(iv16), text.text(), out.bytes(), blocks),
+            DecryptedText::ascii);
         ASSERT_EQ(std::memcmp(out.text(), plain.text(), size), 0) << size;
     }
 }
