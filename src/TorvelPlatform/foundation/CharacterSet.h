@@ -8,7 +8,7 @@ namespace torvel {
 // An immutable set of Unicode scalar values. Cheap to copy, safe from any thread.
 class CharacterSet {
   public:
-    // The scalars of a UTF-8 text.
+    // The scalars of a UTF-8 text; malformed bytes count as U+FFFD.
     static CharacterSet charactersIn(std::string_view text);
     // Every scalar from `first` to `last`, both included.
     static CharacterSet range(char32_t first, char32_t last);
@@ -21,10 +21,12 @@ class CharacterSet {
     static const CharacterSet& alphanumerics();
     // Unicode general category Zs and the tab.
     static const CharacterSet& whitespaces();
-    // White_Space: Z*, U+000A to U+000D and U+0085.
+    // Unicode property White_Space: the whitespaces, Zl, Zp, U+000A to U+000D and U+0085.
     static const CharacterSet& whitespacesAndNewlines();
     // What RFC 3986 allows unescaped in a query: ALPHA / DIGIT / "-._~" / sub-delims / ":@/?".
     static const CharacterSet& urlQueryAllowed();
+    // What RFC 3986 allows unescaped in a path: as in a query, without "?".
+    static const CharacterSet& urlPathAllowed();
 
     bool contains(char32_t scalar) const;
     CharacterSet unionWith(const CharacterSet& other) const;

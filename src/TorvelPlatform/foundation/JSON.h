@@ -2,6 +2,9 @@
 
 #include "TorvelPlatform/foundation/Outcome.h"
 
+#include <array>
+#include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,10 +17,12 @@ struct JSONError {
     std::string description;
 };
 
-// A read-only JSON document (RFC 8259), or a value inside one. Values keep their document alive. The whole
-// document is validated by parse(); scalars are documents too. Safe to read from any thread.
+// A read-only JSON document (RFC 8259), or a value inside one. Values keep their document alive and are
+// cheap to copy. Safe to read from any thread.
 class JSON {
   public:
+    // Validates the whole document. Scalars are documents too; numbers may have any size; a leading byte
+    // order mark is skipped; nesting ends at 1024 levels.
     static Outcome<JSON, JSONError> parse(std::string_view text);
 
     bool isObject() const;
@@ -30,20 +35,24 @@ class JSON {
 
   private:
     struct Document;
-    struct Element;
-    JSON(std::shared_ptr<const Document> document, const Element& element);
+    // The parser's handle of a value: two words, whose meaning JSON.cpp knows.
+    using Element = std::array<std::uintptr_t, 2>;
+
+    JSON(std::shared_ptr<const Document> document, Element element)
+        : m_document(std::move(document)), m_element(element) {}
+
     std::shared_ptr<const Document> m_document;
-    // Position of the value inside the document (the parser's own handle).
-    const void* m_node[2] = {};
+    Element m_element;
+};
+
+struct JSONMember {
+    std::string_view name;
+    std::string_view value;
 };
 
 // Writes an object of string members in the given order, pretty-printed: one member a line, indented by two
 // spaces, `"name" : "value"`, "/" escaped, as the platform's writer lays it out. Absent when a text is not
 // valid UTF-8.
-struct JSONMember {
-    std::string_view name;
-    std::string_view value;
-};
 std::optional<std::string> prettyPrintedJSON(std::initializer_list<JSONMember> members);
 
 }  // namespace torvel

@@ -16,4 +16,8 @@ std::optional<std::string> addingPercentEncoding(std::string_view text, const Ch
 // Decodes every %XX. Absent when an escape is malformed or the result is not valid UTF-8.
 std::optional<std::string> removingPercentEncoding(std::string_view text);
 
+// The same two for bytes in no particular encoding, such as file paths.
+std::string percentEncodedBytes(std::string_view bytes, const CharacterSet& allowed);
+std::optional<std::string> percentDecodedBytes(std::string_view text);
+
 }  // namespace torvel

@@ -1,0 +1,165 @@
+#include "TorvelPlatform/foundation/JSON.h"
+
+#include "TorvelPlatform/foundation/Data.h"
+
+#include <bit>
+
+#include <simdjson.h>
+
+namespace torvel {
+
+using simdjson::dom::element;
+
+struct JSON::Document {
+    simdjson::dom::document tape;
+};
+
+namespace {
+
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
+std::size_t digitsAt(std::string_view text, std::size_t begin) {
+    const std::size_t end = text.find_first_not_of("0123456789", begin);
+    return std::min(end, text.size()) - std::min(begin, text.size());
+}
+
+// Length of the number (RFC 8259, 6) that the text starts with, 0 when it starts with none.
+std::size_t numberLength(std::string_view text) {
+    std::size_t end = text.starts_with('-') ? 1 : 0;
+    const std::size_t whole = digitsAt(text, end);
+    if (whole == 0) return 0;
+    end += text[end] == '0' ? 1 : whole;
+    if (end < text.size() && text[end] == '.') {
+        if (const std::size_t fraction = digitsAt(text, end + 1)) end += 1 + fraction;
+    }
+    if (end < text.size() && (text[end] | 0x20) == 'e') {
+        const std::size_t sign = end + 1 < text.size() && (text[end + 1] == '+' || text[end + 1] == '-');
+        if (const std::size_t exponent = digitsAt(text, end + 1 + sign)) end += 1 + sign + exponent;
+    }
+    return end;
+}
+
+std::size_t stringLength(std::string_view text) {
+    std::size_t end = 1;
+    while (end < text.size() && text[end] != '"') end += text[end] == '\\' ? 2 : 1;
+    return std::min(end + 1, text.size());
+}
+
+// The document with every well-formed number replaced by 0. The parser refuses numbers that no machine word
+// holds, which are JSON all the same; nobody reads numbers here, so that their values do not matter.
+std::string withoutNumbers(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    while (!text.empty()) {
+        const std::size_t number = numberLength(text);
+        const std::size_t taken = number != 0 ? number : text.front() == '"' ? stringLength(text) : 1;
+        result += number != 0 ? std::string_view("0") : text.substr(0, taken);
+        text.remove_prefix(taken);
+    }
+    return result;
+}
+
+simdjson::simdjson_result<element> parseInto(simdjson::dom::document& tape, std::string_view text) {
+    simdjson::dom::parser parser;
+    return parser.parse_into_document(tape, text.data(), text.size());
+}
+
+// Characters that stand in a JSON text as themselves: not controls, quote, backslash, and not "/" either,
+// which the platform's writer escapes.
+constexpr bool isPlain(char c) {
+    return static_cast<unsigned char>(c) >= 0x20 && c != '"' && c != '\\' && c != '/';
+}
+
+// Length of the plain characters at the start. Whole blocks are tested without a branch, for the compiler
+// to use vector instructions: encrypted bodies are megabytes.
+std::size_t plainLength(std::string_view text) {
+    constexpr std::size_t block = 16;
+    std::size_t length = 0;
+    for (; length + block <= text.size(); length += block) {
+        bool plain = true;
+        for (std::size_t i = 0; i < block; ++i) plain &= isPlain(text[length + i]);
+        if (!plain) break;
+    }
+    while (length < text.size() && isPlain(text[length])) ++length;
+    return length;
+}
+
+void appendEscaped(std::string& out, char c) {
+    static constexpr std::string_view controls = "\b\f\n\r\t", letters = "bfnrt";
+    static constexpr char digits[] = "0123456789abcdef";
+    const std::size_t index = controls.find(c);
+    if (index != std::string_view::npos) {
+        out += {'\\', letters[index]};
+    } else if (const auto byte = static_cast<unsigned char>(c); byte < 0x20) {
+        out += "\\u00";
+        out += {digits[byte >> 4], digits[byte & 15]};
+    } else {
+        out += {'\\', c};
+    }
+}
+
+void appendQuoted(std::string& out, std::string_view text) {
+    out += '"';
+    while (true) {
+        const std::size_t plain = plainLength(text);
+        out += text.substr(0, plain);
+        if (plain == text.size()) break;
+        appendEscaped(out, text[plain]);
+        text.remove_prefix(plain + 1);
+    }
+    out += '"';
+}
+
+}  // namespace
+
+Outcome<JSON, JSONError> JSON::parse(std::string_view text) {
+    if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
+    auto document = std::make_shared<Document>();
+    auto root = parseInto(document->tape, text);
+    if (root.error() == simdjson::NUMBER_ERROR) root = parseInto(document->tape, withoutNumbers(text));
+    if (root.error() != simdjson::SUCCESS) {
+        return JSONError{std::string("The data is not valid JSON: ") + error_message(root.error()) + '.'};
+    }
+    return JSON(std::move(document), std::bit_cast<Element>(root.value_unsafe()));
+}
+
+bool JSON::isObject() const { return std::bit_cast<element>(m_element).is_object(); }
+
+bool JSON::isNull() const { return std::bit_cast<element>(m_element).is_null(); }
+
+std::optional<JSON> JSON::member(std::string_view name) const {
+    simdjson::dom::object object;
+    if (std::bit_cast<element>(m_element).get(object) != simdjson::SUCCESS) return std::nullopt;
+    std::optional<JSON> found;
+    for (const auto field : object) {
+        if (field.key == name) found = JSON(m_document, std::bit_cast<Element>(field.value));
+    }
+    return found;
+}
+
+std::optional<std::string_view> JSON::string() const {
+    std::string_view text;
+    if (std::bit_cast<element>(m_element).get(text) != simdjson::SUCCESS) return std::nullopt;
+    return text;
+}
+
+std::optional<std::string> prettyPrintedJSON(std::initializer_list<JSONMember> members) {
+    std::string out;
+    std::size_t size = 0;
+    for (const JSONMember& member : members) {
+        if (!isValidUTF8(member.name) || !isValidUTF8(member.value)) return std::nullopt;
+        size += member.name.size() + member.value.size();
+    }
+    out.reserve(size + size / 32 + 64);  // of base64 digits, one in 64 is an escaped "/"
+    std::string_view separator = "{\n  ";
+    for (const JSONMember& member : members) {
+        out += separator;
+        appendQuoted(out, member.name);
+        out += " : ";
+        appendQuoted(out, member.value);
+        separator = ",\n  ";
+    }
+    return std::move(out) + "\n}";
+}
+
+}  // namespace torvel
