@@ -29,12 +29,16 @@ class Bundle {
     // The bundle at a directory; absent when there is no such directory.
     static std::optional<Bundle> at(const std::filesystem::path& directory);
 
+    // Absolute, symbolic links resolved as far as it exists.
     const std::filesystem::path& directory() const;
+    // That of the main bundle is described there; any other bundle's is the name of its directory.
     const std::string& identifier() const;
 
     // The resource "<name>.<type>" (or "<name>" when the type is empty) in the bundle's root, then in the
-    // folder of its current language: the first preferred language that has one, else "en". A directory is
-    // a resource too. Absent when there is none.
+    // folder of its current language: the first preferred language that has one, itself ("fr-CA.lproj",
+    // "fr_CA.lproj") or by its base ("fr.lproj"), else "en". A directory is
+    // a resource too. The name may lead through subdirectories ("a/b"), but not by "..". Absent when there
+    // is none.
     std::optional<std::string> path(std::string_view forResource, std::string_view ofType) const;
     std::optional<URL> url(std::string_view forResource, std::string_view withExtension) const;
 
@@ -42,22 +46,30 @@ class Bundle {
 
   private:
     struct State;
-    explicit Bundle(std::shared_ptr<const State> state) : m_state(std::move(state)) {}
+    explicit Bundle(const std::filesystem::path& directory, std::string_view identifier = {});
     std::shared_ptr<const State> m_state;
 };
 
-// The names by which resources find a C++ type: its module and its own name ("Wallet", "LoginView"), and
-// the bundle that holds its resources (the host's main bundle unless said otherwise). Register a type at
-// namespace torvel scope with TORVEL_TYPE.
-template <class T>
-struct TypeName;
+// The names by which resources find a C++ type: its module and its own name ("Wallet", "LoginView"), as
+// TORVEL_TYPE(Wallet, LoginView) gives them, and the bundle that holds its resources (specialise TypeName
+// where that is not the host's main bundle). The macro stands at the scope of the type's own namespace,
+// whichever that is, and takes the unqualified name.
+struct RegisteredType {
+    std::string_view module;
+    std::string_view name;
+};
 
-#define TORVEL_TYPE(MODULE, TYPE)                           \
-    template <>                                             \
-    struct TypeName<TYPE> {                                 \
-        static constexpr std::string_view module = #MODULE; \
-        static constexpr std::string_view name = #TYPE;     \
-        static Bundle bundle() { return Bundle::main(); }   \
+#define TORVEL_TYPE(MODULE, TYPE)                                                           \
+    [[maybe_unused]] constexpr ::torvel::RegisteredType torvelRegisteredType(const TYPE*) { \
+        return {#MODULE, #TYPE};                                                            \
     }
+
+template <class T>
+requires requires(const T* type) { torvelRegisteredType(type); }
+struct TypeName {
+    static constexpr std::string_view module = torvelRegisteredType(static_cast<const T*>(nullptr)).module;
+    static constexpr std::string_view name = torvelRegisteredType(static_cast<const T*>(nullptr)).name;
+    static Bundle bundle() { return Bundle::main(); }
+};
 
 }  // namespace torvel

@@ -9,12 +9,13 @@
 
 namespace torvel {
 
-// Writes dates by a pattern of Unicode TR 35 ("yyyy-MM-dd hh:mm:ssSSS"), in the current time zone.
+// Writes dates by a pattern of Unicode TR 35 ("yyyy-MM-dd hh:mm:ssSSS"), in the current time zone
+// (TZ, else the system's), read once a process.
 //
 // A cheap value over a compiled pattern that the process keeps by pattern and locale, so that making one
 // for every line of a log costs a look-up. Plain numeric patterns are written directly where the locale's
 // digits are Latin and its calendar Gregorian; anything else goes through a kept ICU formatter.
-// Safe from any thread.
+// Fractions of a second (S) are cut, never rounded, and end at the millisecond. Safe from any thread.
 class DateFormatter {
   public:
     using Date = std::chrono::system_clock::time_point;
@@ -26,6 +27,7 @@ class DateFormatter {
 
   private:
     class Pattern;
+    class Patterns;
     std::shared_ptr<const Pattern> m_pattern;
 };
 

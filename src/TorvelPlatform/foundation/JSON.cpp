@@ -3,6 +3,7 @@
 #include "TorvelPlatform/foundation/Data.h"
 
 #include <bit>
+#include <cstring>
 
 #include <simdjson.h>
 
@@ -70,15 +71,24 @@ constexpr bool isPlain(char c) {
     return static_cast<unsigned char>(c) >= 0x20 && c != '"' && c != '\\' && c != '/';
 }
 
-// Length of the plain characters at the start. Whole blocks are tested without a branch, for the compiler
-// to use vector instructions: encrypted bodies are megabytes.
+// Bit 7 of every byte of the word that is not plain, as far as the lowest such byte: above it a borrow may
+// mark others.
+constexpr std::uint64_t escapesIn(std::uint64_t word) {
+    constexpr std::uint64_t ones = 0x0101010101010101;
+    const auto zeros = [](std::uint64_t v) { return (v - ones) & ~v; };
+    const std::uint64_t controls = (word - ones * 0x20) & ~word;
+    return (controls | zeros(word ^ ones * '"') | zeros(word ^ ones * '\\') | zeros(word ^ ones * '/')) &
+           ones * 0x80;
+}
+
+// Length of the plain characters at the start, eight at a time: encrypted bodies are megabytes.
 std::size_t plainLength(std::string_view text) {
-    constexpr std::size_t block = 16;
     std::size_t length = 0;
-    for (; length + block <= text.size(); length += block) {
-        bool plain = true;
-        for (std::size_t i = 0; i < block; ++i) plain &= isPlain(text[length + i]);
-        if (!plain) break;
+    for (std::uint64_t word; length + sizeof word <= text.size(); length += sizeof word) {
+        std::memcpy(&word, text.data() + length, sizeof word);
+        if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
+        const std::uint64_t escapes = escapesIn(word);
+        if (escapes != 0) return length + static_cast<std::size_t>(std::countr_zero(escapes)) / 8;
     }
     while (length < text.size() && isPlain(text[length])) ++length;
     return length;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace torvel {
@@ -10,11 +11,11 @@ class Locale {
   public:
     explicit Locale(std::string identifier) : m_identifier(std::move(identifier)) {}
 
-    // From the environment (LC_ALL, LC_TIME is not consulted, LANG); unset, "C" and "POSIX" count as en_US.
-    // Read once a process.
+    // From the environment: LC_ALL, then LANG, without codeset and modifier. Unset, "C" and "POSIX" count as
+    // en_US. Read once a process.
     static const Locale& current();
-    // The languages the user prefers, best first, as BCP 47 tags ("fr-CA", "en"): LANGUAGE, then the
-    // current locale. Never empty. Read once a process.
+    // The languages the user prefers, best first, as BCP 47 tags ("fr-CA", "en"): LANGUAGE, then LC_ALL,
+    // LC_MESSAGES or LANG. Never empty. Read once a process.
     static const std::vector<std::string>& preferredLanguages();
 
     const std::string& identifier() const { return m_identifier; }

@@ -27,6 +27,7 @@ struct MediaType {
 
     bool valid() const { return !type.empty(); }
     bool matchesAll() const { return type == "*" && subtype == "*"; }
+    int specificity() const { return (type == "*" ? 0 : 1) + (subtype == "*" ? 0 : 1); }
     bool allows(const MediaType& other) const {
         return (type == "*" || type == other.type) && (subtype == "*" || subtype == other.subtype);
     }
@@ -40,14 +41,19 @@ bool isExcluded(std::string_view range) {
     return false;
 }
 
+// The most specific range that fits decides (RFC 9110, 12.5.1).
 bool isAcceptable(std::string_view accept, const std::optional<std::string>& contentType) {
     const MediaType given(contentType.value_or(""));
-    for (const std::string_view range : listItems(accept)) {
-        const MediaType allowed(range);
-        if (!allowed.valid() || isExcluded(range)) continue;
-        if (allowed.matchesAll() || (given.valid() && allowed.allows(given))) return true;
+    int best = -1;
+    bool acceptable = false;
+    for (const std::string_view text : listItems(accept)) {
+        const MediaType range(text);
+        const bool fits = range.valid() && (given.valid() ? range.allows(given) : range.matchesAll());
+        if (!fits || range.specificity() < best) continue;
+        acceptable = !isExcluded(text) || (acceptable && range.specificity() == best);
+        best = range.specificity();
     }
-    return false;
+    return acceptable;
 }
 
 }  // namespace

@@ -1,0 +1,158 @@
+#include "TorvelPlatform/foundation/Bundle.h"
+
+#include "TorvelPlatform/foundation/Locale.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <mutex>
+
+namespace torvel {
+namespace fs = std::filesystem;
+
+struct Bundle::State {
+    fs::path directory;
+    std::string identifier;
+    std::string languageFolder;  // "fr.lproj", in the directory
+};
+
+namespace {
+
+fs::path resolved(const fs::path& directory) {
+    std::error_code failed;
+    fs::path path = fs::weakly_canonical(directory, failed);
+    if (failed) path = fs::absolute(directory, failed);
+    return path.has_filename() ? path : path.parent_path();  // "a/" names "a"
+}
+
+bool isDirectory(const fs::path& path) {
+    std::error_code failed;
+    return fs::is_directory(path, failed);
+}
+
+// The folder of a language or, subtag by subtag, of its base; empty when there is none.
+std::string existingFolder(const fs::path& directory, std::string language) {
+    while (true) {
+        for (const char separator : {'-', '_'}) {
+            std::replace_if(
+                language.begin(), language.end(), [](char c) { return c == '-' || c == '_'; }, separator);
+            const std::string folder = language + ".lproj";
+            if (isDirectory(directory / folder)) return folder;
+        }
+        const std::size_t base = language.rfind('_');
+        if (base == std::string::npos) return {};
+        language.resize(base);
+    }
+}
+
+std::string currentLanguageFolder(const fs::path& directory) {
+    for (const std::string& language : Locale::preferredLanguages()) {
+        if (std::string folder = existingFolder(directory, language); !folder.empty()) return folder;
+    }
+    return "en.lproj";
+}
+
+fs::path executable() {
+    std::error_code failed;
+    return fs::read_symlink("/proc/self/exe", failed);
+}
+
+const char* environment(const char* variable) {
+    const char* value = std::getenv(variable);
+    return value != nullptr && *value != '\0' ? value : nullptr;
+}
+
+fs::path mainDirectory() {
+    if (const char* given = environment("TORVEL_MAIN_BUNDLE")) return given;
+    return executable().parent_path() / "Resources";
+}
+
+fs::path libraryDirectory() {
+    if (const char* given = environment("TORVEL_LIBRARY_BUNDLE")) return given;
+    const fs::path besideExecutable = executable().parent_path().parent_path() / "share" / "torvel";
+    for (const fs::path& place : {besideExecutable, fs::path(TORVEL_INSTALL_DATADIR)}) {
+        if (isDirectory(place)) return place;
+    }
+    return TORVEL_BUILD_DATADIR;
+}
+
+// A name that stays inside the directory that it is looked up in.
+bool isInnerName(std::string_view name) {
+    if (name.empty() || name.find('\0') != std::string_view::npos) return false;
+    const fs::path path(name);
+    return std::find(path.begin(), path.end(), "..") == path.end();
+}
+
+// The two bundles of the process, found when first asked for.
+struct ProcessBundles {
+    std::mutex mutex;
+    std::optional<Bundle> main, library;
+};
+
+ProcessBundles& processBundles() {
+    static ProcessBundles bundles;
+    return bundles;
+}
+
+}  // namespace
+
+Bundle::Bundle(const fs::path& directory, std::string_view identifier) {
+    State state{resolved(directory), std::string(identifier), {}};
+    if (state.identifier.empty()) state.identifier = state.directory.filename();
+    state.languageFolder = currentLanguageFolder(state.directory);
+    m_state = std::make_shared<const State>(std::move(state));
+}
+
+Bundle Bundle::main() {
+    ProcessBundles& bundles = processBundles();
+    const std::lock_guard lock(bundles.mutex);
+    if (!bundles.main) bundles.main = Bundle(mainDirectory(), executable().filename().native());
+    return *bundles.main;
+}
+
+void Bundle::setMain(const fs::path& directory, std::string_view identifier) {
+    ProcessBundles& bundles = processBundles();
+    const std::lock_guard lock(bundles.mutex);
+    bundles.main = Bundle(directory, identifier.empty() ? executable().filename().native() : identifier);
+}
+
+Bundle Bundle::library() {
+    ProcessBundles& bundles = processBundles();
+    const std::lock_guard lock(bundles.mutex);
+    if (!bundles.library) bundles.library = Bundle(libraryDirectory());
+    return *bundles.library;
+}
+
+void Bundle::setLibrary(const fs::path& directory) {
+    ProcessBundles& bundles = processBundles();
+    const std::lock_guard lock(bundles.mutex);
+    bundles.library = Bundle(directory);
+}
+
+std::optional<Bundle> Bundle::at(const fs::path& directory) {
+    if (!isDirectory(directory)) return std::nullopt;
+    return Bundle(directory);
+}
+
+const fs::path& Bundle::directory() const { return m_state->directory; }
+
+const std::string& Bundle::identifier() const { return m_state->identifier; }
+
+std::optional<std::string> Bundle::path(std::string_view forResource, std::string_view ofType) const {
+    std::string name(forResource);
+    if (!ofType.empty()) name.append(1, '.').append(ofType);
+    if (!isInnerName(name)) return std::nullopt;
+    for (const std::string& folder : {std::string("/"), '/' + m_state->languageFolder + '/'}) {
+        std::string candidate = directory().native() + folder + name;
+        std::error_code failed;
+        if (fs::exists(candidate, failed)) return candidate;
+    }
+    return std::nullopt;
+}
+
+std::optional<URL> Bundle::url(std::string_view forResource, std::string_view withExtension) const {
+    const std::optional<std::string> file = path(forResource, withExtension);
+    if (!file) return std::nullopt;
+    return URL::file(*file);
+}
+
+}  // namespace torvel
