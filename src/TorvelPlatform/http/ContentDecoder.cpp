@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <utility>
 
 #include <brotli/decode.h>
 #include <zlib.h>
@@ -123,8 +124,7 @@ class BrotliCoding final : public ContentCoding {
 std::unique_ptr<ContentCoding> makeCoding(std::string_view name) {
     if (equalsIgnoringCase(name, "gzip") || equalsIgnoringCase(name, "x-gzip"))
         return std::make_unique<ZlibCoding>(ZlibCoding::Format::gzip);
-    if (equalsIgnoringCase(name, "deflate"))
-        return std::make_unique<ZlibCoding>(ZlibCoding::Format::deflate);
+    if (equalsIgnoringCase(name, "deflate")) return std::make_unique<ZlibCoding>(ZlibCoding::Format::deflate);
     if (equalsIgnoringCase(name, "br")) return std::make_unique<BrotliCoding>();
     return nullptr;
 }
@@ -143,7 +143,8 @@ ContentDecoder::ContentDecoder(std::string_view contentEncoding) {
     std::reverse(m_codings.begin(), m_codings.end());
 }
 
-ContentDecoder::Status ContentDecoder::decode(std::string_view input, std::string& output, std::size_t limit) {
+ContentDecoder::Status ContentDecoder::decode(std::string_view input, std::string& output,
+                                              std::size_t limit) {
     m_fed = m_fed || !input.empty();
     std::string between;
     for (std::size_t i = 0; i < m_codings.size(); ++i) {
@@ -158,8 +159,8 @@ ContentDecoder::Status ContentDecoder::decode(std::string_view input, std::strin
 }
 
 bool ContentDecoder::ended() const {
-    return !m_fed ||
-           std::all_of(m_codings.begin(), m_codings.end(), [](const auto& coding) { return coding->ended(); });
+    return !m_fed || std::all_of(m_codings.begin(), m_codings.end(),
+                                 [](const auto& coding) { return coding->ended(); });
 }
 
 }  // namespace torvel

@@ -19,10 +19,17 @@ std::string escapedName(std::string_view name) {
     std::string escaped;
     for (const char c : name) {
         switch (c) {
-            case '"': escaped += "%22"; break;
-            case '\r': escaped += "%0D"; break;
-            case '\n': escaped += "%0A"; break;
-            default: escaped += c;
+            case '"':
+                escaped += "%22";
+                break;
+            case '\r':
+                escaped += "%0D";
+                break;
+            case '\n':
+                escaped += "%0A";
+                break;
+            default:
+                escaped += c;
         }
     }
     return escaped;

@@ -44,7 +44,8 @@ SessionError refused(const URL& from, const URL& to, std::string_view why) {
 
 Redirection redirected(const URLRequest& sent, URL target, int status, const HTTPHeaders& sessionHeaders) {
     Redirection next{sent, true};
-    if (!sameHost(*sent.url, target)) next.request.headers = fieldsForAnotherHost(sent.headers, sessionHeaders);
+    if (!sameHost(*sent.url, target))
+        next.request.headers = fieldsForAnotherHost(sent.headers, sessionHeaders);
     if (becomesGET(status, sent.httpMethod)) {
         next.request.httpMethod = "GET";
         next.request.httpBody.reset();

@@ -18,9 +18,9 @@ struct Redirection {
 using RedirectDecision = std::variant<std::monostate, Redirection, SessionError>;
 
 // Follows 301, 302, 303, 307 and 308 as browsers do (Fetch, 4.4). `sent` is the request that was answered,
-// `hasBody` whether it carried one, `sessionHeaders` what the session adds to every request. An answer without
-// a usable Location is delivered. To another host neither the caller's header fields travel, the few that say
-// nothing about the user aside, nor a body; https never leads to http.
+// `hasBody` whether it carried one, `sessionHeaders` what the session adds to every request. An answer
+// without a usable Location is delivered. To another host neither the caller's header fields travel, the few
+// that say nothing about the user aside, nor a body; https never leads to http.
 RedirectDecision decideRedirect(const URLRequest& sent, bool hasBody, const HTTPURLResponse& response,
                                 const HTTPHeaders& sessionHeaders);
 

@@ -50,8 +50,7 @@ std::optional<SpoolFile> SpoolFile::write(const MultipartFormData& form) {
 
 std::optional<std::size_t> SpoolFile::read(std::size_t offset, std::span<char> buffer) const {
     for (;;) {
-        const ssize_t count =
-            pread(m_file.get(), buffer.data(), buffer.size(), static_cast<off_t>(offset));
+        const ssize_t count = pread(m_file.get(), buffer.data(), buffer.size(), static_cast<off_t>(offset));
         if (count >= 0) return static_cast<std::size_t>(count);
         if (errno != EINTR) return std::nullopt;
     }

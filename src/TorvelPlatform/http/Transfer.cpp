@@ -166,7 +166,6 @@ void Transfer::setFields() {
 void Transfer::setMethodAndBody() {
     const URLRequest& request = m_options.request;
     const std::string& method = request.httpMethod;
-    const bool hasBody = m_options.spool != nullptr || request.httpBody.has_value();
     // RFC 9110, 8.6: these announce even the absence of content.
     const bool announcesLength = method == "POST" || method == "PUT" || method == "PATCH";
     if (method == "HEAD") {
@@ -174,7 +173,7 @@ void Transfer::setMethodAndBody() {
     } else if (method != "GET") {
         curl_easy_setopt(easy(), CURLOPT_CUSTOMREQUEST, method.c_str());
     }
-    if (!hasBody && !announcesLength) return;
+    if (!hasBody() && !announcesLength) return;
 
     curl_easy_setopt(easy(), CURLOPT_POST, 1L);
     curl_easy_setopt(easy(), CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(bodySize()));
@@ -197,9 +196,8 @@ std::size_t Transfer::bodySize() const {
 
 bool Transfer::onHeadComplete() {
     const URLRequest& request = m_options.request;
-    const HTTPURLResponse response{*request.url, m_head.statusCode(), m_head.headers()};
-    const bool hasBody = m_options.spool != nullptr || request.httpBody.has_value();
-    m_redirect = decideRedirect(request, hasBody, response, m_options.sessionHeaders);
+    if (m_head.statusCode() / 100 == 3)
+        m_redirect = decideRedirect(request, hasBody(), response(), m_options.sessionHeaders);
     if (request.httpMethod == "HEAD") return true;
 
     m_decoder.emplace(m_head.headers().value("Content-Encoding").value_or(""));
@@ -243,19 +241,21 @@ void Transfer::onProgress(std::uint64_t sent) {
     if (sent != m_bytesSent) m_activity->last = std::chrono::steady_clock::now();
     m_bytesSent = sent;
     if (m_options.progress != nullptr) m_options.progress->sent(sent, bodySize());
-    if (m_head.complete() && endsWithConnection()) m_peerClosedCleanly = peerClosedCleanly(tlsConnection(easy()));
+    if (m_head.complete() && endsWithConnection())
+        m_peerClosedCleanly = peerClosedCleanly(tlsConnection(easy()));
 }
 
 // False, for the callbacks to return.
 bool Transfer::fail(std::string_view why) {
-    m_error = {Kind::badServerResponse, "The answer from " + host() + " is not valid: " + std::string(why) + ".",
-               std::nullopt};
+    m_error = {Kind::badServerResponse,
+               "The answer from " + host() + " is not valid: " + std::string(why) + ".", std::nullopt};
     return false;
 }
 
 std::optional<SessionError> Transfer::failure(CURLcode code) const {
     if (m_verdict->failure && code == CURLE_PEER_FAILED_VERIFICATION)
-        return SessionError{Kind::serverTrustEvaluationFailed, m_verdict->failure->description, m_verdict->failure};
+        return SessionError{Kind::serverTrustEvaluationFailed, m_verdict->failure->description,
+                            m_verdict->failure};
     if (m_error) return m_error;
     if (m_replayRefused) {
         return SessionError{Kind::connectionLost,
@@ -268,10 +268,10 @@ std::optional<SessionError> Transfer::failure(CURLcode code) const {
         curl_easy_getinfo(easy(), CURLINFO_OS_ERRNO, &systemError);
         return transferError(code, host(), m_detail.data(), systemError);
     }
-    const bool hasBody = m_decoder.has_value() && m_received > 0;
-    if (hasBody && endsWithConnection() && !m_peerClosedCleanly)
+    const bool hasAnswerBytes = m_decoder.has_value() && m_received > 0;
+    if (hasAnswerBytes && endsWithConnection() && !m_peerClosedCleanly)
         return transferError(CURLE_PARTIAL_FILE, host(), "the server cut the answer off", 0);
-    if (hasBody && !m_decoder->ended()) {
+    if (hasAnswerBytes && !m_decoder->ended()) {
         return SessionError{Kind::badServerResponse,
                             "The answer from " + host() + " is not valid: its content encoding ends early.",
                             std::nullopt};
@@ -282,18 +282,25 @@ std::optional<SessionError> Transfer::failure(CURLcode code) const {
 std::variant<TransferResult, Redirection> Transfer::conclude(CURLcode code) {
     // The redirect's own body is of no interest, so its faults are none.
     if (auto* next = std::get_if<Redirection>(&m_redirect)) return std::move(*next);
-    if (auto* refused = std::get_if<SessionError>(&m_redirect)) return TransferResult{{}, {}, std::move(*refused)};
+    if (auto* refused = std::get_if<SessionError>(&m_redirect))
+        return TransferResult{{}, {}, std::move(*refused)};
     std::optional<SessionError> error = failure(code);
     if (error) return abandon(std::move(*error));
-    return TransferResult{HTTPURLResponse{*m_options.request.url, m_head.statusCode(), m_head.headers()},
-                          std::move(m_body), std::nullopt};
+    return TransferResult{response(), std::move(m_body), std::nullopt};
 }
 
 TransferResult Transfer::abandon(SessionError error) {
     TransferResult result{std::nullopt, std::move(m_body), std::move(error)};
-    if (m_head.complete())
-        result.response = HTTPURLResponse{*m_options.request.url, m_head.statusCode(), m_head.headers()};
+    if (m_head.complete() && m_redirect.index() == 0) result.response = response();
     return result;
+}
+
+HTTPURLResponse Transfer::response() const {
+    return {*m_options.request.url, m_head.statusCode(), m_head.headers()};
+}
+
+bool Transfer::hasBody() const {
+    return m_options.spool != nullptr || m_options.request.httpBody.has_value();
 }
 
 }  // namespace torvel

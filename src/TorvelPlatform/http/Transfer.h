@@ -28,7 +28,8 @@ struct TransferOptions {
     const SpoolFile* spool;  // the body, when it is not the request's own
     bool prefersHTTP1;       // for large bodies: HTTP/2 uploads can hang when the server answers early
     bool freshConnection;
-    long maximumIdleAge;  // seconds that a kept-alive connection may have been idle
+    bool sharesConnection;  // HTTP/2: what the socket receives may belong to other transfers
+    long maximumIdleAge;    // seconds that a kept-alive connection may have been idle
     std::size_t maximumResponseBytes;
     std::shared_ptr<const ServerTrustManager> trustManager;
     const HTTPHeaders& sessionHeaders;
@@ -52,7 +53,11 @@ class Transfer {
     CURL* easy() const { return m_easy.get(); }
     EasyHandle takeEasy() { return std::move(m_easy); }
     const ResponseHead& head() const { return m_head; }
-    const std::shared_ptr<Activity>& activity() const { return m_activity; }
+    std::chrono::steady_clock::time_point lastActivity() const { return m_activity->last; }
+    // What the socket in use reports to, so that even half a header line counts; nullptr for a shared one.
+    std::shared_ptr<Activity> socketActivity() const {
+        return m_options.sharesConnection ? nullptr : m_activity;
+    }
 
     // Reads the outcome once the client has finished with the hop.
     std::variant<TransferResult, Redirection> conclude(CURLcode code);
@@ -75,6 +80,8 @@ class Transfer {
     bool endsWithConnection() const;
     std::optional<SessionError> failure(CURLcode code) const;
     bool fail(std::string_view why);
+    HTTPURLResponse response() const;
+    bool hasBody() const;
     std::size_t bodySize() const;
     std::string host() const { return m_options.request.url->host().value_or(""); }
 

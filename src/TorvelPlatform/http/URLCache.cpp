@@ -78,9 +78,9 @@ bool isSafe(std::string_view method) {
 bool mayBeServed(const URLRequest& request) {
     const CacheControl control(request.headers);
     return request.url && request.httpMethod == "GET" && !request.httpBody &&
-           request.cachePolicy == URLRequestCachePolicy::useProtocolCachePolicy &&
-           !control.has("no-store") && !control.has("no-cache") && control.find("max-age") != "0" &&
-           !request.headers.value("Range") && !request.headers.value("Pragma");
+           request.cachePolicy == URLRequestCachePolicy::useProtocolCachePolicy && !control.has("no-store") &&
+           !control.has("no-cache") && control.find("max-age") != "0" && !request.headers.value("Range") &&
+           !request.headers.value("Pragma");
 }
 
 bool mayBeKept(const URLRequest& request, const HTTPURLResponse& response, const CacheControl& control) {
@@ -167,7 +167,8 @@ void URLCache::store(const URLRequest& request, const CachedResponse& response) 
         entry.selecting.push_back({std::string(name), request.headers.value(name)});
     const auto lifetime = remainingLifetime(response.response.headers, control);
     entry.cost = entry.key.size() + response.data.size();
-    for (const auto& [name, value] : response.response.headers.fields()) entry.cost += name.size() + value.size();
+    for (const auto& [name, value] : response.response.headers.fields())
+        entry.cost += name.size() + value.size();
 
     const bool kept = mayBeKept(request, response.response, control) && lifetime && *lifetime > seconds(0) &&
                       vary.find('*') == std::string::npos && entry.cost <= m_state->capacity;

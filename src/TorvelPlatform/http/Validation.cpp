@@ -62,10 +62,10 @@ std::optional<SessionError> validationError(const std::optional<std::string>& ac
                                             const HTTPURLResponse& response, bool emptyBody) {
     const std::string from = response.url.host().value_or("");
     if (response.statusCode < 200 || response.statusCode > 299) {
-        return SessionError{Kind::unacceptableStatusCode,
-                            from + " answered with the unacceptable status code " +
-                                std::to_string(response.statusCode) + ".",
-                            std::nullopt};
+        return SessionError{
+            Kind::unacceptableStatusCode,
+            from + " answered with the unacceptable status code " + std::to_string(response.statusCode) + ".",
+            std::nullopt};
     }
     const std::optional<std::string> contentType = response.headers.value("Content-Type");
     if (emptyBody || !accept || isAcceptable(*accept, contentType)) return std::nullopt;
