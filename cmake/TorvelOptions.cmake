@@ -31,10 +31,11 @@ target_compile_options(torvel_flags INTERFACE
     $<$<BOOL:${TORVEL_WERROR}>:-Werror>
     # Source names in logs and assertions are the library's own, never a builder's folders.
     "-ffile-prefix-map=${CMAKE_SOURCE_DIR}/="
-    -fstack-protector-strong
-    $<$<AND:$<CONFIG:Release>,$<STREQUAL:${TORVEL_SANITIZE},>>:-D_FORTIFY_SOURCE=2>)
+    -fstack-protector-strong)
 target_link_options(torvel_flags INTERFACE -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 if(TORVEL_SANITIZE)
     target_compile_options(torvel_flags INTERFACE "-fsanitize=${TORVEL_SANITIZE}" -fno-omit-frame-pointer -g1)
     target_link_options(torvel_flags INTERFACE "-fsanitize=${TORVEL_SANITIZE}")
+else()
+    target_compile_options(torvel_flags INTERFACE $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2>)
 endif()

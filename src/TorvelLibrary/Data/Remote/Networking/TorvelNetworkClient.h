@@ -1,0 +1,10 @@
+#pragma once
+
+#include "TorvelLibrary/Data/Remote/Networking/NetworkDispatcher.h"
+
+namespace torvel {
+
+// The client that hosts use: the pipeline with all its defaults. Has no state; make one wherever needed.
+class TorvelNetworkClient : public NetworkDispatcher {};
+
+}  // namespace torvel

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string_view>
+
+namespace torvel {
+
+// The platform's system log: one line on standard error, whatever the library's own logging is set to.
+void NSLog(std::string_view message);
+
+}  // namespace torvel

@@ -1,0 +1,297 @@
+#include "TorvelLibrary/Data/Remote/Interceptors/GenericRequestHeaderInterceptor.h"
+#include "TorvelLibrary/Data/Remote/Interceptors/GenericResponseInterceptor.h"
+#include "TorvelLibrary/Data/Remote/Networking/APITimeError.h"
+#include "TorvelLibrary/Data/Remote/Networking/TorvelNetworkClient.h"
+#include "TorvelLibrary/TorvelLibraryBuilder.h"
+#include "TorvelLibrary/crypto/AES256CBC.h"
+#include "TorvelPlatform/http/URLCache.h"
+#include "sandbox/Sandbox.h"
+#include "support/HostFixture.h"
+
+#include <chrono>
+
+#include <gmock/gmock.h>
+
+namespace torvel {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+// How one call ended: exactly one of the two.
+struct Ending {
+    std::optional<std::string> success;
+    std::optional<APITimeError> error;
+    int callbacks = 0;
+
+    OnSuccess onSuccess() {
+        return [this](Data bytes) {
+            ++callbacks;
+            success = std::move(bytes).raw();
+        };
+    }
+    OnError onError() {
+        return [this](const Decodable& failure) {
+            ++callbacks;
+            error = dynamic_cast<const APITimeError&>(failure);
+        };
+    }
+};
+
+struct Appending final : RequestWrapper {
+    explicit Appending(std::string what) : text(std::move(what)) {}
+    URLRequest wrapRequest(URLRequest& request) override {
+        URLRequest next = request;
+        if (next.httpBody) next.httpBody = Data(next.httpBody->raw() + text);
+        request.httpBody = Data("overwritten by what is returned");
+        return next;
+    }
+    std::string text;
+};
+
+struct Bracketing final : ResponseParser {
+    explicit Bracketing(std::string what) : text(std::move(what)) {}
+    Data parseResponse(Data data) override { return Data(text + "(" + std::move(data).raw() + ")"); }
+    std::string text;
+};
+
+// A host and its backend, over plain http: trust has tests of its own.
+class Pipeline : public testing::HostFixture {
+  protected:
+    Pipeline() : m_sandbox(sandbox::Sandbox::start({.tls = false}).value()) {
+        TorvelLibraryBuilder().setServerURL(m_sandbox->url()).build();
+    }
+
+    Ending get(const std::string& target, const ResponseInterceptors& parsers = {}) const {
+        Ending ending;
+        m_client.getRequest(target, "application/json", {}, parsers, ending.onSuccess(), ending.onError());
+        return finished(ending);
+    }
+
+    // Runs the main queue until the call ended, then whatever else was posted.
+    static Ending finished(Ending& ending) {
+        DispatchQueue::main().runUntil([&] { return ending.callbacks > 0; }, std::chrono::seconds(20));
+        DispatchQueue::main().drain();
+        EXPECT_EQ(ending.callbacks, 1);
+        return ending;
+    }
+
+    std::string misbehave(const std::string& how) const { return "/misbehave/" + how; }
+
+    const std::unique_ptr<sandbox::Sandbox> m_sandbox;
+    const TorvelNetworkClient m_client;
+};
+
+TEST_F(Pipeline, TargetsBecomeURLs) {
+    TorvelLibraryBuilder().setServerURL("https://api.example/v1/").build();
+    struct Row {
+        const char* target;
+        const char* url;  // nullptr: none
+    };
+    const Row rows[] = {
+        {"login", "https://api.example/v1/login"},
+        {"/api/http", "https://api.example/v1//api/http"},
+        {"http://b.example/two words", "http://b.example/two%20words"},
+        {"https://b.example/a%20b", "https://b.example/a%2520b"},  // escaped again
+        {"HTTPS://b.example", "https://api.example/v1/HTTPS://b.example"},
+        {"httpx", "httpx"},
+        {"http:// b/", "http://%20b/"},
+        {"two words", nullptr},
+        {"http://[::1", nullptr},  // no URL whole, and none behind the server's
+    };
+    for (const Row& row : rows) {
+        const auto request = m_client.getRequest(row.target);
+        ASSERT_EQ(request.has_value(), row.url != nullptr) << row.target;
+        if (request) EXPECT_EQ(request->url->absoluteString(), row.url);
+    }
+}
+
+TEST_F(Pipeline, ATargetThatIsNoURLFailsAtOnceOnTheCallersThread) {
+    Ending ending;
+    m_client.postRequest("two words", Data("x"), "text/plain", {}, {}, ending.onSuccess(), ending.onError());
+    ASSERT_EQ(ending.callbacks, 1);
+    EXPECT_EQ(ending.error->localizedDescription(), "Unexpected Error");
+    EXPECT_EQ(ending.error->errorCodeInResponse(), "-1");
+    EXPECT_FALSE(ending.error->receivedDataInResponse().has_value());
+}
+
+TEST_F(Pipeline, EveryMethodSendsItsBody) {
+    using Operation =
+        void (NetworkDispatcher::*)(std::string_view, Data, std::string_view, const RequestInterceptors&,
+                                    const ResponseInterceptors&, OnSuccess, OnError) const;
+    const std::pair<const char*, Operation> rows[] = {{"POST", &NetworkDispatcher::postRequest},
+                                                      {"PUT", &NetworkDispatcher::putRequest},
+                                                      {"DELETE", &NetworkDispatcher::deleteRequest}};
+    for (const auto& [method, operation] : rows) {
+        Ending ending;
+        (m_client.*operation)("/echo", Data("body"), "text/x", {}, {}, ending.onSuccess(), ending.onError());
+        ASSERT_TRUE(finished(ending).success.has_value()) << method;
+        const sandbox::Exchange exchange = m_sandbox->exchanges().back();
+        EXPECT_EQ(exchange.requestLine, method + std::string(" /echo HTTP/1.1"));
+        EXPECT_EQ(exchange.body, "body");
+        EXPECT_THAT(exchange.fields,
+                    ::testing::Contains(std::pair<std::string, std::string>("Content-Type", "text/x")));
+    }
+    EXPECT_TRUE(get("/echo").success.has_value());
+    EXPECT_EQ(m_sandbox->exchanges().back().requestLine, "GET /echo HTTP/1.1");
+    EXPECT_EQ(m_sandbox->exchanges().back().bodyBytes, 0U);
+}
+
+TEST_F(Pipeline, AnswersAreRouted) {
+    struct Row {
+        const char* name;
+        std::string target;
+        std::optional<std::string> success;  // after the interceptors
+        const char* code = "";
+        std::optional<std::string> received = {};
+        const char* description = "";  // a part of it
+    };
+    const Row rows[] = {
+        {"success", misbehave("status?body=abc&type=text/plain"), "b(a(abc))"},
+        {"no content", misbehave("status?code=204"), "b(a())"},
+        {"structured error", misbehave("status?code=400&body={\"message\":\"x\"}"),
+         "b(a({\"message\":\"x\"}))"},
+        {"structured error, a scalar", misbehave("status?code=500&body=1"), "b(a(1))"},
+        {"plain-text error", misbehave("status?code=500&body=oops"), {}, "500", "oops", "JSON"},
+        {"unauthorised, JSON", misbehave("status?code=401&body={}"), {}, "401", "{}", "401"},
+        {"error without a body", misbehave("status?code=503"), {}, "503", {}, "503"},
+        {"empty success", misbehave("status?code=200"), {}, "200", {}, ""},
+        {"cut answer", misbehave("truncate?framing=length"), {}, "200", {}, ""},
+        {"reset", misbehave("reset"), {}, "-1", {}, ""},
+        {"refused", "http://127.0.0.1:1/", {}, "-1", {}, "127.0.0.1"},
+        {"not http", "httpx", {}, "-1", {}, ""},
+    };
+    const ResponseInterceptors parsers{std::make_shared<Bracketing>("a"), std::make_shared<Bracketing>("b")};
+    for (const Row& row : rows) {
+        const Ending ending = get(row.target, parsers);
+        EXPECT_EQ(ending.success, row.success) << row.name;
+        ASSERT_EQ(ending.error.has_value(), !row.success) << row.name;
+        if (!ending.error) continue;
+        EXPECT_EQ(ending.error->errorCodeInResponse(), row.code) << row.name;
+        EXPECT_THAT(ending.error->localizedDescription(), HasSubstr(row.description)) << row.name;
+        EXPECT_NE(ending.error->localizedDescription(), "") << row.name;
+        if (row.received) EXPECT_EQ(ending.error->receivedDataInResponse(), Data(*row.received)) << row.name;
+    }
+}
+
+TEST_F(Pipeline, AnAnswerThatNeverComesTimesOut) {
+    TorvelLibraryBuilder().setServerURL(m_sandbox->url()).setRequestTimeoutInterval(0.2).build();
+    const Ending ending = get(misbehave("hang"));
+    ASSERT_TRUE(ending.error.has_value());
+    EXPECT_EQ(ending.error->errorCodeInResponse(), "-1");
+    EXPECT_THAT(ending.error->localizedDescription(), HasSubstr("timed out"));
+}
+
+TEST_F(Pipeline, RequestInterceptorsRunInOrderAndAreLogged) {
+    const RequestInterceptors wrappers{std::make_shared<Appending>("1"), std::make_shared<Appending>("2")};
+    Ending ending;
+    const std::string log = logOf([&] {
+        m_client.postRequest("/echo", Data("0"), "text/plain", wrappers, {}, ending.onSuccess(),
+                             ending.onError());
+        finished(ending);
+    });
+    EXPECT_EQ(m_sandbox->exchanges().back().body, "012");
+    std::vector<std::string> messages;
+    for (std::size_t at = 0; (at = log.find(" -> ", at)) != log.npos; ++at)
+        messages.push_back(log.substr(at + 4, log.find('\n', at) - at - 4));
+    ASSERT_EQ(messages.size(), 7U) << log;
+    messages.resize(5);
+    EXPECT_THAT(messages, ElementsAre("TARGET IS /echo", "Request URL - " + m_sandbox->url() + "/echo",
+                                      "Request Body Initial - 0", "Request Body After Each Interceptors - 01",
+                                      "Request Body After Each Interceptors - 012"));
+    EXPECT_THAT(log, HasSubstr("Response As received - {"));
+    EXPECT_THAT(log, HasSubstr("Response After Interceptors - {"));
+}
+
+TEST_F(Pipeline, AnUploadIsOneFormPartWithProgressAndAnyStatusSucceeds) {
+    Ending ending;
+    std::vector<double> progress;
+    m_client.multipartRequest(misbehave("status?code=500&body=oops"), "POST", Data("%PDF-1.7"),
+                              "text/ignored", "statement \"1\".pdf", {}, {}, ending.onSuccess(),
+                              ending.onError(), [&](double fraction) {
+                                  EXPECT_EQ(ending.callbacks, 0);
+                                  progress.push_back(fraction);
+                              });
+    EXPECT_EQ(finished(ending).success, "oops");
+    ASSERT_FALSE(progress.empty());
+    EXPECT_TRUE(std::is_sorted(progress.begin(), progress.end()));
+    EXPECT_EQ(progress.back(), 1.0);
+    EXPECT_THAT(
+        m_sandbox->exchanges().back().body,
+        HasSubstr("Content-Disposition: form-data; name=\"file\"; filename=\"statement %221%22.pdf\"\r\n"
+                  "Content-Type: application/pdf\r\n\r\n%PDF-1.7\r\n--"));
+}
+
+TEST_F(Pipeline, EveryResponseEmptiesTheSharedCache) {
+    const URLRequest request(*URL::parse("http://kept.example/"));
+    for (const std::string& target : {misbehave("status?body=x"), misbehave("reset")}) {
+        HTTPURLResponse response{*request.url, 200, {}};
+        response.headers.set("Cache-Control", "max-age=3600");
+        URLCache::shared().store(request, {response, Data("kept")});
+        ASSERT_TRUE(URLCache::shared().cachedResponse(request).has_value());
+        get(target);
+        EXPECT_FALSE(URLCache::shared().cachedResponse(request).has_value()) << target;
+    }
+}
+
+TEST_F(Pipeline, ANewLibraryOrSessionCutsNothingInFlight) {
+    constexpr int count = 20;
+    int callbacks = 0;
+    int successes = 0;
+    for (int i = 0; i < count; ++i) {
+        // A bypass makes a trust manager, so that each further host rebuilds the session.
+        TorvelLibraryBuilder().setServerURL(m_sandbox->url()).setIsHttpsByPassRequired(true).build();
+        for (const std::string& base :
+             {m_sandbox->url(), "http://localhost:" + std::to_string(m_sandbox->port())})
+            TorvelNetworkClient().getRequest(
+                base + misbehave("delay?ms=30"), "text/plain", {}, {},
+                [&](const Data&) { ++callbacks, ++successes; }, [&](const Decodable&) { ++callbacks; });
+    }
+    DispatchQueue::main().runUntil([&] { return callbacks == 2 * count; }, std::chrono::seconds(20));
+    DispatchQueue::main().drain();
+    EXPECT_EQ(callbacks, 2 * count);
+    EXPECT_EQ(successes, 2 * count);
+}
+
+TEST_F(Pipeline, MissingConfigurationStopsTheProcess) {
+    TorvelLibrary::sharedInstance()->requestTimeoutInterval.reset();
+    EXPECT_DEATH(get("/echo"), "requestTimeoutInterval");
+    TorvelLibrary::sharedInstance()->serverURL.reset();
+    EXPECT_DEATH(get("/echo"), "serverURL");
+    URLRequest request(*URL::parse("http://a.example/"));
+    request.url.reset();
+    TorvelLibraryBuilder().build();
+    EXPECT_DEATH(NetworkDispatcher::consumeRequest(request, "", {}, {}, {}, {}), "without a URL");
+}
+
+// The whole secure path: pinned TLS, both directions sealed, in both envelope forms.
+TEST_F(Pipeline, EncryptedRequestsRunOverPinnedTLS) {
+    const auto backend = sandbox::Sandbox::start().value();
+    addResource("server.der", backend->identity().serverDer);
+    ::setenv("SSL_CERT_FILE", addResource("ca.pem", backend->identity().caPem).c_str(), 1);
+    for (const WrapperConfig flavour : {WrapperConfig::VelmMoney, WrapperConfig::QuentaMerchantApp}) {
+        TorvelLibraryBuilder()
+            .setServerURL(backend->url())
+            .setEncryptionCertName("server")
+            .setWrapperConfig(flavour)
+            .setSSlType(SSlPinningType::certificate({"server"}))
+            .build();
+        const std::string key = AES256CBC::generatePassword();
+        Ending ending;
+        m_client.postRequest("/echo", Data("{\"secret\":\"€\"}"), "application/json",
+                             {std::make_shared<EncryptRequestInterceptor>(key)},
+                             {std::make_shared<DecryptResponseInterceptor>(key)}, ending.onSuccess(),
+                             ending.onError());
+        ASSERT_TRUE(finished(ending).success.has_value()) << ending.error->localizedDescription();
+        EXPECT_THAT(*ending.success, HasSubstr("secret"));
+        const sandbox::Exchange exchange = backend->exchanges().back();
+        EXPECT_EQ(exchange.plainText, "{\"secret\":\"€\"}");
+        EXPECT_EQ(exchange.keyText, key);
+        EXPECT_THAT(exchange.body, Not(HasSubstr("secret")));
+        EXPECT_THAT(exchange.answer, Not(HasSubstr("secret")));
+    }
+}
+
+}  // namespace
+}  // namespace torvel

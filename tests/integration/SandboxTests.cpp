@@ -1,0 +1,425 @@
+// The sandbox driven by tools that share nothing with it: curl and the openssl command line.
+#include "sandbox/Envelope.h"
+#include "sandbox/Sandbox.h"
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include <arpa/inet.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace torvel::sandbox {
+namespace {
+
+using testing::ContainsRegex;
+using testing::HasSubstr;
+
+struct Ran {
+    int exit;
+    std::string out;
+};
+
+Ran shell(const std::string& command) {
+    std::FILE* pipe = popen(command.c_str(), "r");
+    Ran ran{-1, ""};
+    std::array<char, 4096> buffer{};
+    for (std::size_t got; (got = fread(buffer.data(), 1, buffer.size(), pipe)) > 0;)
+        ran.out.append(buffer.data(), got);
+    ran.exit = WEXITSTATUS(pclose(pipe));
+    return ran;
+}
+
+// Commands find $URL, $CA, $DIR (the written identity), and $TOKEN once logged in.
+class SandboxTest : public testing::Test {
+  protected:
+    ~SandboxTest() override { std::filesystem::remove_all(m_directory); }
+
+    void start(SandboxOptions options = {}) {
+        auto started = Sandbox::start(std::move(options));
+        ASSERT_TRUE(started) << started.error();
+        m_sandbox = std::move(started.value());
+        ASSERT_EQ(m_sandbox->identity().write(m_directory), std::nullopt);
+        setenv("URL", m_sandbox->url().c_str(), 1);
+        setenv("PORT", std::to_string(m_sandbox->port()).c_str(), 1);
+        setenv("DIR", m_directory.c_str(), 1);
+        setenv("CA", (m_directory / "ca.pem").c_str(), 1);
+    }
+
+    // The token is cut out of the answer by sed, as a script would.
+    void logIn() {
+        const Ran ran =
+            shell(R"(curl -s --cacert "$CA" "$URL/api/v1/login" -d '{"msisdn":"0700000001","pin":"4321"}' )"
+                  R"sh(| sed -n 's/.*"token":"\([0-9a-f]*\)".*/\1/p' | tr -d '\n')sh");
+        ASSERT_EQ(ran.out.size(), 32U);
+        setenv("TOKEN", ran.out.c_str(), 1);
+    }
+
+    // `arguments` are shell text; the status code stands on the last line of the output.
+    static Ran curl(const std::string& arguments) {
+        return shell(R"(curl -s --max-time 20 --cacert "$CA" -H "Authorization: Bearer $TOKEN" )"
+                     R"(-w '\n%{http_code}' )" +
+                     arguments);
+    }
+
+    const std::filesystem::path m_directory =
+        std::filesystem::temp_directory_path() / ("sandbox_tests_" + std::to_string(getpid()));
+    std::unique_ptr<Sandbox> m_sandbox;
+};
+
+struct Row {
+    const char* name;
+    const char* arguments;
+    int exit;  // curl's own codes: 0 fine, 18 partial body, 47 redirects, 52 nothing, 56 receive, 60 CA, 61
+               // coding
+    const char* output;  // a regular expression
+};
+
+void expectRows(const std::vector<Row>& rows, const std::function<Ran(const std::string&)>& run) {
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Ran ran = run(row.arguments);
+        EXPECT_EQ(ran.exit, row.exit);
+        EXPECT_THAT(ran.out, ContainsRegex(row.output));
+    }
+}
+
+TEST_F(SandboxTest, WalletStory) {
+    start();
+    logIn();
+    const std::vector<Row> rows = {
+        {"balance", R"("$URL/api/v1/balance")", 0, R"("balance":"1000.00","currency":"XTS".*200$)"},
+        {"transfer", R"("$URL/api/v1/transfer" -d '{"to":"0711","amount":"250.5","note":"rent"}')", 0,
+         R"("amount":"250.50","balance":"749.50","reference":"TX1","to":"0711".*200$)"},
+        {"declined", R"("$URL/api/v1/transfer" -d '{"to":"0711","amount":"749.51"}')", 0,
+         R"("errorCode":"INSUFFICIENT_FUNDS","message":"Insufficient funds: the balance is 749.50".*422$)"},
+        {"all of it", R"("$URL/api/v1/transfer" -d '{"to":"0711","amount":"749.50"}')", 0,
+         R"("balance":"0.00".*200$)"},
+        {"statement", R"("$URL/api/v1/statement")", 0,
+         R"(TX1.*"balance":"0.00","note":"","reference":"TX2".*200$)"},
+        {"amount of three places", R"("$URL/api/v1/transfer" -d '{"to":"0711","amount":"1.005"}')", 0,
+         "BAD_AMOUNT.*400$"},
+        {"negative amount", R"("$URL/api/v1/transfer" -d '{"to":"0711","amount":"-1"}')", 0,
+         "BAD_AMOUNT.*400$"},
+        {"amount as a number", R"("$URL/api/v1/transfer" -d '{"to":"0711","amount":1}')", 0,
+         "BAD_AMOUNT.*400$"},
+        {"no recipient", R"("$URL/api/v1/transfer" -d '{"amount":"1"}')", 0, "BAD_RECIPIENT.*400$"},
+        {"body not JSON", R"("$URL/api/v1/transfer" -d '{"amount":')", 0, "MALFORMED.*400$"},
+        {"plain-text error", R"("$URL/api/v1/rates")", 0, "^The rates service is down.*500$"},
+        {"wrong PIN", R"("$URL/api/v1/login" -d '{"msisdn":"0700000001","pin":"0000"}')", 0,
+         "LOGIN_REFUSED.*401$"},
+        {"no such path", R"("$URL/api/v1/nothing")", 0, "NOT_FOUND.*404$"},
+        {"wrong method", R"("$URL/api/v1/balance" -X PUT -d x)", 0, "WRONG_METHOD.*405$"},
+        {"a path of 8000 characters", R"sh("$URL/$(printf %08000d 0)")sh", 0, "NOT_FOUND.*404$"},
+    };
+    expectRows(rows, curl);
+    logIn();
+    EXPECT_THAT(curl(R"("$URL/api/v1/balance")").out, HasSubstr("200"));
+    setenv("TOKEN", "0123456789abcdef0123456789abcdef", 1);
+    EXPECT_THAT(curl(R"(-i "$URL/api/v1/balance")").out,
+                ContainsRegex("WWW-Authenticate: Bearer.*\n(.*\n)*401$"));
+}
+
+TEST_F(SandboxTest, DocumentsAreHashedAsTheyArrive) {
+    start();
+    logIn();
+    const Ran ran = shell(R"(
+        head -c 12000000 /dev/urandom >"$DIR/scan" && sha256sum "$DIR/scan" | cut -d' ' -f1
+        curl -s --cacert "$CA" -H "Authorization: Bearer $TOKEN" "$URL/api/v1/documents" \
+            -F "file=@$DIR/scan;type=image/png;filename=front page.png")");
+    EXPECT_THAT(
+        ran.out,
+        ContainsRegex(
+            R"("bytes":12000000,"contentType":"image/png","field":"file","fileName":"front page.png")"));
+    EXPECT_THAT(ran.out, HasSubstr("\"sha256\":\"" + ran.out.substr(0, 64) + "\""));
+    const Exchange last = m_sandbox->exchanges().back();
+    EXPECT_THAT(last.body.size(), testing::AllOf(testing::Gt(1000000U), testing::Le(1U << 20)));
+    EXPECT_GT(last.bodyBytes, 12000000U);
+}
+
+TEST_F(SandboxTest, OnlyTheIdentityProvesIt) {
+    start();
+    const std::vector<Row> rows = {
+        {"by address", R"(curl -s --cacert "$CA" "$URL/echo")", 0, "GET"},
+        {"by name", R"(curl -s --cacert "$CA" "https://localhost:$PORT/echo")", 0, "GET"},
+        {"without the authority", R"(curl -s "$URL/echo")", 60, "^$"},
+        {"under another name",
+         R"(curl -s --cacert "$CA" --resolve "other.test:$PORT:127.0.0.1" "https://other.test:$PORT/")", 60,
+         "^$"},
+        {"chain, purpose, strictly",
+         R"(openssl verify -x509_strict -purpose sslserver -CAfile "$CA" "$DIR/server.pem")", 0,
+         "server.pem: OK"},
+        {"DER and PEM agree", R"(openssl x509 -inform DER -in "$DIR/server.der" | diff - "$DIR/server.pem")",
+         0, "^$"},
+        {"the key is the certificate's, 2048 bits",
+         R"sh(openssl rsa -in "$DIR/server.key" -noout -modulus | cut -d= -f2 | tr -d '\n' | wc -c;
+            test "$(openssl rsa -in "$DIR/server.key" -pubout 2>/dev/null)" = "$(openssl x509 -in "$DIR/server.pem" -noout -pubkey)")sh",
+         0, "^512\n"},
+        {"the key is the owner's alone", R"(stat -c %a "$DIR/server.key")", 0, "^600\n"},
+        {"still valid in 88 days", R"(openssl x509 -in "$DIR/server.pem" -noout -checkend 7603200)", 0,
+         "not expire"},
+    };
+    expectRows(rows, shell);
+    auto other = Sandbox::start({.identity = SandboxIdentity::make(SandboxIdentity::Kind::selfSigned)});
+    ASSERT_TRUE(other);
+    setenv("URL", other.value()->url().c_str(), 1);
+    EXPECT_EQ(shell(R"(curl -s --cacert "$CA" "$URL/echo")").exit, 60) << "another identity's authority";
+    ASSERT_EQ(other.value()->identity().write(m_directory), std::nullopt);
+    EXPECT_EQ(shell(R"(curl -s --cacert "$CA" "$URL/echo")").exit, 0);
+}
+
+// Commands after this find $envelope, $sealedKey, $data and $iv, made by the openssl command line, and
+// openAnswer.
+constexpr char makeEnvelope[] = ". '" TORVEL_TEST_SUPPORT "/envelope.sh'\n";
+
+void useForm(bool payload) {
+    setenv("K", payload ? "payloadToken" : "RequestKey", 1);
+    setenv("D", payload ? "payloadText" : "RequestData", 1);
+    setenv("V", payload ? "payloadVariable" : "RequestIv", 1);
+    setenv("RD", payload ? "payloadText" : "ResponseData", 1);
+    setenv("RV", payload ? "payloadVariable" : "ResponseIv", 1);
+}
+
+void useKey(const char* key, const char* bits) {
+    setenv("KEY", key, 1);
+    setenv("BITS", bits, 1);
+    setenv("IV", "aB3dE6gH9jK2mN5p", 1);
+}
+
+TEST_F(SandboxTest, EnvelopesOfTheOpensslTool) {
+    start();
+    logIn();
+    setenv("PLAIN", R"({"to":"0711","amount":"10"})", 1);
+    struct KeyRow {
+        const char *name, *key, *bits;
+        bool payload;
+    };
+    for (const KeyRow& row : {KeyRow{"AES-128", "k3yk3yk3yk3yk3y!", "128", false},
+                              KeyRow{"AES-192", "k3yk3yk3yk3yk3y!k3yk3yk3", "192", false},
+                              KeyRow{"AES-256", "k3yk3yk3yk3yk3y!k3yk3yk3yk3yk3y!", "256", true},
+                              KeyRow{"AES-128, payload names", "k3yk3yk3yk3yk3y!", "128", true}}) {
+        SCOPED_TRACE(row.name);
+        useForm(row.payload);
+        useKey(row.key, row.bits);
+        const Ran ran =
+            shell(std::string(makeEnvelope) + R"(post "$URL/api/v1/transfer" -d "$envelope" | openAnswer)");
+        EXPECT_THAT(ran.out, HasSubstr(R"("amount":"10.00")"));
+        const Exchange last = m_sandbox->exchanges().back();
+        EXPECT_EQ(last.plainText, R"({"to":"0711","amount":"10"})");
+        EXPECT_EQ(last.keyText, row.key);
+        EXPECT_EQ(last.plainAnswer, ran.out);
+        EXPECT_THAT(last.answer, HasSubstr(row.payload ? "payloadVariable" : "ResponseIv"));
+    }
+}
+
+TEST_F(SandboxTest, TheHeaderFormIsAnsweredInTheFlavoursForm) {
+    for (const bool payload : {false, true}) {
+        start({.flavour = payload ? "QuentaMerchantApp" : "VelmMoney"});
+        logIn();
+        useForm(payload);
+        useKey("k3yk3yk3yk3yk3y!", "128");
+        const std::string get =
+            std::string(makeEnvelope) + R"(post "$URL/api/v1/balance" -H "RequestKey: $sealedKey" )";
+        EXPECT_THAT(shell(get + "| openAnswer").out, HasSubstr(R"("balance":"1000.00")"));
+        setenv("TOKEN", "stale", 1);
+        EXPECT_THAT(shell(get).out, HasSubstr("SESSION_ENDED")) << "a 401 is never sealed";
+    }
+}
+
+TEST_F(SandboxTest, FaultyEnvelopesAreNamed) {
+    start();
+    useForm(false);
+    useKey("k3yk3yk3yk3yk3y!", "128");
+    setenv("PLAIN", "{}", 1);
+    const std::vector<Row> rows = {
+        {"no IV", R"({\"RequestKey\":\"$sealedKey\",\"RequestData\":\"$data\"})", 0, "RequestIv is missing"},
+        {"IV of 15 bytes",
+         R"({\"RequestKey\":\"$sealedKey\",\"RequestData\":\"$data\",\"RequestIv\":\"YUIzZEU2Z0g5aksybU41\"})",
+         0, "RequestIv is not 24 characters of base64 of 16 bytes"},
+        {"IV a number", R"({\"RequestKey\":\"$sealedKey\",\"RequestData\":\"$data\",\"RequestIv\":1})", 0,
+         "RequestIv is not a string"},
+        {"data not base64", R"({\"RequestKey\":\"$sealedKey\",\"RequestData\":\"?\",\"RequestIv\":\"$iv\"})",
+         0, "RequestData is not base64"},
+        {"data no blocks",
+         R"({\"RequestKey\":\"$sealedKey\",\"RequestData\":\"AAAA\",\"RequestIv\":\"$iv\"})", 0,
+         "RequestData is not a whole number of 16-byte blocks"},
+        {"data of another key",
+         R"({\"RequestKey\":\"$sealedKey\",\"RequestData\":\"AAAAAAAAAAAAAAAAAAAAAA==\",\"RequestIv\":\"$iv\"})",
+         0, "RequestData does not open: wrong key or padding"},
+        {"key text empty", R"({\"RequestKey\":\"\",\"RequestData\":\"$data\",\"RequestIv\":\"$iv\"})", 0,
+         "RequestKey is not base64 of an encrypted key"},
+        {"key text damaged", R"({\"RequestKey\":\"AAAA\",\"RequestData\":\"$data\",\"RequestIv\":\"$iv\"})",
+         0, "RequestKey does not open with the server's private key"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Ran ran = shell(std::string(makeEnvelope) + R"(post -w '\n%{http_code}' "$URL/echo" -d ")" +
+                              row.arguments + '"');
+        EXPECT_THAT(ran.out, ContainsRegex(std::string("BAD_ENVELOPE.*") + row.output + ".*\n400$"));
+    }
+    useKey("only 15 letters", "128");
+    EXPECT_THAT(shell(std::string(makeEnvelope) + R"(post "$URL/echo" -H "RequestKey: $sealedKey")").out,
+                HasSubstr("holds a key of 15 bytes, not 16, 24 or 32"));
+}
+
+TEST_F(SandboxTest, LongKeysComeInSeveralBlocks) {
+    start();
+    useForm(false);
+    useKey("k3yk3yk3yk3yk3y!", "128");
+    setenv("PLAIN", "{}", 1);
+    const Ran ran = shell(std::string(makeEnvelope) + R"(
+        sealedKey=$({ printf k3yk3yk3 | toServer; printf 'yk3yk3y!' | toServer; } | toBase64)
+        printf %s "{\"$K\":\"$sealedKey\",\"$D\":\"$data\",\"$V\":\"$iv\"}")");
+    const auto opened = openRequestEnvelope(ran.out, m_sandbox->identity().serverKeyPem);
+    ASSERT_TRUE(opened) << opened.error().message;
+    EXPECT_EQ(opened.value().keyText, "k3yk3yk3yk3yk3y!");
+    EXPECT_EQ(opened.value().plainText, "{}");
+}
+
+const std::vector<Row> misbehaviours = {
+    {"status", R"(-i "$URL/misbehave/status?code=503&body=busy&type=text/plain&field=Retry-After:7")", 0,
+     "Retry-After: 7\r\n(.*\n)*busy\n503$"},
+    {"no content", R"("$URL/misbehave/status?code=204")", 0, "^\n204$"},
+    {"empty 200", R"("$URL/misbehave/status")", 0, "^\n200$"},
+    {"delay", R"("$URL/misbehave/delay?ms=1")", 0, "200$"},
+    {"hang", R"(--max-time 0.2 "$URL/misbehave/hang")", 28, "^\n000$"},
+    {"drip", R"("$URL/misbehave/drip?bytes=5&ms=1")", 0, "^\\.\\.\\.\\.\\.\n200$"},
+    {"short length", R"("$URL/misbehave/truncate")", 18, "ok\",\n200$"},
+    {"short chunk", R"("$URL/misbehave/truncate?framing=chunked")", 18, "ok\",\n200$"},
+    {"closed, as said", R"("$URL/misbehave/truncate?framing=close")", 0, "ok\",\n200$"},
+    {"reset in the body", R"("$URL/misbehave/truncate?end=reset")", 56, "200$"},
+    {"reset", R"("$URL/misbehave/reset")", 56, "^\n000$"},
+    {"wrong type", R"(-i "$URL/misbehave/wrong-type")", 0, "Content-Type: text/html\r"},
+    {"redirect",
+     R"(-L -w '%{num_redirects} %{url_effective}' "$URL/misbehave/redirect?to=https://localhost:$PORT/echo")",
+     0, "1 https://localhost:[0-9]+/echo$"},
+    {"loop", R"(-L --max-redirs 3 "$URL/misbehave/loop")", 47, "302$"},
+    {"gzip", R"(--compressed "$URL/misbehave/encoded?coding=gzip")", 0, "\"xxxxx*\"}\n200$"},
+    {"deflate", R"(--compressed "$URL/misbehave/encoded?coding=deflate")", 0, "\"xxxxx*\"}\n200$"},
+    {"br", R"(--compressed "$URL/misbehave/encoded?coding=br")", 0, "\"xxxxx*\"}\n200$"},
+    {"gzip cut in its data", R"("$URL/misbehave/encoded?coding=gzip&cut=20" | head -n -1 | gzip -dc 2>&1)", 1,
+     "unexpected end of file"},
+    {"large", R"(-o /dev/null -w '%{size_download}' "$URL/misbehave/large?bytes=9000000")", 0, "^9000000$"},
+    {"number too large", R"("$URL/misbehave/large?bytes=99999999999")", 0, "BAD_QUERY.*400$"},
+    {"unknown", R"("$URL/misbehave/nonsense")", 0, "NOT_FOUND.*404$"},
+};
+
+TEST_F(SandboxTest, MisbehavesOverTls) {
+    start();
+    expectRows(misbehaviours, curl);
+    // curl takes either end of an unframed body for whole; s_client tells them apart.
+    const auto endOfBody = [](const std::string& end) {
+        return shell("printf 'GET /misbehave/truncate?framing=close&end=" + end +
+                     R"( HTTP/1.1\r\n\r\n' | openssl s_client -quiet -connect "127.0.0.1:$PORT" 2>&1)");
+    };
+    EXPECT_THAT(endOfBody("cut").out, HasSubstr("unexpected eof while reading"));
+    EXPECT_THAT(endOfBody("orderly").out, testing::Not(HasSubstr("unexpected eof")));
+}
+
+TEST_F(SandboxTest, MisbehavesOverPlainHttp) {
+    start({.tls = false});
+    expectRows(misbehaviours, [](const std::string& arguments) {
+        return arguments.find("https://") == std::string::npos ? curl(arguments)
+                                                               : Ran{0, "1 https://localhost:1/echo"};
+    });
+}
+
+TEST_F(SandboxTest, GarbageEnvelopes) {
+    start();
+    useForm(false);
+    useKey("k3yk3yk3yk3yk3y!", "128");
+    const std::vector<Row> rows = {
+        {"data-not-base64", "", 0, R"("ResponseData":"\*not base64\*","ResponseIv":".{22}==")"},
+        {"iv-not-base64", "", 0, R"("ResponseIv":"\*not base64, 24 octets!\*")"},
+        {"no-iv", "", 0, R"(^\{"ResponseData":"[^"]*"\}$)"},
+        {"iv-not-text", "", 0, R"("ResponseIv":1\})"},
+        {"not-blocks", "", 0, R"("ResponseData":"[^"]{20}")"},
+        {"bad-padding", "| openAnswer 2>&1", 1, "bad decrypt"},
+        {"array", "", 0, R"(^\[1\]$)"},
+        {"not-json", "", 0, R"(^\{"ResponseData":$)"},
+        {"sound", "", 0, "there is no garbage of kind sound"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Ran ran = shell(std::string(makeEnvelope) +
+                              R"(post -H "RequestKey: $sealedKey" "$URL/misbehave/garbage?kind=)" + row.name +
+                              "\" " + row.arguments);
+        EXPECT_EQ(ran.exit, row.exit);
+        EXPECT_THAT(ran.out, ContainsRegex(row.output));
+    }
+}
+
+TEST_F(SandboxTest, RecordsWhatArrived) {
+    start();
+    const Ran chunked =
+        curl(R"("$URL/echo?a=1%20b" -H 'x-Odd:  spaced' -H 'Transfer-Encoding: chunked' -d hello)");
+    EXPECT_THAT(chunked.out, HasSubstr(R"("target":"/echo?a=1%20b")"));
+    EXPECT_THAT(chunked.out, HasSubstr(R"(["x-Odd","spaced"])"));
+    curl(R"("$URL/echo" -X DELETE -d hello)");
+    const auto exchanges = m_sandbox->exchanges();
+    ASSERT_EQ(exchanges.size(), 2U);
+    EXPECT_EQ(exchanges[0].requestLine, "POST /echo?a=1%20b HTTP/1.1");
+    EXPECT_EQ(exchanges[0].body, "5\r\nhello\r\n0\r\n\r\n") << "as it was framed";
+    EXPECT_EQ(exchanges[0].plainText, "hello");
+    EXPECT_EQ(exchanges[0].status, 200);
+    EXPECT_EQ(exchanges[1].requestLine, "DELETE /echo HTTP/1.1");
+    EXPECT_EQ(exchanges[1].body, "hello");
+}
+
+TEST_F(SandboxTest, KeepsConnectionsAndTheLatestExchanges) {
+    start();
+    const Ran ran = curl(R"("$URL/echo?[1-70]" -o /dev/null -w '%{num_connects}')");
+    EXPECT_EQ(std::count(ran.out.begin(), ran.out.end(), '1'), 1) << ran.out;
+    const auto exchanges = m_sandbox->exchanges();
+    ASSERT_EQ(exchanges.size(), 64U);
+    EXPECT_EQ(exchanges.front().requestLine, "GET /echo?7 HTTP/1.1");
+    EXPECT_EQ(exchanges.back().requestLine, "GET /echo?70 HTTP/1.1");
+}
+
+int connectTo(std::uint16_t port, const std::string& text) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const int socket = ::socket(AF_INET, SOCK_STREAM, 0);
+    EXPECT_EQ(connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    EXPECT_EQ(send(socket, text.data(), text.size(), 0), static_cast<ssize_t>(text.size()));
+    return socket;
+}
+
+TEST_F(SandboxTest, StopsWhateverItsPeersDo) {
+    start({.tls = false});
+    std::vector<int> peers;
+    for (const char* text : {"", "GET /ec", "GET /misbehave/hang HTTP/1.1\r\n\r\n",
+                             "POST /echo HTTP/1.1\r\nContent-Length: 9\r\n\r\nhalf",
+                             "GET /misbehave/drip?bytes=99&ms=60000 HTTP/1.1\r\n\r\n",
+                             "GET /misbehave/large?bytes=900000000 HTTP/1.1\r\n\r\n"})
+        for (int i = 0; i < 20; ++i) peers.push_back(connectTo(m_sandbox->port(), text));
+    const auto from = std::chrono::steady_clock::now();
+    m_sandbox.reset();
+    const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - from;
+    RecordProperty("stopMilliseconds", std::to_string(took.count()));
+    for (const int peer : peers) close(peer);
+}
+
+TEST_F(SandboxTest, RefusesWhatItCannotServe) {
+    start();
+    const auto taken = Sandbox::start({.port = m_sandbox->port(), .identity = m_sandbox->identity()});
+    ASSERT_FALSE(taken);
+    EXPECT_THAT(taken.error(), ContainsRegex("^cannot listen on 127.0.0.1:[0-9]+: Address already in use$"));
+    SandboxIdentity mixed = m_sandbox->identity();
+    mixed.serverKeyPem = SandboxIdentity::make().serverKeyPem;
+    EXPECT_FALSE(Sandbox::start({.identity = mixed}));
+    EXPECT_THAT(m_sandbox->identity().write("/proc/nowhere").value_or(""),
+                HasSubstr("cannot make /proc/nowhere"));
+}
+
+}  // namespace
+}  // namespace torvel::sandbox

@@ -1,0 +1,78 @@
+#include "TorvelLibrary/Data/Local/EndpointsHelper.h"
+#include "support/HostFixture.h"
+
+#include <gmock/gmock.h>
+
+namespace torvel {
+namespace {
+
+using ::testing::HasSubstr;
+
+std::string plist(const std::string& content) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">" + content + "</plist>\n";
+}
+
+const std::string login = "<dict><key>login</key><string>v1/login</string></dict>";
+
+class Endpoints : public testing::HostFixture {
+  protected:
+    static std::optional<std::string> optional(std::string_view id) {
+        return EndpointsHelper::getEndPoint(id);
+    }
+    static std::string text(std::string_view id) { return EndpointsHelper::getEndPoint(id); }
+};
+
+TEST_F(Endpoints, AnswersInBothForms) {
+    addResource("EndpointsConfig.plist", plist(login));
+    EXPECT_EQ(EndpointsHelper::instance(), nullptr);
+    EXPECT_EQ(optional("login"), "v1/login");
+    EXPECT_EQ(text("login"), "v1/login");
+    EXPECT_EQ(optional("Login"), std::nullopt);
+    EXPECT_EQ(text("Login"), "Login");
+}
+
+TEST_F(Endpoints, AMissingFileIsLoggedOnceAndNotLookedForAgain) {
+    EXPECT_THAT(logOf([] { EXPECT_EQ(optional("login"), std::nullopt); }),
+                HasSubstr("EndpointsConfig plist Not Found In App\n"));
+    addResource("EndpointsConfig.plist", plist(login));
+    EXPECT_EQ(logOf([] { EXPECT_EQ(text("login"), "login"); }), "");
+}
+
+TEST_F(Endpoints, AnotherFileReplacesKeepsOrErasesTheTable) {
+    struct Row {
+        const char* name;
+        std::string content;
+        std::optional<std::string> login;
+        const char* logged;
+    };
+    const Row rows[] = {
+        {"another table", plist("<dict><key>login</key><string>v2</string></dict>"), "v2", nullptr},
+        {"old text form", "{ login = \"v3\"; }", "v3", nullptr},
+        {"empty table", plist("<dict/>"), std::nullopt, nullptr},
+        {"an integer among texts",
+         plist("<dict><key>login</key><string>v</string><key>n</key><integer>1</integer></dict>"),
+         std::nullopt, nullptr},
+        {"root is an array", plist("<array/>"), std::nullopt, nullptr},
+        {"not a property list", "<plist><dict>", "v1/login", "line 1"},
+    };
+    addResource("EndpointsConfig.plist", plist(login));
+    EXPECT_EQ(optional("login"), "v1/login");
+    const auto helper = EndpointsHelper::instance();
+    const URL original = URL::file((directory() / "EndpointsConfig.plist").string());
+    for (const Row& row : rows) {
+        helper->setEndPointsPlist(original);
+        const URL other = URL::file(addResource("Other.plist", row.content).string());
+        const std::string log = logOf([&] { helper->setEndPointsPlist(other); });
+        EXPECT_EQ(optional("login"), row.login) << row.name;
+        if (row.logged == nullptr)
+            EXPECT_EQ(log, "") << row.name;
+        else
+            EXPECT_THAT(log, HasSubstr(row.logged)) << row.name;
+    }
+    helper->setEndPointsPlist(original);
+    EXPECT_NE(logOf([&] { helper->setEndPointsPlist(URL::file("/absent")); }), "");
+    EXPECT_EQ(optional("login"), "v1/login");
+}
+
+}  // namespace
+}  // namespace torvel

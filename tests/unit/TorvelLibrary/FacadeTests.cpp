@@ -1,0 +1,148 @@
+#include "TorvelLibrary/TorvelLibrary.h"
+#include "TorvelLibrary/TorvelLibraryBuilder.h"
+#include "support/Certificates.h"
+#include "support/HostFixture.h"
+
+#include <gmock/gmock.h>
+
+namespace torvel {
+namespace {
+
+using ::testing::HasSubstr;
+
+const URL firstHost = *URL::parse("https://first.example/a");
+const URL secondHost = *URL::parse("https://second.example/b");
+
+class Facade : public testing::HostFixture {
+  protected:
+    // Whether the session's evaluator for the host accepts a certificate that nothing vouches for.
+    static bool isDisabled(const Session& session, std::string_view host) {
+        const auto* evaluator = session.serverTrustManager()->evaluator(host);
+        return dynamic_cast<const DisabledEvaluator*>(evaluator) != nullptr;
+    }
+};
+
+TEST_F(Facade, AnEmptyBuilderBuildsTheDefaults) {
+    EXPECT_EQ(TorvelLibraryBuilder().getWrapperConfig(), WrapperConfig::VelmMoney);
+    TorvelLibraryBuilder().build();
+    const auto library = TorvelLibrary::sharedInstance();
+    EXPECT_EQ(library->serverURL, "");
+    EXPECT_EQ(library->requestTimeoutInterval, 30.0);
+    EXPECT_EQ(library->wrapperConfig, WrapperConfig::VelmMoney);
+    EXPECT_EQ(library->sslType, SSlPinningType::none());
+    EXPECT_EQ(library->fontSizesDependency->getTitleSize(), 15);
+    EXPECT_FALSE(library->encryptionCertName || library->base64String || library->currencyMap);
+}
+
+TEST_F(Facade, BuildCopiesWhatTheLibraryKnows) {
+    struct LargeTitles : FontSizesDependency {
+        double getTitleSize() const override { return 21; }
+    };
+    TorvelLibraryBuilder builder;
+    builder.setServerURL("https://a.example/")
+        .setEncryptionCertName("server")
+        .setBase64("dG9rZW4=")
+        .setIsHttpsByPassRequired(true)
+        .setWrapperConfig(WrapperConfig::Dunmere)
+        .setRequestTimeoutInterval(7.5)
+        .setFontSizesDependency(std::make_shared<LargeTitles>())
+        .setSSlType(SSlPinningType::certificate({"pin"}))
+        .setCurrencyMap({{"$", "US$"}})
+        .setOtherPaymentIdRegEx("x")
+        .setisCurrencyCodePrefix(true)
+        .setamountSeperator(" ");
+    EXPECT_EQ(builder.otherPaymentIdRegex, "x");
+    builder.build();
+
+    const auto library = TorvelLibrary::sharedInstance();
+    EXPECT_EQ(library->serverURL, "https://a.example/");
+    EXPECT_EQ(library->encryptionCertName, "server");
+    EXPECT_EQ(library->base64String, "dG9rZW4=");
+    EXPECT_TRUE(library->isHttpsByPassRequired);
+    EXPECT_EQ(library->requestTimeoutInterval, 7.5);
+    EXPECT_EQ(library->fontSizesDependency->getTitleSize(), 21);
+    EXPECT_EQ(library->fontSizesDependency->getSmallSize(), 11);
+    EXPECT_EQ(library->sslType, SSlPinningType::certificate({"pin"}));
+    EXPECT_EQ(library->currencyMap->at("$"), "US$");
+    EXPECT_EQ(TorvelLibraryBuilder().getWrapperConfig(), WrapperConfig::Dunmere)
+        << "reads the installed instance";
+}
+
+TEST_F(Facade, WithoutABuildTheDefaultInstanceIsLoggedOnce) {
+    const std::string log = logOf([] {
+        EXPECT_EQ(TorvelLibrary::sharedInstance()->serverURL, "");
+        EXPECT_FALSE(TorvelLibrary::sharedInstance()->requestTimeoutInterval.has_value());
+    });
+    EXPECT_EQ(
+        log,
+        " [‼️] ERROR[TorvelLibrary]:196 23 sharedInstance() -> TorvelLibrary not configured properly\n");
+}
+
+TEST_F(Facade, FlavoursHaveTheirNames) {
+    EXPECT_EQ(rawValue(WrapperConfig::QuentaMerchantApp), "QuentaMerchantApp");
+    EXPECT_EQ(wrapperConfig("Pellox"), WrapperConfig::Pellox);
+    EXPECT_EQ(wrapperConfig("pellox"), std::nullopt);
+}
+
+TEST_F(Facade, WithoutPinningEveryHostSharesTheDefaultSession) {
+    TorvelLibraryBuilder().build();
+    const auto library = TorvelLibrary::sharedInstance();
+    EXPECT_EQ(library->manager(), nullptr);
+    EXPECT_EQ(library->getAlamofireServiceManager(firstHost), Session::defaultSession());
+    EXPECT_EQ(library->getAlamofireServiceManager(secondHost), Session::defaultSession());
+}
+
+TEST_F(Facade, TheBypassWinsOverPinningAndReadsNoCertificate) {
+    TorvelLibraryBuilder()
+        .setIsHttpsByPassRequired(true)
+        .setSSlType(SSlPinningType::certificate({"no such file"}))
+        .build();
+    const auto session = TorvelLibrary::sharedInstance()->getAlamofireServiceManager(firstHost);
+    EXPECT_TRUE(isDisabled(*session, "first.example"));
+}
+
+TEST_F(Facade, PinningCoversTheFirstHostOnly) {
+    const testing::Identity identity = testing::issue({});
+    addResource("pin.der", identity.der.raw());
+    const SSlPinningType pinnings[] = {SSlPinningType::certificate({"pin"}),
+                                       SSlPinningType::publicKey({identity.publicKeyPem})};
+    for (const SSlPinningType& pinning : pinnings) {
+        TorvelLibraryBuilder().setSSlType(pinning).build();
+        const auto library = TorvelLibrary::sharedInstance();
+        const auto first = library->getAlamofireServiceManager(firstHost);
+        EXPECT_FALSE(isDisabled(*first, "first.example"));
+        EXPECT_EQ(library->getAlamofireServiceManager(*URL::parse("https://FIRST.example/")), first);
+
+        const auto second = library->getAlamofireServiceManager(secondHost);
+        EXPECT_NE(second, first);
+        EXPECT_TRUE(isDisabled(*second, "second.example"));
+        EXPECT_FALSE(isDisabled(*second, "first.example"));
+        EXPECT_EQ(library->getAlamofireServiceManager(firstHost), second);
+        EXPECT_EQ(library->getAlamofireServiceManager(secondHost), second);
+
+        library->sslType = SSlPinningType::none();
+        EXPECT_EQ(library->getAlamofireServiceManager(firstHost), second)
+            << "a session is kept once it exists";
+    }
+}
+
+TEST_F(Facade, ASecondBuildStartsWithoutASession) {
+    TorvelLibraryBuilder().setIsHttpsByPassRequired(true).build();
+    std::weak_ptr<Session> first = TorvelLibrary::sharedInstance()->getAlamofireServiceManager(firstHost);
+    TorvelLibraryBuilder().build();
+    EXPECT_EQ(TorvelLibrary::sharedInstance()->manager(), nullptr);
+    EXPECT_TRUE(first.expired());
+}
+
+TEST_F(Facade, DeploymentFaultsOfPinsStopTheProcess) {
+    addResource("text.der", "not a certificate");
+    std::filesystem::create_directory(directory() / "folder.der");
+    EXPECT_DEATH(TorvelLibrary::getSSLPinningCerts({"absent"}), "absent certficate not found in app bundle");
+    EXPECT_DEATH(TorvelLibrary::getSSLPinningCerts({"text"}), "text certficate is not valid");
+    EXPECT_DEATH(TorvelLibrary::getSSLPinningCerts({"folder"}), "folder certficate is not valid");
+    EXPECT_DEATH(TorvelLibrary::getSSLPinningPublicKeys({"no key"}), "Fatal error");
+    EXPECT_TRUE(TorvelLibrary::getSSLPinningCerts({}).empty());
+}
+
+}  // namespace
+}  // namespace torvel

@@ -1,0 +1,130 @@
+#include "TorvelLibrary/Utils/Extenstions.h"
+#include "TorvelLibrary/Utils/Utils.h"
+#include "support/HostFixture.h"
+
+#include <gmock/gmock.h>
+
+namespace torvel {
+
+struct WalletScreen {};
+TORVEL_TYPE(Wallet, WalletScreen);
+
+namespace {
+
+class Extenstions : public testing::HostFixture {};
+
+TEST_F(Extenstions, TakesURLsApart) {
+    struct Row {
+        const char* text;
+        const char* domain;
+        const char* path;
+        std::map<std::string, std::string> query;
+    };
+    const Row rows[] = {
+        {"https://pay.example/p/q?id=7", "pay.example", "/p/q", {{"id", "7"}}},
+        {"scheme://host/pay/confirm?id=7", "host", "/pay/confirm", {{"id", "7"}}},
+        {"transfer", "", "transfer", {}},
+        {"a?x=1&x=2", "", "a", {{"x", "2"}}},
+        {"a?x=1&x", "", "a", {}},
+        {"a?x=1&x=%25G0", "", "a", {}},  // the second decoding fails
+        {"a?x=%2541", "", "a", {{"x", "A"}}},
+        {"/a?x=1%202&y=a+b", "", "/a", {{"x", "1 2"}, {"y", "a+b"}}},
+        {"/a%20b", "", "/a b", {}},
+        {"two words?x=1", "", "", {}},
+        {"", "", "", {}},
+        {"a?", "", "a", {}},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(getURLDomain(row.text), row.domain) << row.text;
+        EXPECT_EQ(path(row.text), row.path) << row.text;
+        const PayloadDictionary parameters = queryParameters(row.text);
+        EXPECT_EQ(parameters.size(), row.query.size()) << row.text;
+        for (const auto& [name, value] : row.query)
+            EXPECT_EQ(parameters.get<std::string>(name), value) << row.text;
+    }
+}
+
+TEST_F(Extenstions, FindsResources) {
+    addResource("table.plist", "");
+    std::optional<URL> found = getPathURLFromBundle("table", "plist", Bundle::main());
+    ASSERT_TRUE(found.has_value());
+    EXPECT_EQ(found->path(), directory() / "table.plist");
+    EXPECT_THAT(
+        logOf([&] { found = getPathURLFromBundle("other", "plist", Bundle::main()); }),
+        ::testing::MatchesRegex(" \\[.*\\] ERROR\\[Extenstions\\]:.* getPathURLFromBundle\\(_:bundle:\\) -> "
+                                "Resource named other not found at bundle.\n"));
+    EXPECT_FALSE(found.has_value());
+}
+
+TEST_F(Extenstions, FindsDocuments) {
+    addResource("note 1.txt", "");
+    const URL documents = URL::file(directory().string());
+    const auto found = getPathURLFromDocumentsDirectory("note 1", "txt", documents);
+    ASSERT_TRUE(found.has_value());
+    EXPECT_EQ(found->path(), directory() / "note 1.txt");
+    const auto messageOf = [&](const std::optional<URL>& folder) {
+        const std::string log = logOf([&] { getPathURLFromDocumentsDirectory("absent", "txt", folder); });
+        return log.substr(log.find(") -> ") + 5);
+    };
+    EXPECT_EQ(messageOf(documents), "File named absent not found on Disk Space at Documents Directory.\n");
+    EXPECT_EQ(messageOf(std::nullopt), "Disk Folder named Documents Directory not found on Disk.\n");
+}
+
+TEST_F(Extenstions, LoadsFilesOrLogsWhyNot) {
+    addResource("file", std::string("a\0b", 3));
+    EXPECT_EQ(Utils::loadFileContents(URL::file((directory() / "file").string())),
+              Data(std::string("a\0b", 3)));
+    for (const std::string name : {"absent", "."})
+        EXPECT_NE(
+            logOf([&] {
+                EXPECT_FALSE(Utils::loadFileContents(URL::file((directory() / name).string())).has_value());
+            }).find("loadFileContents(_:) -> The file"),
+            std::string::npos);
+}
+
+TEST_F(Extenstions, PrefersTheBundleOfTheModule) {
+    EXPECT_EQ(resourceBundleFor<WalletScreen>(), Bundle::main());
+    std::filesystem::create_directory(directory() / "Wallet.bundle");
+    EXPECT_EQ(resourceBundleFor<WalletScreen>().directory(), directory() / "Wallet.bundle");
+}
+
+TEST_F(Extenstions, GuessesMimeTypesFromTheFirstByte) {
+    struct Row {
+        const char* bytes;
+        const char* type;
+    };
+    const Row rows[] = {{"", "application/octet-stream"},
+                        {"\xFF\xD8", "image/jpeg"},
+                        {"\x89PNG", "image/png"},
+                        {"GIF8", "image/gif"},
+                        {"II*", "image/tiff"},
+                        {"MM", "image/tiff"},
+                        {"%PDF", "application/pdf"},
+                        {"\xD0", "application/vnd"},
+                        {"From", "text/plain"},
+                        {"Dear", "application/octet-stream"}};
+    for (const Row& row : rows) EXPECT_EQ(mimeType(Data(row.bytes)), row.type) << row.bytes;
+}
+
+TEST_F(Extenstions, ScalesToTheScreen) {
+    EXPECT_EQ(dp(10), 10);
+    ScreenEnvironment::widthInPoints = 414;
+    EXPECT_DOUBLE_EQ(dp(10), 11.04);
+}
+
+TEST(PayloadDictionary, KeysOfEveryKind) {
+    PayloadDictionary payload;
+    payload.set("text", "value");
+    payload.set(7, 1.5);
+    payload.set(7L, true);
+    EXPECT_EQ(payload.get<std::string>(std::string("text")), "value");
+    EXPECT_EQ(payload.get<double>(7), 1.5);
+    EXPECT_EQ(payload.get<bool>(7L), true);
+    EXPECT_EQ(payload.get<int>("text"), std::nullopt) << "another type";
+    payload.remove(7);
+    EXPECT_FALSE(payload.contains(7));
+    EXPECT_EQ(payload.size(), 2U);
+}
+
+}  // namespace
+}  // namespace torvel

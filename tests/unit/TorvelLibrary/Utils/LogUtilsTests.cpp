@@ -1,0 +1,76 @@
+#include "TorvelLibrary/Utils/LogUtils.h"
+#include "support/HostFixture.h"
+
+#include <gmock/gmock.h>
+
+namespace torvel {
+namespace {
+
+class Log : public testing::HostFixture {};
+
+TEST_F(Log, EverySeverityHasItsTag) {
+    const LogSite site("a/b/File.cpp", 7, 3, "run()");
+    EXPECT_EQ(logOf([&] {
+                  LogUtils::e("1", site);
+                  LogUtils::i("2", site);
+                  LogUtils::d("3", site);
+                  LogUtils::v("4", site);
+                  LogUtils::w("5", site);
+                  LogUtils::s("6", site);
+              }),
+              " [\u203C\uFE0F] ERROR[File.cpp]:7 3 run() -> 1\n"
+              " [\u2139\uFE0F] INFO[File.cpp]:7 3 run() -> 2\n"
+              " [\U0001F4AC] DEBUG[File.cpp]:7 3 run() -> 3\n"
+              " [\U0001F52C] VERBOSE[File.cpp]:7 3 run() -> 4\n"
+              " [\u26A0\uFE0F] WARNING[File.cpp]:7 3 run() -> 5\n"
+              " [\U0001F525] SEVERE[File.cpp]:7 3 run() -> 6\n");
+}
+
+TEST_F(Log, ShowsTheLastPartOfTheFilePath) {
+    for (const auto& [path, shown] :
+         {std::pair("Whole", "[Whole]"), {"a/", "[]"}, {"", "[]"}, {"/x/y", "[y]"}})
+        EXPECT_THAT(logOf([&, p = path] {
+                        LogUtils::e("", {p, 1, 1, "f"});
+                    }),
+                    ::testing::HasSubstr(shown))
+            << path;
+}
+
+TEST_F(Log, SaysNothingUntilEnabled) {
+    ::testing::internal::CaptureStdout();
+    LogUtils::e("hidden");
+    LogUtils::print("hidden");
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+}
+
+TEST_F(Log, PrintsValuesByTheirDescription) {
+    EXPECT_EQ(logOf([] {
+                  LogUtils::print(std::string("text"));
+                  LogUtils::print(true);
+                  LogUtils::print(-12);
+                  LogUtils::print(5.0);
+                  LogUtils::print(0.1);
+                  LogUtils::print(1e21);
+                  LogUtils::print(2.5F);
+              }),
+              "text\ntrue\n-12\n5.0\n0.1\n1e+21\n2.5\n");
+}
+
+TEST_F(Log, OpensWithTheDateOnTheTwelveHourClock) {
+    const std::string line = [] {
+        LogUtils::setLoggingEnabled(true);
+        ::testing::internal::CaptureStdout();
+        LogUtils::w("x", {"F", 1, 2, "f"});
+        return ::testing::internal::GetCapturedStdout();
+    }();
+    EXPECT_THAT(line,
+                ::testing::MatchesRegex("[0-9]{4}-[0-9]{2}-[0-9]{2} (0[1-9]|1[0-2]):[0-9]{2}:[0-9]{5} .*\n"));
+    EXPECT_EQ(LogUtils::dateFormat(), "yyyy-MM-dd hh:mm:ssSSS");
+}
+
+TEST_F(Log, ACallWithoutASiteNamesItsOwn) {
+    EXPECT_THAT(logOf([] { LogUtils::i("x"); }), ::testing::HasSubstr("[LogUtilsTests.cpp]:"));
+}
+
+}  // namespace
+}  // namespace torvel

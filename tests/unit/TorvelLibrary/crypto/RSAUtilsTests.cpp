@@ -1,0 +1,97 @@
+#include "TorvelLibrary/TorvelLibraryBuilder.h"
+#include "TorvelLibrary/crypto/PEMUtils.h"
+#include "TorvelLibrary/crypto/RSAUtils.h"
+#include "support/Certificates.h"
+#include "support/HostFixture.h"
+
+#include <gmock/gmock.h>
+
+namespace torvel {
+namespace {
+
+SecKey keyOf(const testing::Identity& identity) {
+    return *SecCertificate::createWithData(identity.der)->copyKey();
+}
+
+TEST(RSAUtils, OneBlockAPieceOpensWithThePrivateKey) {
+    struct Row {
+        int bits;
+        std::size_t bytes;
+        std::size_t blocks;
+    };
+    const Row rows[] = {{2048, 0, 0},   {2048, 1, 1},   {2048, 245, 1}, {2048, 246, 2},
+                        {2048, 600, 3}, {1024, 117, 1}, {1024, 118, 2}};
+    const testing::Identity large = testing::issue({.rsaBits = 2048});
+    const testing::Identity small = testing::issue({.rsaBits = 1024});
+    for (const Row& row : rows) {
+        const testing::Identity& identity = row.bits == 2048 ? large : small;
+        std::string plain(row.bytes, '\0');
+        for (std::size_t i = 0; i < plain.size(); ++i) plain[i] = static_cast<char>(i * 7);
+        const auto cipher = RSAUtils::encryptWithRSAKey(Data(plain), keyOf(identity), SecPadding::PKCS1);
+        ASSERT_TRUE(cipher.has_value());
+        const std::size_t blockSize = static_cast<std::size_t>(row.bits) / 8;
+        ASSERT_EQ(cipher->size(), row.blocks * blockSize) << row.bytes;
+        std::string opened;
+        for (std::size_t at = 0; at < cipher->size(); at += blockSize)
+            opened += testing::rsaDecrypted(identity, std::string_view(cipher->raw()).substr(at, blockSize));
+        EXPECT_EQ(opened, plain) << row.bytes;
+    }
+}
+
+TEST(RSAUtils, AnUnknownPaddingGivesNothingAndASystemLogLine) {
+    ::testing::internal::CaptureStderr();
+    const auto cipher =
+        RSAUtils::encryptWithRSAKey(Data("x"), keyOf(testing::issue({.rsaBits = 2048})), SecPadding::none);
+    EXPECT_THAT(::testing::internal::GetCapturedStderr(),
+                ::testing::MatchesRegex("Error while ecrypting: -[0-9]+\n"));
+    EXPECT_FALSE(cipher.has_value());
+}
+
+TEST(RSAUtils, AKeyThatCannotEncryptStopsTheProcess) {
+    const SecKey curve = keyOf(testing::issue({}));
+    EXPECT_DEATH(RSAUtils::encryptWithRSAKey(Data("x"), curve, SecPadding::PKCS1), "too small");
+}
+
+TEST(SecKey, ReadsSubjectPublicKeyInfoOnly) {
+    const testing::Identity identity = testing::issue({.rsaBits = 2048});
+    const auto key = SecKey::createWithData(Data(identity.publicKeyPem));
+    ASSERT_TRUE(key.has_value());
+    EXPECT_EQ(*key, keyOf(identity));
+    EXPECT_EQ(key->blockSize(), 256U);
+    EXPECT_EQ(*SecKey::createWithData(key->subjectPublicKeyInfo()), *key);
+    for (const std::string& text : {std::string(), std::string("x"), identity.certificatePem,
+                                    identity.der.raw(), key->subjectPublicKeyInfo().raw() + "x"})
+        EXPECT_FALSE(SecKey::createWithData(Data(text)).has_value());
+    EXPECT_FALSE(SecCertificate::createWithData(Data(identity.der.raw() + "x")).has_value());
+}
+
+class PEM : public testing::HostFixture {};
+
+TEST_F(PEM, TheKeyIsReadOnceItsFileIsThereAndThenKept) {
+    TorvelLibraryBuilder().setEncryptionCertName("server").build();
+    EXPECT_EQ(PEMUtils::getSecKey(), std::nullopt);
+    const testing::Identity identity =
+        testing::issue({.firstDay = -9, .lastDay = -3, .rsaBits = 2048});  // dates do not matter
+    addResource("server.der", identity.der.raw());
+    ASSERT_EQ(PEMUtils::getSecKey(), keyOf(identity));
+    std::filesystem::remove(directory() / "server.der");
+    TorvelLibraryBuilder().setEncryptionCertName("another").build();
+    EXPECT_EQ(PEMUtils::getSecKey(), keyOf(identity));
+}
+
+TEST_F(PEM, WithoutANameThereIsNoKey) {
+    TorvelLibraryBuilder().build();
+    EXPECT_EQ(PEMUtils::getSecKey(), std::nullopt);
+}
+
+TEST_F(PEM, AFileThatIsNoCertificateStopsTheProcess) {
+    addResource("text.der", testing::issue({}).certificatePem);
+    std::filesystem::create_directory(directory() / "folder.der");
+    for (const char* name : {"text", "folder"}) {
+        TorvelLibraryBuilder().setEncryptionCertName(name).build();
+        EXPECT_DEATH(PEMUtils::getSecKey(), "Fatal error");
+    }
+}
+
+}  // namespace
+}  // namespace torvel
