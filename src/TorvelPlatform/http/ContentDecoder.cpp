@@ -70,14 +70,14 @@ class ZlibCoding final : public ContentCoding {
         m_stream.next_out = reinterpret_cast<Bytef*>(buffer.data());
         m_stream.avail_out = static_cast<uInt>(buffer.size());
         const int result = inflate(&m_stream, Z_NO_FLUSH);
-        if (result != Z_OK && result != Z_STREAM_END && result != Z_BUF_ERROR) return Status::malformed;
         const std::size_t made = buffer.size() - m_stream.avail_out;
         m_ended = result == Z_STREAM_END;
         m_moreOutput = !m_ended && m_stream.avail_out == 0;
         m_total += made;
         if (m_total > limit) return Status::tooLarge;
         output.append(buffer.data(), made);
-        return Status::ok;
+        const bool sound = result == Z_OK || result == Z_STREAM_END || result == Z_BUF_ERROR;
+        return sound ? Status::ok : Status::malformed;
     }
 
     Format m_format;

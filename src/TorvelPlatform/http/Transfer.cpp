@@ -123,6 +123,7 @@ void Transfer::setConnection() {
     curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);  // never wait for a name look-up that was given up
     curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, m_detail.data());
     curl_easy_setopt(handle, CURLOPT_SHARE, sharedCookieJar());
+    curl_easy_setopt(handle, CURLOPT_COOKIEFILE, "");  // uses the jar, reads no file
     curl_easy_setopt(handle, CURLOPT_HTTP_VERSION,
                      m_options.prefersHTTP1 ? CURL_HTTP_VERSION_1_1 : CURL_HTTP_VERSION_2TLS);
     curl_easy_setopt(handle, CURLOPT_PIPEWAIT, m_options.prefersHTTP1 ? 0L : 1L);
@@ -268,9 +269,10 @@ std::optional<SessionError> Transfer::failure(CURLcode code) const {
         curl_easy_getinfo(easy(), CURLINFO_OS_ERRNO, &systemError);
         return transferError(code, host(), m_detail.data(), systemError);
     }
+    if (!m_head.complete()) return transferError(CURLE_GOT_NOTHING, host(), "it ends inside its head", 0);
     const bool hasAnswerBytes = m_decoder.has_value() && m_received > 0;
     if (hasAnswerBytes && endsWithConnection() && !m_peerClosedCleanly)
-        return transferError(CURLE_PARTIAL_FILE, host(), "the server cut the answer off", 0);
+        return transferError(CURLE_PARTIAL_FILE, host(), "it was cut off", 0);
     if (hasAnswerBytes && !m_decoder->ended()) {
         return SessionError{Kind::badServerResponse,
                             "The answer from " + host() + " is not valid: its content encoding ends early.",
