@@ -289,6 +289,7 @@ EasyHandle SessionWorker::easyHandle() {
 void SessionWorker::recycle(EasyHandle easy) {
     constexpr std::size_t mostIdleHandles = 64;
     if (m_idleHandles.size() >= mostIdleHandles) return;
+    curl_easy_setopt(easy.get(), CURLOPT_COOKIEFILE, nullptr);  // a reset alone leaks that list
     curl_easy_reset(easy.get());
     m_idleHandles.push_back(std::move(easy));
 }
