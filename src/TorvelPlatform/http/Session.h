@@ -35,6 +35,8 @@ struct URLSessionConfiguration {
 };
 
 class Session;
+class SessionCore;
+struct SessionTask;
 
 // One request of a session. Collects its options until responseData() starts it; a handle that is dropped
 // before never sends anything.
@@ -46,26 +48,28 @@ class DataRequest {
     // names none).
     DataRequest& validate();
 
-    // Starts the request. `completion` is called exactly once, on `queue`, whatever happens. A response
+    // Starts the request, which can be done once. `completion` is called exactly once, on `queue`, whatever
+    // happens; only the end of the process may leave it uncalled. The queue outlives the request. A response
     // without bytes is a failure unless its status is 204 or 205 or the method HEAD.
     void responseData(DispatchQueue& queue, Completion completion);
 
-  protected:
-    friend class Session;
-    struct Draft;
-    explicit DataRequest(std::unique_ptr<Draft> draft);
-    std::unique_ptr<Draft> m_draft;
-
-  public:
     DataRequest(DataRequest&&) noexcept;
     ~DataRequest();
+
+  protected:
+    friend class Session;
+    explicit DataRequest(std::unique_ptr<SessionTask> task);
+    SessionTask& task();
+
+  private:
+    std::unique_ptr<SessionTask> m_task;  // until the request is started
 };
 
 // An upload of a multipart form.
 class UploadRequest : public DataRequest {
   public:
-    // `handler` receives the fraction sent, from above 0 to 1.0, never falling, on `queue`; 1.0 comes last
-    // and before the completion.
+    // `handler` receives the fraction sent, from above 0 to 1.0, never falling, on `queue`. 1.0 comes once,
+    // when all was sent, and before the completion if that is called on the same queue.
     UploadRequest& uploadProgress(DispatchQueue& queue, std::function<void(double)> handler);
 
   private:
@@ -100,8 +104,7 @@ class Session {
     const std::shared_ptr<const ServerTrustManager>& serverTrustManager() const;
 
   private:
-    class Core;
-    std::shared_ptr<Core> m_core;
+    std::shared_ptr<SessionCore> m_core;
 };
 
 }  // namespace torvel

@@ -39,11 +39,14 @@ struct URLRequest {
 
     std::optional<URL> url;
     std::string httpMethod = "GET";
+    // Host, Connection, Content-Length, Transfer-Encoding and Expect belong to the connection: a session
+    // ignores them here.
     HTTPHeaders headers;
     // A body that is present but empty is not the same as no body.
     std::optional<Data> httpBody;
     URLRequestCachePolicy cachePolicy = URLRequestCachePolicy::useProtocolCachePolicy;
-    // Seconds without a byte moving in either direction before the request times out.
+    // Seconds without a byte moving in either direction, from the start on, before the request times out.
+    // What is no positive number counts as the default.
     double timeoutInterval = 60.0;
 };
 

@@ -1,0 +1,12 @@
+#pragma once  // internal
+
+#include <curl/curl.h>
+
+namespace torvel {
+
+// The cookies of the process, in memory alone. All sessions share them: a session that takes another's place
+// keeps the user logged in. Only cookies are shared; connections and TLS sessions never are, because trust is
+// decided per session. Any thread.
+CURLSH* sharedCookieJar();
+
+}  // namespace torvel

@@ -1,0 +1,68 @@
+#include "TorvelPlatform/http/HeaderText.h"
+
+#include <algorithm>
+
+namespace torvel {
+namespace {
+
+constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+constexpr bool isTokenCharacter(char c) {
+    return (c >= '0' && c <= '9') || (lower(c) >= 'a' && lower(c) <= 'z') ||
+           std::string_view("!#$%&'*+-.^_`|~").find(c) != std::string_view::npos;
+}
+
+// Where the item that starts at `begin` ends.
+std::size_t itemEnd(std::string_view text, std::size_t begin, char separator) {
+    bool quoted = false;
+    for (std::size_t at = begin; at < text.size(); ++at) {
+        if (quoted && text[at] == '\\') {
+            ++at;
+        } else if (text[at] == '"') {
+            quoted = !quoted;
+        } else if (text[at] == separator && !quoted) {
+            return at;
+        }
+    }
+    return text.size();
+}
+
+}  // namespace
+
+bool equalsIgnoringCase(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return lower(x) == lower(y); });
+}
+
+std::string lowercased(std::string_view text) {
+    std::string result(text);
+    std::transform(result.begin(), result.end(), result.begin(), lower);
+    return result;
+}
+
+std::string_view trimmed(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(" \t");
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(" \t") - first + 1);
+}
+
+bool isToken(std::string_view text) {
+    return !text.empty() && std::all_of(text.begin(), text.end(), isTokenCharacter);
+}
+
+bool isFieldValue(std::string_view text) {
+    return text.find_first_of(std::string_view("\r\n\0", 3)) == std::string_view::npos;
+}
+
+std::vector<std::string_view> listItems(std::string_view text, char separator) {
+    std::vector<std::string_view> items;
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = itemEnd(text, begin, separator);
+        const std::string_view item = trimmed(text.substr(begin, end - begin));
+        if (!item.empty()) items.push_back(item);
+        begin = end + 1;
+    }
+    return items;
+}
+
+}  // namespace torvel

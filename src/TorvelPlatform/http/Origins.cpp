@@ -1,0 +1,51 @@
+#include "TorvelPlatform/http/Origins.h"
+
+#include "TorvelPlatform/http/HeaderText.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace torvel {
+namespace {
+
+std::string keyOf(const URL& url) {
+    return lowercased(url.scheme().value_or("") + "://" + url.host().value_or("")) + ":" +
+           std::to_string(url.port().value_or(0));
+}
+
+// The server's hint "Keep-Alive: timeout=5, max=100", in seconds.
+std::optional<long> keepAliveTimeout(const HTTPHeaders& headers) {
+    const std::string hints = headers.value("Keep-Alive").value_or("");
+    for (const std::string_view hint : listItems(hints)) {
+        const std::size_t equals = hint.find('=');
+        if (equals == std::string_view::npos ||
+            !equalsIgnoringCase(trimmed(hint.substr(0, equals)), "timeout"))
+            continue;
+        const std::string_view number = trimmed(hint.substr(equals + 1));
+        long seconds = 0;
+        if (std::from_chars(number.data(), number.data() + number.size(), seconds).ec == std::errc())
+            return seconds;
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+Origins::Origin Origins::of(const URL& url) const {
+    const auto found = m_origins.find(keyOf(url));
+    return found == m_origins.end() ? Origin{} : found->second;
+}
+
+void Origins::learn(const URL& url, const ResponseHead& head) {
+    const std::optional<long> timeout = keepAliveTimeout(head.headers());
+    if (!timeout && !head.multiplexed()) return;
+    constexpr std::size_t mostOrigins = 1000;
+    if (m_origins.size() >= mostOrigins) m_origins.clear();  // costs no more than learning again
+    Origin& origin = m_origins[keyOf(url)];
+    origin.multiplexes = head.multiplexed();
+    if (!timeout) return;
+    origin.keepsAlive = *timeout > 1;
+    origin.maximumIdleAge = std::clamp(*timeout - 1, 1L, Origin{}.maximumIdleAge);
+}
+
+}  // namespace torvel

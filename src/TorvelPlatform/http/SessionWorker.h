@@ -1,0 +1,71 @@
+#pragma once  // internal
+
+#include "TorvelPlatform/http/Origins.h"
+#include "TorvelPlatform/http/SessionTask.h"
+#include "TorvelPlatform/http/TransferLoop.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace torvel {
+
+// A session's thread: takes requests in, drives their transfers, and posts their completions, those of one
+// turn together. Each request leaves through finish(), once.
+class SessionWorker {
+  public:
+    static std::shared_ptr<SessionWorker> start(const std::string& label,
+                                                std::size_t maximumConnectionsPerHost);
+    explicit SessionWorker(std::size_t maximumConnectionsPerHost);
+
+    // Any thread.
+    void submit(std::unique_ptr<SessionTask> task);
+    // Ends the thread, which has no requests any more, and waits for that unless it is the calling one.
+    void stop();
+
+  private:
+    friend class LiveWorkers;
+    using Task = std::unique_ptr<SessionTask>;
+    enum class Quit { no, whenIdle, atOnce };
+
+    void requestQuit(Quit quit);
+    void run(const std::string& label);
+    bool takeSubmitted();
+    bool mayWait();
+
+    void begin(Task task);
+    void startHop(Task task);
+    void startTransfer(Task task);
+    TransferOptions optionsFor(const SessionTask& task) const;
+    void onFinished(Transfer& transfer, CURLcode code);
+    void follow(Task task, Redirection next);
+    void arm(SessionTask& task);
+    void expire();
+    Task take(Transfer& transfer);
+
+    void finish(Task task, TransferResult result);
+    void fail(Task task, SessionError error);
+    void deliver();
+
+    EasyHandle easyHandle();
+    void recycle(EasyHandle easy);
+
+    std::mutex m_mutex;
+    std::vector<Task> m_submitted;  // guarded by m_mutex, as are the next two
+    Quit m_quit = Quit::no;
+    bool m_asleep = false;
+    std::atomic<bool> m_ended{false};
+
+    std::unique_ptr<TransferLoop> m_loop;  // from here on the thread's own, but for wake()
+    std::vector<EasyHandle> m_idleHandles;
+    std::unordered_map<Transfer*, Task> m_live;
+    std::set<std::pair<TransferLoop::Clock::time_point, Transfer*>> m_deadlines;
+    Origins m_origins;
+    std::vector<std::pair<DispatchQueue*, DispatchQueue::Work>> m_completions;
+};
+
+}  // namespace torvel

@@ -1,0 +1,308 @@
+#include "TorvelPlatform/http/Transfer.h"
+
+#include "TorvelPlatform/http/CookieJar.h"
+#include "TorvelPlatform/http/HeaderText.h"
+#include "TorvelPlatform/http/TransferError.h"
+#include "TorvelPlatform/security/TLSServerTrust.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace torvel {
+namespace {
+
+using Kind = SessionError::Kind;
+
+// Owned by the connection or made from the body; a caller's own would contradict what is sent.
+bool isReserved(std::string_view name) {
+    constexpr std::array reserved{"Host", "Connection", "Content-Length", "Transfer-Encoding", "Expect"};
+    return std::any_of(reserved.begin(), reserved.end(),
+                       [name](const char* field) { return equalsIgnoringCase(name, field); });
+}
+
+void append(HeaderList& list, const std::string& line) {
+    curl_slist* const longer = curl_slist_append(list.get(), line.c_str());
+    if (longer == nullptr) return;
+    static_cast<void>(list.release());
+    list.reset(longer);
+}
+
+// The client's notation for a field with an empty value is "Name;".
+std::string fieldLine(const HTTPHeaders::Field& field) {
+    return trimmed(field.second).empty() ? field.first + ";" : field.first + ": " + field.second;
+}
+
+const DefaultTrustEvaluator& defaultEvaluator() {
+    static const DefaultTrustEvaluator& evaluator = *new DefaultTrustEvaluator;
+    return evaluator;
+}
+
+// The TLS object of the hop's connection, while it has one.
+void* tlsConnection(CURL* easy) {
+    curl_tlssessioninfo* info = nullptr;
+    if (curl_easy_getinfo(easy, CURLINFO_TLS_SSL_PTR, &info) != CURLE_OK || info == nullptr) return nullptr;
+    return info->internals;
+}
+
+}  // namespace
+
+// What the client calls back.
+struct Transfer::Callbacks {
+    static Transfer& of(void* transfer) { return *static_cast<Transfer*>(transfer); }
+
+    static std::size_t header(char* bytes, std::size_t, std::size_t size, void* user) {
+        Transfer& transfer = of(user);
+        transfer.m_activity->last = std::chrono::steady_clock::now();
+        const bool wasComplete = transfer.m_head.complete();
+        if (!transfer.m_head.addLine({bytes, size})) return transfer.fail(transfer.m_head.fault()) ? size : 0;
+        if (!wasComplete && transfer.m_head.complete() && !transfer.onHeadComplete()) return 0;
+        return size;
+    }
+
+    static std::size_t body(char* bytes, std::size_t, std::size_t size, void* user) {
+        of(user).m_activity->last = std::chrono::steady_clock::now();
+        return of(user).onBody({bytes, size}) ? size : CURL_WRITEFUNC_ERROR;
+    }
+
+    // Runs whenever the request is about to be sent. The client sends it a second time when a kept-alive
+    // connection dies under it; that is refused, for the server may have acted on the first.
+    static int beforeRequest(void* user, char*, char*, int, int) {
+        Transfer& transfer = of(user);
+        long handedOver = 0;
+        curl_easy_getinfo(transfer.easy(), CURLINFO_REQUEST_SIZE, &handedOver);
+        transfer.m_replayRefused = ++transfer.m_attempts > 1 && handedOver > 0;
+        return transfer.m_replayRefused ? CURL_PREREQFUNC_ABORT : CURL_PREREQFUNC_OK;
+    }
+
+    // The context lives as long as the connection, which other requests use too: nothing of this transfer
+    // but the shared verdict goes into the decision.
+    static CURLcode tlsContext(CURL*, void* context, void* user) {
+        const Transfer& transfer = of(user);
+        auto decide = [manager = transfer.m_options.trustManager, host = transfer.host(),
+                       verdict = transfer.m_verdict](SecTrust& trust) {
+            const ServerTrustEvaluating* evaluator = manager ? manager->evaluator(host) : nullptr;
+            if (evaluator == nullptr) evaluator = &defaultEvaluator();
+            verdict->failure = evaluator->evaluate(trust, host);
+            return !verdict->failure;
+        };
+        return installServerTrust(context, std::move(decide)) ? CURLE_OK : CURLE_ABORTED_BY_CALLBACK;
+    }
+
+    static std::size_t read(char* buffer, std::size_t, std::size_t size, void* user) {
+        Transfer& transfer = of(user);
+        const auto count = transfer.m_options.spool->read(transfer.m_bodyOffset, {buffer, size});
+        if (!count) return CURL_READFUNC_ABORT;
+        transfer.m_bodyOffset += *count;
+        return *count;
+    }
+
+    static int seek(void* user, curl_off_t offset, int) {
+        of(user).m_bodyOffset = static_cast<std::size_t>(offset);
+        return CURL_SEEKFUNC_OK;
+    }
+
+    static int progress(void* user, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent) {
+        of(user).onProgress(static_cast<std::uint64_t>(sent));
+        return 0;
+    }
+};
+
+Transfer::Transfer(EasyHandle easy, const TransferOptions& options)
+    : m_options(options), m_easy(std::move(easy)) {
+    setConnection();
+    setFields();
+    setMethodAndBody();
+}
+
+void Transfer::setConnection() {
+    CURL* const handle = easy();
+    curl_easy_setopt(handle, CURLOPT_URL, m_options.request.url->absoluteString().c_str());
+    curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);  // a URL is sent as written
+    curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
+    curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);  // never wait for a name look-up that was given up
+    curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, m_detail.data());
+    curl_easy_setopt(handle, CURLOPT_SHARE, sharedCookieJar());
+    curl_easy_setopt(handle, CURLOPT_COOKIEFILE, "");  // uses the jar, reads no file
+    curl_easy_setopt(handle, CURLOPT_HTTP_VERSION,
+                     m_options.prefersHTTP1 ? CURL_HTTP_VERSION_1_1 : CURL_HTTP_VERSION_2TLS);
+    curl_easy_setopt(handle, CURLOPT_PIPEWAIT, m_options.prefersHTTP1 ? 0L : 1L);
+    curl_easy_setopt(handle, CURLOPT_FRESH_CONNECT, m_options.freshConnection ? 1L : 0L);
+    curl_easy_setopt(handle, CURLOPT_MAXAGE_CONN, m_options.maximumIdleAge);
+    curl_easy_setopt(handle, CURLOPT_HTTP_CONTENT_DECODING, 0L);
+    curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+
+    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, Callbacks::header);
+    curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
+    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, Callbacks::body);
+    curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
+    curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, Callbacks::beforeRequest);
+    curl_easy_setopt(handle, CURLOPT_PREREQDATA, this);
+    curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, Callbacks::progress);
+    curl_easy_setopt(handle, CURLOPT_XFERINFODATA, this);
+
+    // Our decision is the only judge: it knows the host's evaluator, and it loads no store of the client's.
+    curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, Callbacks::tlsContext);
+    curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, this);
+    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 1L);
+    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 0L);
+    curl_easy_setopt(handle, CURLOPT_CAINFO, nullptr);
+    curl_easy_setopt(handle, CURLOPT_CAPATH, nullptr);
+    curl_easy_setopt(handle, CURLOPT_SSL_SESSIONID_CACHE, 0L);  // a resumed handshake would skip the decision
+}
+
+void Transfer::setFields() {
+    const HTTPHeaders& headers = m_options.request.headers;
+    for (const HTTPHeaders::Field& field : headers.fields())
+        if (!isReserved(field.first) && !equalsIgnoringCase(field.first, "Cookie"))
+            append(m_fields, fieldLine(field));
+    // Joined with the jar's cookies into one field.
+    if (const auto cookie = headers.value("Cookie"))
+        curl_easy_setopt(easy(), CURLOPT_COOKIE, cookie->c_str());
+    append(m_fields, "Expect:");  // waiting for "100 Continue" costs a second with most servers
+    if (!headers.value("Content-Type")) append(m_fields, "Content-Type:");  // nor any type made up
+    curl_easy_setopt(easy(), CURLOPT_HTTPHEADER, m_fields.get());
+}
+
+void Transfer::setMethodAndBody() {
+    const URLRequest& request = m_options.request;
+    const std::string& method = request.httpMethod;
+    // RFC 9110, 8.6: these announce even the absence of content.
+    const bool announcesLength = method == "POST" || method == "PUT" || method == "PATCH";
+    if (method == "HEAD") {
+        curl_easy_setopt(easy(), CURLOPT_NOBODY, 1L);
+    } else if (method != "GET") {
+        curl_easy_setopt(easy(), CURLOPT_CUSTOMREQUEST, method.c_str());
+    }
+    if (!hasBody() && !announcesLength) return;
+
+    curl_easy_setopt(easy(), CURLOPT_POST, 1L);
+    curl_easy_setopt(easy(), CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(bodySize()));
+    if (m_options.spool != nullptr) {
+        curl_easy_setopt(easy(), CURLOPT_READFUNCTION, Callbacks::read);
+        curl_easy_setopt(easy(), CURLOPT_READDATA, this);
+        curl_easy_setopt(easy(), CURLOPT_SEEKFUNCTION, Callbacks::seek);
+        curl_easy_setopt(easy(), CURLOPT_SEEKDATA, this);
+    } else {
+        curl_easy_setopt(easy(), CURLOPT_POSTFIELDS,
+                         request.httpBody ? request.httpBody->raw().data() : "");  // not copied
+    }
+    if (bodySize() > 0) curl_easy_setopt(easy(), CURLOPT_NOPROGRESS, 0L);
+}
+
+std::size_t Transfer::bodySize() const {
+    if (m_options.spool != nullptr) return m_options.spool->size();
+    return m_options.request.httpBody ? m_options.request.httpBody->size() : 0;
+}
+
+bool Transfer::onHeadComplete() {
+    const URLRequest& request = m_options.request;
+    if (m_head.statusCode() / 100 == 3)
+        m_redirect = decideRedirect(request, hasBody(), response(), m_options.sessionHeaders);
+    if (request.httpMethod == "HEAD") return true;
+
+    m_decoder.emplace(m_head.headers().value("Content-Encoding").value_or(""));
+    const std::uint64_t announced = m_head.contentLength().value_or(0);
+    if (announced > m_options.maximumResponseBytes) return fail("it is larger than allowed");
+    // Two framings contradict each other; whatever follows on such a connection is not to be trusted.
+    if (m_head.chunked() && m_head.headers().value("Content-Length"))
+        curl_easy_setopt(easy(), CURLOPT_FORBID_REUSE, 1L);
+    // Progress calls go on to the very end, where alone the closing of the connection can be judged.
+    if (endsWithConnection()) curl_easy_setopt(easy(), CURLOPT_NOPROGRESS, 0L);
+    constexpr std::uint64_t mostReserved = std::uint64_t{64} * 1024 * 1024;
+    m_body.reserve(static_cast<std::size_t>(std::min(announced, mostReserved)));
+    return true;
+}
+
+bool Transfer::endsWithConnection() const {
+    return !m_head.multiplexed() && !m_head.chunked() && !m_head.contentLength() &&
+           m_head.statusCode() != 204 && m_head.statusCode() != 304 &&
+           equalsIgnoringCase(m_options.request.url->scheme().value_or(""), "https");
+}
+
+bool Transfer::onBody(std::string_view bytes) {
+    m_received += bytes.size();
+    if (m_received > m_options.maximumResponseBytes) return fail("it is larger than allowed");
+    if (m_redirect.index() != 0 || !m_decoder) return true;  // nobody reads it
+    if (!m_decoder->supported()) return fail("its content encoding is unknown");
+    if (m_decoder->isIdentity()) {
+        m_body.append(bytes);
+        return true;
+    }
+    const ContentDecoder::Status status = m_decoder->decode(bytes, m_body, m_options.maximumResponseBytes);
+    return status == ContentDecoder::Status::ok || refuseBody(status);
+}
+
+bool Transfer::refuseBody(ContentDecoder::Status status) {
+    return fail(status == ContentDecoder::Status::tooLarge ? "it is larger than allowed once decompressed"
+                                                           : "its content encoding is damaged");
+}
+
+void Transfer::onProgress(std::uint64_t sent) {
+    if (sent != m_bytesSent) m_activity->last = std::chrono::steady_clock::now();
+    m_bytesSent = sent;
+    if (m_options.progress != nullptr) m_options.progress->sent(sent, bodySize());
+    if (m_head.complete() && endsWithConnection())
+        m_peerClosedCleanly = peerClosedCleanly(tlsConnection(easy()));
+}
+
+// False, for the callbacks to return.
+bool Transfer::fail(std::string_view why) {
+    m_error = {Kind::badServerResponse,
+               "The answer from " + host() + " is not valid: " + std::string(why) + ".", std::nullopt};
+    return false;
+}
+
+std::optional<SessionError> Transfer::failure(CURLcode code) const {
+    if (m_verdict->failure && code == CURLE_PEER_FAILED_VERIFICATION)
+        return SessionError{Kind::serverTrustEvaluationFailed, m_verdict->failure->description,
+                            m_verdict->failure};
+    if (m_error) return m_error;
+    if (m_replayRefused) {
+        return SessionError{Kind::connectionLost,
+                            "The connection to " + host() +
+                                " was lost before an answer came; the request is not sent a second time.",
+                            std::nullopt};
+    }
+    if (code != CURLE_OK) {
+        long systemError = 0;
+        curl_easy_getinfo(easy(), CURLINFO_OS_ERRNO, &systemError);
+        return transferError(code, host(), m_detail.data(), systemError);
+    }
+    if (!m_head.complete()) return transferError(CURLE_GOT_NOTHING, host(), "it ends inside its head", 0);
+    const bool hasAnswerBytes = m_decoder.has_value() && m_received > 0;
+    if (hasAnswerBytes && endsWithConnection() && !m_peerClosedCleanly)
+        return transferError(CURLE_PARTIAL_FILE, host(), "it was cut off", 0);
+    if (hasAnswerBytes && !m_decoder->ended()) {
+        return SessionError{Kind::badServerResponse,
+                            "The answer from " + host() + " is not valid: its content encoding ends early.",
+                            std::nullopt};
+    }
+    return std::nullopt;
+}
+
+std::variant<TransferResult, Redirection> Transfer::conclude(CURLcode code) {
+    // The redirect's own body is of no interest, so its faults are none.
+    if (auto* next = std::get_if<Redirection>(&m_redirect)) return std::move(*next);
+    if (auto* refused = std::get_if<SessionError>(&m_redirect))
+        return TransferResult{{}, {}, std::move(*refused)};
+    std::optional<SessionError> error = failure(code);
+    if (error) return abandon(std::move(*error));
+    return TransferResult{response(), std::move(m_body), std::nullopt};
+}
+
+TransferResult Transfer::abandon(SessionError error) {
+    TransferResult result{std::nullopt, std::move(m_body), std::move(error)};
+    if (m_head.complete() && m_redirect.index() == 0) result.response = response();
+    return result;
+}
+
+HTTPURLResponse Transfer::response() const {
+    return {*m_options.request.url, m_head.statusCode(), m_head.headers()};
+}
+
+bool Transfer::hasBody() const {
+    return m_options.spool != nullptr || m_options.request.httpBody.has_value();
+}
+
+}  // namespace torvel

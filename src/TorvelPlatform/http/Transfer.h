@@ -1,0 +1,109 @@
+#pragma once  // internal
+
+#include "TorvelPlatform/http/ContentDecoder.h"
+#include "TorvelPlatform/http/Curl.h"
+#include "TorvelPlatform/http/Redirect.h"
+#include "TorvelPlatform/http/ResponseHead.h"
+#include "TorvelPlatform/http/ServerTrustManager.h"
+#include "TorvelPlatform/http/SpoolFile.h"
+#include "TorvelPlatform/http/UploadProgress.h"
+
+#include <array>
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+
+namespace torvel {
+
+// When a byte last moved. The transfer and the socket that it uses write it.
+struct Activity {
+    std::chrono::steady_clock::time_point last = std::chrono::steady_clock::now();
+};
+
+// What a hop is sent with. The references outlive the transfer.
+struct TransferOptions {
+    const URLRequest& request;
+    const SpoolFile* spool;  // the body, when it is not the request's own
+    bool prefersHTTP1;       // for large bodies: HTTP/2 uploads can hang when the server answers early
+    bool freshConnection;
+    bool sharesConnection;  // HTTP/2: what the socket receives may belong to other transfers
+    long maximumIdleAge;    // seconds that a kept-alive connection may have been idle
+    std::size_t maximumResponseBytes;
+    std::shared_ptr<const ServerTrustManager> trustManager;
+    const HTTPHeaders& sessionHeaders;
+    UploadProgress* progress;
+};
+
+// How a hop ended when it did not lead to another one.
+struct TransferResult {
+    std::optional<HTTPURLResponse> response;
+    std::string body;
+    std::optional<SessionError> error;
+};
+
+// One hop of a request over an easy handle: one request sent at most once, one answer. The session's thread.
+class Transfer {
+  public:
+    Transfer(EasyHandle easy, const TransferOptions& options);
+    Transfer(const Transfer&) = delete;
+    Transfer& operator=(const Transfer&) = delete;
+
+    CURL* easy() const { return m_easy.get(); }
+    EasyHandle takeEasy() { return std::move(m_easy); }
+    const ResponseHead& head() const { return m_head; }
+    std::chrono::steady_clock::time_point lastActivity() const { return m_activity->last; }
+    // What the socket in use reports to, so that even half a header line counts; nullptr for a shared one.
+    std::shared_ptr<Activity> socketActivity() const {
+        return m_options.sharesConnection ? nullptr : m_activity;
+    }
+
+    // Reads the outcome once the client has finished with the hop.
+    std::variant<TransferResult, Redirection> conclude(CURLcode code);
+    // The outcome of a hop that is given up because of `error`.
+    TransferResult abandon(SessionError error);
+
+  private:
+    struct Verdict {
+        std::optional<TrustFailure> failure;
+    };
+    struct Callbacks;
+
+    void setConnection();
+    void setFields();
+    void setMethodAndBody();
+    bool onHeadComplete();
+    bool onBody(std::string_view bytes);
+    bool refuseBody(ContentDecoder::Status status);
+    void onProgress(std::uint64_t sent);
+    bool endsWithConnection() const;
+    std::optional<SessionError> failure(CURLcode code) const;
+    bool fail(std::string_view why);
+    HTTPURLResponse response() const;
+    bool hasBody() const;
+    std::size_t bodySize() const;
+    std::string host() const { return m_options.request.url->host().value_or(""); }
+
+    TransferOptions m_options;
+    EasyHandle m_easy;
+    HeaderList m_fields;
+    std::array<char, CURL_ERROR_SIZE> m_detail{};
+    std::shared_ptr<Activity> m_activity = std::make_shared<Activity>();
+    std::shared_ptr<Verdict> m_verdict = std::make_shared<Verdict>();
+
+    int m_attempts = 0;
+    bool m_replayRefused = false;
+    std::size_t m_bodyOffset = 0;
+    std::uint64_t m_bytesSent = 0;
+
+    ResponseHead m_head;
+    RedirectDecision m_redirect;
+    std::optional<ContentDecoder> m_decoder;
+    std::size_t m_received = 0;
+    std::string m_body;
+    bool m_peerClosedCleanly = false;
+    std::optional<SessionError> m_error;  // ours, found while the hop ran
+};
+
+}  // namespace torvel

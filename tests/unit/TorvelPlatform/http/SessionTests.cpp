@@ -1,0 +1,371 @@
+#include "TorvelPlatform/http/Session.h"
+#include "support/Fetching.h"
+#include "support/ScriptedServer.h"
+
+#include <atomic>
+#include <cmath>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+namespace torvel {
+namespace {
+
+using testing::Answer;
+using testing::complete;
+using testing::fetch;
+using testing::plainSession;
+using testing::requestTo;
+using testing::response;
+using testing::ScriptedServer;
+using Kind = SessionError::Kind;
+using Peer = ScriptedServer::Peer;
+using std::string_literals::operator""s;
+
+const std::string okAnswer = response("200 OK", "hello");
+
+Kind failureOf(const Answer& answer) { return answer.response.error.value().kind; }
+
+TEST(Session, SendsRequestsAsGiven) {
+    struct Row {
+        const char* method;
+        std::optional<std::string> body;
+        const char* contentType;
+        const char* contentLength;
+    };
+    const Row rows[] = {
+        {"GET", {}, "(none)", "(none)"},
+        {"POST", "a=b", "(none)", "3"},
+        {"POST", "", "text/plain", "0"},
+        {"POST", {}, "(none)", "0"},
+        {"PUT", "{}", "text/plain", "2"},
+        {"DELETE", "{}", "(none)", "2"},
+        {"DELETE", {}, "(none)", "(none)"},
+        {"PATCH", "x", "(none)", "1"},
+        {"X-CUSTOM", "\0x"s, "(none)", "2"},
+        {"PROPFIND", {}, "text/xml", "(none)"},
+        {"POST", std::string(3'000'000, 'x'), "(none)", "3000000"},
+    };
+    ScriptedServer server(ScriptedServer::answering(okAnswer));
+    Session session = plainSession();
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.method);
+        URLRequest request = requestTo(server.url("/a/../b?q=%20#fragment"), row.method);
+        if (row.body) request.httpBody = Data(*row.body);
+        if (row.contentType != "(none)"s) request.headers.set("content-type", row.contentType);
+        request.headers.set("Content-Length", "99");
+        request.headers.set("Transfer-Encoding", "chunked");
+        request.headers.set("X-Empty", "");
+        EXPECT_EQ(fetch(session, request).outcome(), "ok");
+        const auto sent = server.requests().back();
+        EXPECT_TRUE(sent.head.starts_with(row.method + " /a/../b?q=%20 HTTP/1.1\r\n"s)) << sent.head;
+        EXPECT_EQ(sent.body, row.body.value_or(""));
+        EXPECT_EQ(sent.field("Content-Type"), row.contentType);
+        EXPECT_EQ(sent.field("Content-Length"), row.contentLength);
+        EXPECT_EQ(sent.field("Transfer-Encoding"), "(none)");
+        EXPECT_EQ(sent.field("Expect"), "(none)");
+        EXPECT_EQ(sent.field("X-Empty"), "");
+    }
+    EXPECT_EQ(server.connections(), 1U);
+}
+
+TEST(Session, RefusesWhatCannotBeSent) {
+    ScriptedServer server(ScriptedServer::answering(okAnswer));
+    struct Row {
+        const char* name;
+        std::function<void(URLRequest&)> spoil;
+    };
+    const auto url = [](const char* text) {
+        return [text](URLRequest& request) { request.url = URL::parse(text); };
+    };
+    const auto header = [](std::string name, std::string value) {
+        return [=](URLRequest& request) { request.headers.set(name, value); };
+    };
+    const Row rows[] = {
+        {"no URL", [](URLRequest& request) { request.url.reset(); }},
+        {"relative", url("/a")},
+        {"a file", url("file:///etc/passwd")},
+        {"no host", url("http:///a")},
+        {"encoded host", url("http://127.0.0.%31/")},
+        {"GET with a body", [](URLRequest& request) { request.httpBody = Data(""); }},
+        {"method is no token",
+         [](URLRequest& request) { request.httpMethod = "GET / HTTP/1.1\r\nX: y\r\n\r\nGET"; }},
+        {"method is empty", [](URLRequest& request) { request.httpMethod = ""; }},
+        {"line break in a value", header("X", "a\r\nY: b")},
+        {"line feed in a value", header("X", "a\nY: b")},
+        {"NUL in a value", header("X", "a\0b"s)},
+        {"line break in a name", header("X: a\r\nY", "b")},
+        {"space in a name", header("X ", "b")},
+        {"line break in a cookie", header("Cookie", "a\r\nY: b")},
+    };
+    Session session = plainSession();
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        URLRequest request = requestTo(server.url());
+        row.spoil(request);
+        const Answer answer = fetch(session, request);
+        EXPECT_EQ(failureOf(answer), Kind::invalidRequest);
+        EXPECT_FALSE(answer.response.response || answer.response.data);
+    }
+    EXPECT_EQ(server.connections(), 0U);
+}
+
+TEST(Session, DefaultFieldsGiveWayToTheRequests) {
+    URLSessionConfiguration configuration = URLSessionConfiguration::defaults();
+    ScriptedServer server(ScriptedServer::answering(okAnswer));
+    Session session(configuration);
+    URLRequest request = requestTo(server.url());
+    request.headers.set("user-agent", "mine");
+    ASSERT_EQ(fetch(session, request).outcome(), "ok");
+    const auto sent = server.requests().back();
+    EXPECT_EQ(sent.field("User-Agent"), "mine");
+    EXPECT_EQ(sent.field("Accept-Encoding"), "br;q=1.0, gzip;q=0.9, deflate;q=0.8");
+    EXPECT_NE(sent.field("Accept-Language").find(";q=1.0"), std::string::npos);
+    EXPECT_TRUE(configuration.headers.value("User-Agent")->starts_with("http_tests/"));
+}
+
+TEST(Session, SaysThatAServerCannotBeReached) {
+    std::string url;
+    {
+        ScriptedServer gone(ScriptedServer::answering(okAnswer));
+        url = gone.url();
+    }
+    Session session = plainSession();
+    const Answer answer = fetch(session, requestTo(url));
+    EXPECT_EQ(failureOf(answer), Kind::cannotConnect);
+    EXPECT_EQ(answer.outcome(), "The server 127.0.0.1 cannot be reached: Connection refused.");
+}
+
+TEST(Session, SendsNothingTwice) {
+    const auto dies = [](Peer& peer) {
+        peer.answer(okAnswer);
+        peer.receive();  // and closes the kept-alive connection
+    };
+    for (const char* method : {"POST", "GET"}) {
+        SCOPED_TRACE(method);
+        ScriptedServer server({dies, ScriptedServer::answering(okAnswer)});
+        Session session = plainSession();
+        ASSERT_EQ(fetch(session, requestTo(server.url("/1"), method)).outcome(), "ok");
+        EXPECT_EQ(failureOf(fetch(session, requestTo(server.url("/2"), method))), Kind::connectionLost);
+        EXPECT_EQ(server.requests().size(), 2U);
+        EXPECT_EQ(fetch(session, requestTo(server.url("/3"), method)).outcome(), "ok");
+        EXPECT_EQ(server.requests().size(), 3U);
+    }
+}
+
+TEST(Session, HeedsTheServersKeepAliveHint) {
+    for (const auto& [hint, connections] : {std::pair{"timeout=1", 2U}, std::pair{"max=9, timeout=5", 1U}}) {
+        ScriptedServer server(
+            ScriptedServer::answering(response("200 OK", "hello", "Keep-Alive: "s + hint + "\r\n")));
+        Session session = plainSession();
+        fetch(session, requestTo(server.url()));
+        fetch(session, requestTo(server.url()));
+        EXPECT_EQ(server.connections(), connections) << hint;
+    }
+}
+
+TEST(Session, TimesOutWhenNoByteMoves) {
+    struct Row {
+        const char* name;
+        ScriptedServer::Script script;
+        int status;
+        std::string data;
+    };
+    const Row rows[] = {
+        {"nothing is answered", [](Peer& peer) { peer.stall(); }, 0, "(absent)"},
+        {"the head stalls",
+         [](Peer& peer) {
+             peer.answer("HTTP/1.1 200 OK\r\nContent-");
+             peer.stall();
+         },
+         0, "(absent)"},
+        {"the body stalls",
+         [](Peer& peer) {
+             peer.answer("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nabc");
+             peer.stall();
+         },
+         200, "abc"},
+    };
+    Session session = plainSession();
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        ScriptedServer server(row.script);
+        URLRequest request = requestTo(server.url());
+        request.timeoutInterval = 0.05;
+        const Answer answer = fetch(session, request);
+        EXPECT_EQ(answer.outcome(),
+                  "The request timed out after 0.05 s without a byte from or to 127.0.0.1.");
+        EXPECT_EQ(failureOf(answer), Kind::timedOut);
+        EXPECT_EQ(answer.status(), row.status);
+        EXPECT_EQ(answer.data(), row.data);
+    }
+}
+
+// The whole takes longer than the limit, no gap does.
+TEST(Session, OutlivesASlowServerThatKeepsSending) {
+    ScriptedServer server([](Peer& peer) {
+        peer.receive();
+        for (const char byte : okAnswer) {  // the head too, byte by byte
+            peer.send({&byte, 1});
+            peer.pause(10);
+        }
+    });
+    Session session = plainSession();
+    URLRequest request = requestTo(server.url());
+    request.timeoutInterval = 0.25;
+    EXPECT_EQ(fetch(session, request).data(), "hello");
+}
+
+TEST(Session, TakesAnOddTimeoutForTheUsualOne) {
+    ScriptedServer server(ScriptedServer::answering(okAnswer));
+    Session session = plainSession();
+    for (const double timeout : {0.0, -1.0, std::nan(""), HUGE_VAL}) {
+        URLRequest request = requestTo(server.url());
+        request.timeoutInterval = timeout;
+        EXPECT_EQ(fetch(session, request).outcome(), "ok") << timeout;
+    }
+}
+
+TEST(Session, SessionsShareOneCookieJar) {
+    ScriptedServer server(ScriptedServer::answering(response("200 OK", "hello", "Set-Cookie: login=42\r\n")));
+    {
+        Session first = plainSession();
+        fetch(first, requestTo(server.url()));
+    }
+    Session second = plainSession();
+    fetch(second, requestTo(server.url()));
+    URLRequest request = requestTo(server.url());
+    request.headers.set("Cookie", "own=1");
+    fetch(second, request);
+    const auto requests = server.requests();
+    ASSERT_EQ(requests.size(), 3U);
+    EXPECT_EQ(requests[0].field("Cookie"), "(none)");
+    EXPECT_EQ(requests[1].field("Cookie"), "login=42");
+    EXPECT_EQ(requests[2].field("Cookie"), "login=42; own=1");
+}
+
+TEST(Session, DroppingItCutsNothingInFlight) {
+    std::atomic<int> completed{0};
+    std::atomic<int> successes{0};
+    ScriptedServer server(ScriptedServer::answering(okAnswer));
+    DispatchQueue queue("tests.completions");
+    for (int i = 0; i < 50; ++i) {
+        Session session = plainSession();
+        for (int request = 0; request < 4; ++request) {
+            session.request(requestTo(server.url()))
+                .responseData(i % 2 == 0 ? queue : DispatchQueue::main(), [&](DataResponse answer) {
+                    if (!answer.error) ++successes;
+                    if (++completed == 200) DispatchQueue::main().stop();
+                });
+        }
+        session.request(requestTo(server.url()));  // never started, never sent
+    }
+    DispatchQueue::main().run();
+    EXPECT_EQ(successes, 200);
+    EXPECT_EQ(server.requests().size(), 200U);
+}
+
+TEST(Session, TakesRequestsFromManyThreadsAndFromCompletions) {
+    ScriptedServer server(ScriptedServer::answering(okAnswer));
+    auto session = std::make_shared<Session>(URLSessionConfiguration{});
+    std::atomic<int> left{8 * 50 * 2};
+    const auto count = [&](DataResponse answer) {
+        EXPECT_FALSE(answer.error);
+        if (--left == 0) DispatchQueue::main().stop();
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) {
+        threads.emplace_back([&] {
+            for (int request = 0; request < 50; ++request) {
+                session->request(requestTo(server.url()))
+                    .responseData(DispatchQueue::main(), [&, session](DataResponse answer) {
+                        count(std::move(answer));
+                        session->request(requestTo(server.url())).responseData(DispatchQueue::main(), count);
+                    });
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    DispatchQueue::main().run();
+    EXPECT_EQ(left, 0);
+    EXPECT_LE(server.connections(), 6U);
+}
+
+TEST(Session, ValidatesStatusThenContentType) {
+    struct Row {
+        const char* name;
+        std::string answer;
+        std::optional<std::string> accept;
+        std::optional<Kind> failure;
+    };
+    const auto typed = [](const char* type) {
+        return response("200 OK", "{}", type == ""s ? "" : "Content-Type: "s + type + "\r\n");
+    };
+    const Row rows[] = {
+        {"no Accept, no type", typed(""), {}, {}},
+        {"no Accept, any type", typed("image/png"), {}, {}},
+        {"equal", typed("application/json"), "application/json", {}},
+        {"case and parameters",
+         typed("Application/JSON; charset=utf-8"),
+         "text/html, application/json;q=0.1",
+         {}},
+        {"wildcard subtype", typed("text/html"), "text/*", {}},
+        {"anything", typed("text/html"), "application/json, */*;q=0.1", {}},
+        {"other type", typed("text/html"), "application/json", Kind::unacceptableContentType},
+        {"q=0 excludes", typed("text/html"), "text/html;q=0, */*", Kind::unacceptableContentType},
+        {"no type is only anything", typed(""), "text/*", Kind::unacceptableContentType},
+        {"no type, anything", typed(""), "*/*", {}},
+        {"malformed type", typed("json"), "application/json", Kind::unacceptableContentType},
+        {"an empty body has no type", "HTTP/1.1 204 No Content\r\n\r\n", "application/json", {}},
+        {"empty 200", response("200 OK", ""), "application/json", Kind::emptyResponse},
+        {"status first", response("404 Not Found", "x", "Content-Type: text/html\r\n"), "application/json",
+         Kind::unacceptableStatusCode},
+        {"empty 500", response("500 Oh", ""), {}, Kind::unacceptableStatusCode},
+        {"300", response("300 Choices", "x"), {}, Kind::unacceptableStatusCode},
+        {"299", response("299 Fine", "x"), {}, {}},
+    };
+    URLSessionConfiguration configuration;
+    configuration.headers.set("Accept", "application/xml");  // the session's own does not count
+    Session session(configuration);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        ScriptedServer server(ScriptedServer::answering(row.answer));
+        URLRequest request = requestTo(server.url());
+        if (row.accept) request.headers.set("Accept", *row.accept);
+        DataRequest validated = session.request(request);
+        validated.validate();
+        const Answer answer = complete(std::move(validated));
+        EXPECT_EQ(answer.response.error.has_value(), row.failure.has_value()) << answer.outcome();
+        if (row.failure) {
+            EXPECT_EQ(failureOf(answer), *row.failure);
+            EXPECT_TRUE(answer.response.response) << "the head is kept";
+        }
+    }
+}
+
+TEST(Session, AsksForAnEvaluatorBeforeItConnects) {
+    ScriptedServer server(ScriptedServer::answering(okAnswer));
+    Session session({}, "tests.trust",
+                    std::make_shared<ServerTrustManager>(true, ServerTrustManager::Evaluators{}));
+    const Answer refused = fetch(session, requestTo("https" + server.url().substr(4)));
+    EXPECT_EQ(failureOf(refused), Kind::serverTrustEvaluationFailed);
+    EXPECT_EQ(refused.response.error->trust.value().reason, TrustFailure::Reason::noRequiredEvaluator);
+    EXPECT_EQ(server.connections(), 0U);
+    EXPECT_EQ(fetch(session, requestTo(server.url())).outcome(), "ok") << "plain http raises no question";
+}
+
+TEST(SessionDeathTest, TheProcessMayEndWithRequestsInFlight) {
+    EXPECT_EXIT(
+        {
+            ScriptedServer server([](Peer& peer) { peer.stall(); });
+            for (int i = 0; i < 20; ++i)
+                Session::defaultSession()
+                    ->request(requestTo(server.url()))
+                    .responseData(DispatchQueue::main(), {});
+            std::exit(7);
+        },
+        ::testing::ExitedWithCode(7), "");
+}
+
+}  // namespace
+}  // namespace torvel

@@ -1,0 +1,124 @@
+#include "support/Fetching.h"
+#include "support/ScriptedServer.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+
+#include <gtest/gtest.h>
+
+namespace torvel {
+namespace {
+
+using testing::Answer;
+using testing::complete;
+using testing::plainSession;
+using testing::requestTo;
+using testing::response;
+using testing::ScriptedServer;
+
+MultipartFormData formOf(std::string content) {
+    MultipartFormData form;
+    form.append(Data(std::move(content)), "file", "a\"b\r\n.txt", "text/plain");
+    return form;
+}
+
+// RFC 7578, by hand.
+std::string expectedBody(const std::string& boundary, const std::string& content) {
+    return "--" + boundary +
+           "\r\nContent-Disposition: form-data; name=\"file\"; filename=\"a%22b%0D%0A.txt\"\r\n" +
+           "Content-Type: text/plain\r\n\r\n" + content + "\r\n--" + boundary + "--\r\n";
+}
+
+// How many nameless files this process has open; each must be this user's alone.
+int namelessFiles() {
+    int count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code closedMeanwhile;
+        const std::string target = std::filesystem::read_symlink(entry, closedMeanwhile).native();
+        if (!target.ends_with("(deleted)")) continue;
+        ++count;
+        EXPECT_EQ(std::filesystem::status(entry).permissions(), std::filesystem::perms(0600));
+    }
+    return count;
+}
+
+TEST(Upload, ArrivesWholeAndIsSpooledFromTheThresholdOn) {
+    struct Row {
+        const char* name;
+        std::size_t size;
+        int files;
+    };
+    const Row rows[] = {{"empty", 0, 0}, {"below", 9'999'999, 0}, {"at", 10'000'000, 1}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        int files = -1;
+        ScriptedServer server([&](ScriptedServer::Peer& peer) {
+            peer.receive();
+            files = namelessFiles();
+            peer.send(response("200 OK", "thanks"));
+        });
+        Session session = plainSession();
+        std::string content(row.size, '\0');
+        for (std::size_t i = 0; i < content.size(); ++i) content[i] = static_cast<char>(i * 31 + i / 256);
+        const MultipartFormData form = formOf(content);
+        URLRequest request = requestTo(server.url(), "PUT");
+        request.headers.set("Content-Type", "text/html");
+        const Answer answer = complete(session.upload(form, request));
+        const auto requests = server.requests();
+        ASSERT_EQ(requests.size(), 1U) << answer.outcome();
+        EXPECT_EQ(answer.outcome(), "ok");
+        EXPECT_EQ(requests[0].method(), "PUT");
+        EXPECT_EQ(requests[0].field("Content-Type"), "multipart/form-data; boundary=" + form.boundary());
+        EXPECT_EQ(requests[0].field("Expect"), "(none)");
+        EXPECT_TRUE(requests[0].body == expectedBody(form.boundary(), content));
+        EXPECT_EQ(files, row.files);
+    }
+}
+
+TEST(Upload, ProgressRisesToOneBeforeTheCompletion) {
+    ScriptedServer server(ScriptedServer::answering(response("200 OK", "thanks")));
+    Session session = plainSession();
+    for (const std::size_t size : {std::size_t{1}, std::size_t{9'000'000}, std::size_t{12'000'000}}) {
+        SCOPED_TRACE(size);
+        std::vector<double> fractions;
+        UploadRequest upload =
+            session.upload(formOf(std::string(size, 'x')), requestTo(server.url(), "POST"));
+        upload.uploadProgress(DispatchQueue::main(), [&](double fraction) { fractions.push_back(fraction); });
+        EXPECT_EQ(complete(std::move(upload)).outcome(), "ok");
+        ASSERT_FALSE(fractions.empty());
+        EXPECT_GT(fractions.front(), 0.0);
+        EXPECT_EQ(std::adjacent_find(fractions.begin(), fractions.end(), std::greater_equal<>()),
+                  fractions.end());
+        EXPECT_EQ(fractions.back(), 1.0);
+    }
+}
+
+TEST(Upload, IsRewoundForARedirectToTheSameHost) {
+    for (const std::size_t threshold : {std::size_t{0}, Session::defaultEncodingMemoryThreshold}) {
+        ScriptedServer server([](ScriptedServer::Peer& peer) {
+            peer.answer(response("307 Temporary Redirect", "", "Location: /next\r\n"));
+            peer.answer(response("200 OK", "thanks"));
+        });
+        Session session = plainSession();
+        const MultipartFormData form = formOf("document");
+        EXPECT_EQ(complete(session.upload(form, requestTo(server.url(), "POST"), threshold)).outcome(), "ok");
+        const auto requests = server.requests();
+        ASSERT_EQ(requests.size(), 2U);
+        EXPECT_EQ(requests[1].body, expectedBody(form.boundary(), "document"));
+    }
+}
+
+TEST(Upload, AnsweredBeforeItsEndKeepsTheAnswer) {
+    ScriptedServer server([](ScriptedServer::Peer& peer) {
+        peer.send(response("413 Content Too Large", "too large", "Connection: close\r\n"));
+    });
+    Session session = plainSession();
+    const Answer answer =
+        complete(session.upload(formOf(std::string(20'000'000, 'x')), requestTo(server.url(), "POST")));
+    EXPECT_EQ(answer.status(), 413) << answer.outcome();
+    EXPECT_EQ(answer.data(), "too large");
+}
+
+}  // namespace
+}  // namespace torvel
