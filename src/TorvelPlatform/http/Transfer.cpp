@@ -110,6 +110,8 @@ struct Transfer::Callbacks {
 Transfer::Transfer(EasyHandle easy, const TransferOptions& options)
     : m_options(options), m_easy(std::move(easy)) {
     setConnection();
+    setCallbacks();
+    setTrust();
     setFields();
     setMethodAndBody();
 }
@@ -131,7 +133,10 @@ void Transfer::setConnection() {
     curl_easy_setopt(handle, CURLOPT_MAXAGE_CONN, m_options.maximumIdleAge);
     curl_easy_setopt(handle, CURLOPT_HTTP_CONTENT_DECODING, 0L);
     curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+}
 
+void Transfer::setCallbacks() {
+    CURL* const handle = easy();
     curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, Callbacks::header);
     curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, Callbacks::body);
@@ -140,8 +145,11 @@ void Transfer::setConnection() {
     curl_easy_setopt(handle, CURLOPT_PREREQDATA, this);
     curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, Callbacks::progress);
     curl_easy_setopt(handle, CURLOPT_XFERINFODATA, this);
+}
 
-    // Our decision is the only judge: it knows the host's evaluator, and it loads no store of the client's.
+// Our decision is the only judge: it knows the host's evaluator, and loads no store of the client's.
+void Transfer::setTrust() {
+    CURL* const handle = easy();
     curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, Callbacks::tlsContext);
     curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, this);
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 1L);
@@ -254,7 +262,7 @@ bool Transfer::fail(std::string_view why) {
 }
 
 std::optional<SessionError> Transfer::failure(CURLcode code) const {
-    if (m_verdict->failure && code == CURLE_PEER_FAILED_VERIFICATION)
+    if (m_verdict->failure && code != CURLE_OK)
         return SessionError{Kind::serverTrustEvaluationFailed, m_verdict->failure->description,
                             m_verdict->failure};
     if (m_error) return m_error;

@@ -71,6 +71,8 @@ class Transfer {
     struct Callbacks;
 
     void setConnection();
+    void setCallbacks();
+    void setTrust();
     void setFields();
     void setMethodAndBody();
     bool onHeadComplete();
