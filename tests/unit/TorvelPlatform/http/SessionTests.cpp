@@ -7,6 +7,7 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -213,6 +214,28 @@ TEST(Session, TimesOutWhenNoByteMoves) {
         EXPECT_EQ(answer.status(), row.status);
         EXPECT_EQ(answer.data(), row.data);
     }
+}
+
+TEST(Session, ASlowAnswerHoldsUpNoOther) {
+    std::promise<void> otherIsDone;
+    ScriptedServer server({[&](Peer& peer) {
+                               peer.receive();
+                               otherIsDone.get_future().wait();
+                               peer.send(okAnswer);
+                           },
+                           ScriptedServer::answering(okAnswer)});
+    Session session = plainSession();
+    std::optional<DataResponse> slow;
+    session.request(requestTo(server.url())).responseData(DispatchQueue::main(), [&](DataResponse response) {
+        slow = std::move(response);
+    });
+    URLRequest other = requestTo(server.url());
+    other.timeoutInterval = 10;
+    EXPECT_EQ(fetch(session, other).outcome(), "ok");
+    EXPECT_FALSE(slow);
+    otherIsDone.set_value();
+    DispatchQueue::main().runUntil([&] { return slow.has_value(); }, std::chrono::seconds(60));
+    EXPECT_TRUE(slow && !slow->error);
 }
 
 // The whole takes longer than the limit, no gap does.
