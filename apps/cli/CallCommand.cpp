@@ -50,8 +50,6 @@ std::optional<std::string> checkType(std::string_view value) {
     return "is not a content type";
 }
 
-constexpr std::chrono::hours aWhile{1};
-
 constexpr Option options[] = {
     {"TARGET", "", "a URL, a name in the host's endpoint table, or a path below --server", Occurs::once},
     {"-X", "METHOD", "the HTTP method; GET by default, POST with --data or --upload", Occurs::atMostOnce,
@@ -130,7 +128,8 @@ struct Inputs {
 };
 
 // Reads one of them; the fault is one line.
-std::optional<std::string> read(const Arguments& arguments, const char* option, std::optional<Data>& input) {
+std::optional<std::string> readOption(const Arguments& arguments, const char* option,
+                                      std::optional<Data>& input) {
     const auto given = arguments.text(option);
     if (!given) return std::nullopt;
     auto bytes = std::string_view(option) == "--data" ? readInput(*given) : readFile(*given);
@@ -142,8 +141,8 @@ std::optional<std::string> read(const Arguments& arguments, const char* option, 
 Outcome<Inputs, std::string> readInputs(const Arguments& arguments) {
     Inputs inputs;
     for (const auto& fault :
-         {read(arguments, "--data", inputs.body), read(arguments, "--upload", inputs.upload),
-          read(arguments, "--pin-key", inputs.pinnedKey),
+         {readOption(arguments, "--data", inputs.body), readOption(arguments, "--upload", inputs.upload),
+          readOption(arguments, "--pin-key", inputs.pinnedKey),
           bundleFault(arguments, "--pin-cert", certificateFault),
           bundleFault(arguments, "--cert", encryptionCertificateFault)}) {
         if (fault) return *fault;
@@ -162,14 +161,13 @@ void configure(const Arguments& arguments, const Inputs& inputs, std::string_vie
     if (!base.ends_with('/') && !target.starts_with('/')) base += '/';
     builder.setServerURL(std::move(base))
         .setRequestTimeoutInterval(arguments.number("--timeout", builder.requestTimeoutInterval))
-        .setWrapperConfig(*wrapperConfig(arguments.text("--flavour", rawValue(builder.wrapperConfig))))
+        .setWrapperConfig(arguments.flavour())
         .setIsHttpsByPassRequired(arguments.has("--bypass"));
     if (const auto name = arguments.text("--cert")) builder.setEncryptionCertName(*name);
     if (const auto name = arguments.text("--pin-cert"))
         builder.setSSlType(SSlPinningType::certificate({*name}));
     if (inputs.pinnedKey) builder.setSSlType(SSlPinningType::publicKey({inputs.pinnedKey->raw()}));
     builder.build();
-    LogUtils::setLoggingEnabled(arguments.has("--log"));
 }
 
 struct Interceptors {
@@ -243,6 +241,7 @@ void send(const Arguments& arguments, const std::string& target, std::optional<D
 
 int call(const Arguments& arguments) {
     if (const auto fault = combinationFault(arguments)) return arguments.misused(*fault);
+    LogUtils::setLoggingEnabled(arguments.has("--log"));
     if (const auto directory = arguments.text("--bundle")) {
         if (!Bundle::at(*directory)) return arguments.failed("--bundle: there is no directory " + *directory);
         Bundle::setMain(*directory);
@@ -259,6 +258,8 @@ int call(const Arguments& arguments) {
         upload(arguments, target, std::move(*inputs.value().upload), ending);
     else
         send(arguments, target, std::move(inputs.value().body), ending);
+    // The library's own time-out ends the request; an upload or an answer that moves may take its time.
+    constexpr std::chrono::hours aWhile{1};
     while (!ending.exit) DispatchQueue::main().runUntil([&] { return ending.exit.has_value(); }, aWhile);
     return *ending.exit;
 }

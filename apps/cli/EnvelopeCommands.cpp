@@ -23,10 +23,6 @@ constexpr Option sealOptions[] = {
 };
 constexpr Option openOptions[] = {keyOption, flavourOption};
 
-WrapperConfig flavourOf(const Arguments& arguments) {
-    return *wrapperConfig(arguments.text("--flavour", rawValue(WrapperConfig::VelmMoney)));
-}
-
 int seal(const Arguments& arguments) {
     const std::filesystem::path file = arguments.text("--cert", "");
     if (file.extension() != ".der") return arguments.misused("--cert: the file's name does not end in .der");
@@ -37,7 +33,7 @@ int seal(const Arguments& arguments) {
     if (!plain.value().utf8Text()) return arguments.failed("the text to seal is not UTF-8");
 
     Bundle::setMain(file.has_parent_path() ? file.parent_path() : ".");
-    TorvelLibraryBuilder().setEncryptionCertName(file.stem()).setWrapperConfig(flavourOf(arguments)).build();
+    TorvelLibraryBuilder().setEncryptionCertName(file.stem()).setWrapperConfig(arguments.flavour()).build();
     URLRequest request(URL::file("/"));  // never sent: only its body counts
     request.httpBody = std::move(plain).value();
     const URLRequest sealed = EncryptRequestInterceptor(arguments.text("--key", "")).wrapRequest(request);
@@ -74,7 +70,7 @@ std::optional<std::string> envelopeFault(const Data& envelope, WrapperConfig fla
 int open(const Arguments& arguments) {
     const auto envelope = readInput("-");
     if (!envelope) return arguments.failed(envelope.error().localizedDescription);
-    const WrapperConfig flavour = flavourOf(arguments);
+    const WrapperConfig flavour = arguments.flavour();
     if (const auto fault = envelopeFault(envelope.value(), flavour)) return arguments.failed(*fault);
 
     // Opening needs no certificate, but the library opens nothing before one has been named.

@@ -1,13 +1,12 @@
 #include "cli/Options.h"
 
-#include "TorvelLibrary/WrapperConfig.h"
 #include "TorvelPlatform/foundation/Characters.h"
 #include "cli/Command.h"
+#include "cli/Output.h"
 
 #include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <iostream>
 
 namespace torvel::cli {
 namespace {
@@ -29,12 +28,13 @@ std::string quoted(std::string_view text) { return std::string("'").append(text)
 // The words of a command line, one after the other, against the table.
 class Reader {
   public:
-    Reader(std::span<const Option> options, std::span<char* const> words)
-        : m_options(options), m_words(words) {}
-
     using Values = std::map<std::string, std::vector<std::string>, std::less<>>;
 
-    Outcome<Values, UsageError> read() {
+    Reader(std::span<const Option> options, std::span<char* const> words, Values& values)
+        : m_options(options), m_words(words), m_values(values) {}
+
+    // What is wrong; absent when all is read.
+    std::optional<std::string> read() {
         bool positionsOnly = false;
         while (m_next < m_words.size()) {
             const std::string_view word = m_words[m_next++];
@@ -45,10 +45,9 @@ class Reader {
                 fault = readOption(word);
             else
                 fault = readPosition(word);
-            if (fault) return UsageError{*fault};
+            if (fault) return fault;
         }
-        if (const auto fault = missing()) return UsageError{*fault};
-        return std::move(m_values);
+        return missing();
     }
 
   private:
@@ -108,7 +107,7 @@ class Reader {
     std::span<const Option> m_options;
     std::span<char* const> m_words;
     std::size_t m_next = 0;
-    Values m_values;
+    Values& m_values;
 };
 
 // "-X METHOD" as the help writes it.
@@ -162,12 +161,13 @@ std::optional<std::string> checkCipherKey(std::string_view value) {
     return "is " + std::to_string(value.size()) + " bytes; the cipher takes 16, 24 or 32";
 }
 
-Outcome<Arguments, UsageError> Arguments::parse(std::string_view command, std::span<const Option> options,
-                                                std::span<char* const> words) {
-    auto values = Reader(options, words).read();
-    if (!values) return values.error();
+std::optional<Arguments> Arguments::parse(std::string_view command, std::span<const Option> options,
+                                          std::span<char* const> words) {
     Arguments arguments(command);
-    arguments.m_values = std::move(values).value();
+    if (const auto fault = Reader(options, words, arguments.m_values).read()) {
+        arguments.misused(*fault);
+        return std::nullopt;
+    }
     return arguments;
 }
 
@@ -186,13 +186,17 @@ double Arguments::number(std::string_view name, double otherwise) const {
     return value ? numberOf(*value).value_or(otherwise) : otherwise;
 }
 
-int Arguments::misused(std::string_view message) const {
-    std::cerr << "torvel " << m_command << ": " << message << " (see torvel " << m_command << " --help)\n";
+WrapperConfig Arguments::flavour() const {
+    return wrapperConfig(text("--flavour", "")).value_or(WrapperConfig::VelmMoney);
+}
+
+int Arguments::misused(const std::string& message) const {
+    complain(m_command, message + " (see torvel " + m_command + " --help)");
     return exitUsage;
 }
 
-int Arguments::failed(std::string_view message) const {
-    std::cerr << "torvel " << m_command << ": " << message << "\n";
+int Arguments::failed(const std::string& message) const {
+    complain(m_command, message);
     return exitFailed;
 }
 

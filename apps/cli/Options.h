@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TorvelPlatform/foundation/Outcome.h"
+#include "TorvelLibrary/WrapperConfig.h"
 
 #include <map>
 #include <optional>
@@ -29,18 +29,14 @@ struct Option {
     ValueCheck check = nullptr;
 };
 
-// What is wrong with a command line: one line for standard error.
-struct UsageError {
-    std::string message;
-};
-
 // A command line taken apart by the command's table: every value in it has passed its check.
 class Arguments {
   public:
     // "--name VALUE" or "--name=VALUE", in any order; after "--" everything stands by position. "--help" is
-    // every command's, and with it nothing else need be there.
-    static Outcome<Arguments, UsageError> parse(std::string_view command, std::span<const Option> options,
-                                                std::span<char* const> words);
+    // every command's, and with it nothing else need be there. What is wrong is said on standard error (see
+    // misused), and the result is absent.
+    static std::optional<Arguments> parse(std::string_view command, std::span<const Option> options,
+                                          std::span<char* const> words);
 
     bool has(std::string_view name) const { return m_values.contains(name); }
     // The value of an option or position; absent when it was not given.
@@ -53,9 +49,12 @@ class Arguments {
     // The value of an option with a numeric check.
     double number(std::string_view name, double otherwise) const;
 
-    // For a command to return: prints "torvel COMMAND: message" on standard error, gives the exit code.
-    int misused(std::string_view message) const;  // 2, with a hint at the help
-    int failed(std::string_view message) const;   // 1
+    // The flavour that --flavour names, else the default one.
+    WrapperConfig flavour() const;
+
+    // For a command to return: says what is wrong on standard error and gives the exit code.
+    int misused(const std::string& message) const;  // 2, with a hint at the help
+    int failed(const std::string& message) const;   // 1
 
   private:
     explicit Arguments(std::string_view command) : m_command(command) {}

@@ -2,6 +2,7 @@
 
 #include "cli/Command.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
@@ -37,11 +38,17 @@ bool writeResult(std::string_view text) {
 int deliver(std::string_view result) {
     const bool wantsLineEnd = resultsOnTerminal() && !result.empty() && result.back() != '\n';
     if (writeResult(result) && (!wantsLineEnd || writeResult("\n"))) return exitOk;
-    std::cerr << "torvel: the result cannot be written: " << std::strerror(errno) << "\n";
+    complain("", std::string("the result cannot be written: ") + std::strerror(errno));
     return exitFailed;
 }
 
 bool resultsOnTerminal() { return ::isatty(resultsChannel) == 1; }
+
+void complain(std::string_view command, std::string message) {
+    const auto isControl = [](char c) { return (c >= 0 && c < ' ') || c == 127; };
+    std::ranges::replace_if(message, isControl, '?');
+    std::cerr << "torvel" << (command.empty() ? "" : " ") << command << ": " << message << std::endl;
+}
 
 std::string progressBar(double fraction) {
     constexpr int width = 40;
@@ -55,14 +62,15 @@ std::string progressBar(double fraction) {
 
 Progress::Progress() : m_terminal(::isatty(STDERR_FILENO) == 1) {}
 
-Progress::~Progress() {
-    if (m_shown) std::cerr << "\r\033[K" << std::flush;
-}
-
 void Progress::show(double fraction) {
     if (!m_terminal) return;
     m_shown = true;
     std::cerr << "\r" << progressBar(fraction) << std::flush;
+}
+
+void Progress::clear() {
+    if (m_shown) std::cerr << "\r\033[K" << std::flush;
+    m_shown = false;
 }
 
 }  // namespace torvel::cli

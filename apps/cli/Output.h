@@ -19,6 +19,10 @@ int deliver(std::string_view result);
 
 bool resultsOnTerminal();
 
+// One line on standard error, "torvel COMMAND: message" ("torvel: message" without a command). Control
+// characters, which may come with a user's text, become question marks.
+void complain(std::string_view command, std::string message);
+
 // A line of text with a bar for a fraction from 0 to 1.
 std::string progressBar(double fraction);
 
@@ -26,8 +30,9 @@ std::string progressBar(double fraction);
 class Progress {
   public:
     Progress();
-    ~Progress();  // leaves an empty line behind
+    ~Progress() { clear(); }
     void show(double fraction);
+    void clear();
 
   private:
     bool m_terminal;

@@ -3,7 +3,6 @@
 #include "cli/Output.h"
 
 #include <algorithm>
-#include <iostream>
 
 #include <unistd.h>
 
@@ -29,20 +28,16 @@ std::string toolHelp() {
 }
 
 int misused(const std::string& message) {
-    std::cerr << "torvel: " << message << " (see torvel --help)\n";
+    complain("", message + " (see torvel --help)");
     return exitUsage;
 }
 
 int run(const Command& command, std::span<char* const> words) {
     const auto arguments = Arguments::parse(command.name, command.options, words);
-    if (!arguments) {
-        std::cerr << "torvel " << command.name << ": " << arguments.error().message << " (see torvel "
-                  << command.name << " --help)\n";
-        return exitUsage;
-    }
-    if (arguments.value().has("--help"))
+    if (!arguments) return exitUsage;
+    if (arguments->has("--help"))
         return deliver(helpPage(command.name, command.summary, command.details, command.options));
-    return command.run(arguments.value());
+    return command.run(*arguments);
 }
 
 int run(std::span<char* const> words) {
@@ -58,7 +53,7 @@ int run(std::span<char* const> words) {
 // What a server sends may stop the library (an answer in an envelope that is none, say). For a tool that is a
 // failed operation like any other, not a crash.
 [[noreturn]] void endOnFatalError(std::string_view message) {
-    std::cerr << "torvel: the library stopped: " << message << std::endl;
+    complain("", "the library stopped: " + std::string(message));
     ::_exit(exitFailed);
 }
 
