@@ -42,7 +42,7 @@ asan tsan:
 	tools/install-deps core test
 	cmake --preset $@
 	cmake --build build-$@
-	ctest --test-dir build-$@ --output-on-failure -j $(JOBS)
+	TSAN_OPTIONS="suppressions=$(CURDIR)/tests/support/tsan.supp" ctest --test-dir build-$@ --output-on-failure -j $(JOBS)
 
 format:
 	tools/install-deps test

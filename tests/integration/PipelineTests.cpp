@@ -87,7 +87,7 @@ TEST_F(Pipeline, TargetsBecomeURLs) {
     TorvelLibraryBuilder().setServerURL("https://api.example/v1/").build();
     struct Row {
         const char* target;
-        const char* url;  // nullptr: none
+        const char* url;
     };
     const Row rows[] = {
         {"login", "https://api.example/v1/login"},
@@ -97,13 +97,12 @@ TEST_F(Pipeline, TargetsBecomeURLs) {
         {"HTTPS://b.example", "https://api.example/v1/HTTPS://b.example"},
         {"httpx", "httpx"},
         {"http:// b/", "http://%20b/"},
-        {"two words", nullptr},
-        {"http://[::1", nullptr},  // no URL whole, and none behind the server's
+        {"two words", "none"},
+        {"http://[::1", "none"},  // no URL whole, and none behind the server's
     };
     for (const Row& row : rows) {
         const auto request = m_client.getRequest(row.target);
-        ASSERT_EQ(request.has_value(), row.url != nullptr) << row.target;
-        if (request) EXPECT_EQ(request->url->absoluteString(), row.url);
+        EXPECT_EQ(request ? request->url->absoluteString() : "none", row.url) << row.target;
     }
 }
 
@@ -150,11 +149,11 @@ TEST_F(Pipeline, AnswersAreRouted) {
     const Row rows[] = {
         {"success", misbehave("status?body=abc&type=text/plain"), "b(a(abc))"},
         {"no content", misbehave("status?code=204"), "b(a())"},
-        {"structured error", misbehave("status?code=400&body={\"message\":\"x\"}"),
+        {"structured error", misbehave("status?code=400&body=%7B%22message%22:%22x%22%7D"),
          "b(a({\"message\":\"x\"}))"},
         {"structured error, a scalar", misbehave("status?code=500&body=1"), "b(a(1))"},
         {"plain-text error", misbehave("status?code=500&body=oops"), {}, "500", "oops", "JSON"},
-        {"unauthorised, JSON", misbehave("status?code=401&body={}"), {}, "401", "{}", "401"},
+        {"unauthorised, JSON", misbehave("status?code=401&body=%7B%7D"), {}, "401", "{}", "401"},
         {"error without a body", misbehave("status?code=503"), {}, "503", {}, "503"},
         {"empty success", misbehave("status?code=200"), {}, "200", {}, ""},
         {"cut answer", misbehave("truncate?framing=length"), {}, "200", {}, ""},
@@ -171,7 +170,8 @@ TEST_F(Pipeline, AnswersAreRouted) {
         EXPECT_EQ(ending.error->errorCodeInResponse(), row.code) << row.name;
         EXPECT_THAT(ending.error->localizedDescription(), HasSubstr(row.description)) << row.name;
         EXPECT_NE(ending.error->localizedDescription(), "") << row.name;
-        if (row.received) EXPECT_EQ(ending.error->receivedDataInResponse(), Data(*row.received)) << row.name;
+        if (!row.received) continue;
+        EXPECT_EQ(ending.error->receivedDataInResponse(), Data(*row.received)) << row.name;
     }
 }
 

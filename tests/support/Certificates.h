@@ -18,8 +18,8 @@ struct Identity {
 
 struct CertificateRequest {
     std::string commonName = "torvel test";
-    std::string alternativeNames;  // as OpenSSL's configuration has them: "DNS:localhost,IP:127.0.0.1"
-    int firstDay = -1;             // relative to today
+    std::string alternativeNames = {};  // as OpenSSL's configuration has them: "DNS:localhost,IP:127.0.0.1"
+    int firstDay = -1;                  // relative to today
     int lastDay = 30;
     bool isAuthority = false;
     std::string extendedKeyUsage = "serverAuth";

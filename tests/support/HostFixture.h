@@ -37,7 +37,7 @@ class HostFixture : public ::testing::Test {
     // What `work` writes to the log, without the dates.
     template <class Work>
     static std::string logOf(Work work) {
-        LogUtils::setDateFormat("''");
+        LogUtils::setDateFormat("");
         LogUtils::setLoggingEnabled(true);
         ::testing::internal::CaptureStdout();
         work();

@@ -6,6 +6,7 @@
 #include <arpa/inet.h>
 #include <openssl/pem.h>
 #include <openssl/ssl.h>
+#include <signal.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -91,6 +92,10 @@ void TLSServer::acceptLoop() {
 }
 
 void TLSServer::handle(int socket) {
+    sigset_t pipe;  // a refused server writes into closed connections
+    sigemptyset(&pipe);
+    sigaddset(&pipe, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
     ContextPtr context;
     {
         const std::lock_guard lock(m_mutex);

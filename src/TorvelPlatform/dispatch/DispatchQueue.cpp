@@ -1,6 +1,6 @@
 #include "TorvelPlatform/dispatch/DispatchQueue.h"
 
-#include "TorvelPlatform/dispatch/ThreadName.h"
+#include "TorvelPlatform/dispatch/LibraryThread.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -115,7 +115,7 @@ std::vector<DispatchQueue::Work> DispatchQueue::State::take() {
 
 // A serial queue's thread.
 void DispatchQueue::State::serve() {
-    nameCurrentThread(label);
+    beginLibraryThread(label);
     std::vector<Work> batch;
     for (;;) {
         {

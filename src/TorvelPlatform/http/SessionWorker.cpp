@@ -1,6 +1,6 @@
 #include "TorvelPlatform/http/SessionWorker.h"
 
-#include "TorvelPlatform/dispatch/ThreadName.h"
+#include "TorvelPlatform/dispatch/LibraryThread.h"
 #include "TorvelPlatform/http/HeaderText.h"
 #include "TorvelPlatform/http/LiveWorkers.h"
 #include "TorvelPlatform/http/RequestCheck.h"
@@ -113,7 +113,7 @@ void SessionWorker::requestQuit(Quit quit) {
 }
 
 void SessionWorker::run(const std::string& label) {
-    nameCurrentThread(label);
+    beginLibraryThread(label);
     while (takeSubmitted()) {
         m_loop->collect([this](Transfer& transfer, CURLcode code) { onFinished(transfer, code); });
         expire();

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <pthread.h>
+#include <unistd.h>
 
 namespace torvel {
 namespace {
@@ -136,6 +137,19 @@ TEST(SerialQueue, MayBeDestroyedInsideItsOwnItem) {
     released.set_value();
     last.get_future().wait();
     EXPECT_EQ(queue, nullptr);
+}
+
+TEST(SerialQueue, TakesNoneOfTheHostsSignals) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    close(ends[0]);
+    int failure = 0;
+    {
+        DispatchQueue queue("tests.signals");
+        queue.async([&] { failure = write(ends[1], "x", 1) < 0 ? errno : 0; });
+    }
+    EXPECT_EQ(failure, EPIPE) << "and the process goes on";
+    close(ends[1]);
 }
 
 TEST(QueueDeathTest, MisuseAndEscapingExceptionsEndTheProcess) {
