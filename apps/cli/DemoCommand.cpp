@@ -74,9 +74,14 @@ class Demo {
         m_report.fact("request",
                       seen.exchange ? line.substr(0, line.rfind(' ')) : "none reached the backend");
     }
+    // On one line where it fits.
     void answer(const Seen& seen) const {
-        if (seen.exchange)
-            m_report.fact("answer", std::to_string(seen.exchange->status) + " " + seen.exchange->answer);
+        if (!seen.exchange) return;
+        const std::string status = std::to_string(seen.exchange->status);
+        const std::string line = status + " " + seen.exchange->answer;
+        constexpr std::size_t fitting = 84;
+        m_report.fact("answer", line.size() <= fitting ? line : status);
+        if (line.size() > fitting) m_report.members("", seen.exchange->answer);
     }
 
     void logIn() {
@@ -149,7 +154,7 @@ class Demo {
         m_report.beginStep("Upload a document: a multipart form, with the progress that a screen shows.");
         const Data document("%PDF" + std::string(24'000'000, 'x'));  // more than is encoded in memory
         const auto fractions = std::make_shared<std::vector<double>>();
-        const auto bar = std::make_shared<Progress>();
+        const auto bar = std::make_shared<Progress>("   progress  ");
         const Seen seen = m_host.run([&](OnSuccess onSuccess, OnError onError) {
             const std::string target = EndpointsHelper::getEndPoint("documents");
             const auto onProgress = [fractions, bar](double sent) {

@@ -19,10 +19,10 @@ std::string padded(std::string_view text, std::size_t width) {
     return column;
 }
 
-// A long base64 text: its beginning and its size.
+// Of a long text, base64 mostly, its beginning and its size.
 std::string shortened(const std::string& text) {
-    constexpr std::size_t kept = 40;
-    if (text.size() <= kept) return text;
+    constexpr std::size_t kept = 40, fitting = 60;
+    if (text.size() <= fitting) return text;
     return text.substr(0, kept) + "... " + std::to_string(text.size()) + " characters";
 }
 

@@ -60,12 +60,12 @@ std::string progressBar(double fraction) {
     return bar + "] " + percent;
 }
 
-Progress::Progress() : m_terminal(::isatty(STDERR_FILENO) == 1) {}
+Progress::Progress(std::string label) : m_label(std::move(label)), m_terminal(::isatty(STDERR_FILENO) == 1) {}
 
 void Progress::show(double fraction) {
     if (!m_terminal) return;
     m_shown = true;
-    std::cerr << "\r" << progressBar(fraction) << std::flush;
+    std::cerr << "\r" << m_label << progressBar(fraction) << std::flush;
 }
 
 void Progress::clear() {

@@ -29,12 +29,13 @@ std::string progressBar(double fraction);
 // A bar on standard error, redrawn in place; nothing at all where that is no terminal.
 class Progress {
   public:
-    Progress();
+    explicit Progress(std::string label = "");  // stands before the bar
     ~Progress() { clear(); }
     void show(double fraction);
     void clear();
 
   private:
+    std::string m_label;
     bool m_terminal;
     bool m_shown = false;
 };
