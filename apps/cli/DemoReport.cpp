@@ -77,9 +77,10 @@ void DemoReport::endStep(const Seen& seen) {
 }
 
 bool DemoReport::finish() const {
-    const std::string count = std::to_string(m_good) + " of " + std::to_string(m_steps);
-    writeResult("\n" + coloured(m_good == m_steps ? green : red, "demo: " + count + " steps ok") + "\n");
-    return m_good == m_steps;
+    const bool good = m_good == m_steps;
+    const std::string line =
+        "demo: " + std::to_string(m_good) + " of " + std::to_string(m_steps) + " steps ok";
+    return writeResult("\n" + coloured(good ? green : red, line) + "\n") && good;
 }
 
 }  // namespace torvel::cli
