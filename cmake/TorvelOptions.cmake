@@ -3,6 +3,7 @@ include(GNUInstallDirs)
 
 option(BUILD_SHARED_LIBS "Build libtorvel as a shared library" OFF)
 option(TORVEL_TESTS "Build the tests (needs the test packages)" OFF)
+option(TORVEL_FUZZ "Build the fuzz targets for libFuzzer (needs clang)" OFF)
 option(TORVEL_WERROR "Treat warnings as errors" OFF)
 set(TORVEL_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize takes them (address,undefined or thread)")
 
@@ -33,6 +34,9 @@ target_compile_options(torvel_flags INTERFACE
     "-ffile-prefix-map=${CMAKE_SOURCE_DIR}/="
     -fstack-protector-strong)
 target_link_options(torvel_flags INTERFACE -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+if(TORVEL_FUZZ)
+    target_compile_options(torvel_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 if(TORVEL_SANITIZE)
     target_compile_options(torvel_flags INTERFACE "-fsanitize=${TORVEL_SANITIZE}" -fno-omit-frame-pointer -g1)
     target_link_options(torvel_flags INTERFACE "-fsanitize=${TORVEL_SANITIZE}")
