@@ -72,7 +72,7 @@ void DemoReport::endStep(const Seen& seen) {
     m_good += good ? 1 : 0;
     std::string ending = (seen.callback.empty() ? "no callback" : seen.callback) + " after ";
     ending += duration(seen.milliseconds);
-    if (!good) ending += "; it should be that " + m_fault + ". " + seen.message;
+    if (!good) ending += "; expected: " + m_fault + ". " + seen.message;
     writeResult("   " + coloured(good ? green : red, padded(good ? "ok" : "FAILED", 10)) + ending + "\n");
 }
 
