@@ -3,7 +3,8 @@ JOBS   ?= $(shell nproc)
 WERROR ?= $(if $(CI),ON,OFF)
 export CMAKE_BUILD_PARALLEL_LEVEL = $(JOBS)
 
-.PHONY: help demo build test core format check asan tsan clean
+SECONDS ?= 60
+.PHONY: help demo build test core format check asan tsan fuzz clean
 
 help:
 	@echo "make demo     build the command-line tool and watch encrypted requests run over pinned TLS"
@@ -14,6 +15,7 @@ help:
 	@echo "make check    format and include arrows, changing nothing"
 	@echo "make asan     the tests under AddressSanitizer and UBSan (build-asan)"
 	@echo "make tsan     the tests under ThreadSanitizer (build-tsan)"
+	@echo "make fuzz     every fuzz target for SECONDS=60 each (build-fuzz)"
 	@echo "make clean    remove the build folders"
 
 demo:
@@ -42,7 +44,13 @@ asan tsan:
 	tools/install-deps core test
 	cmake --preset $@
 	cmake --build build-$@
-	ctest --test-dir build-$@ --output-on-failure -j $(JOBS)
+	TSAN_OPTIONS="suppressions=$(CURDIR)/tests/support/tsan.supp" ctest --test-dir build-$@ --output-on-failure -j $(JOBS)
+
+fuzz:
+	tools/install-deps core fuzz
+	cmake --preset fuzz
+	cmake --build build-fuzz
+	tools/fuzz $(SECONDS)
 
 format:
 	tools/install-deps test

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "TorvelLibrary/WrapperConfig.h"
 #include "TorvelPlatform/foundation/Data.h"
 #include "TorvelPlatform/foundation/URL.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,14 +17,35 @@ class Utils {
     // The bytes of a file; a failure is logged as an error and gives an absent result.
     static std::optional<Data> loadFileContents(const URL& url);
 
-    // Text files in the host's Documents directory (UserDirectories), which the first write makes. A name is
-    // a single path component, used as given; any other, or a text that is not UTF-8, is a failure. Writing
-    // replaces a file of that name, not atomically; false when it failed.
+    // --- Text files in the host's Documents directory (UserDirectories), which the first write makes. A name
+    // is a single path component, used as given; any other, or a text that is not UTF-8, is a failure.
+    // Writing replaces a file of that name, not atomically; false when it failed.
     static bool writeFileToDocumentDirectory(std::string_view fileName, std::string_view text);
     // The empty text when the file cannot be read or is not UTF-8.
     static std::string readFileFromDocumentDirectory(std::string_view fileName);
     // False when there is no such file or it cannot be removed.
     static bool deleteFileFromDocumentDirectory(std::string_view fileName);
+
+    // --- The configuration, wherever a value lives. ---
+    static WrapperConfig getWrapperConfig();
+    // Absent when the host never set it.
+    static std::optional<std::string> getBase64Token();
+
+    static const std::string& getMobileNoRegex();
+    static const std::string& getAccountNoRegex();
+    static const std::string& getAmountRegex();
+    static const std::string& getUsernameRegex();
+    static const std::string& getDocumentIdRegex();
+    static const std::string& getPassportRegex();
+    static const std::string& getDebitPINRegex();
+    static const std::string& getCardNumberRegex();
+
+    // Deliberate: these three lengths are kept as texts, and one that is missing or no number reads as 0.
+    static std::int64_t getDocumentIdLength();
+    static std::int64_t getPassportLength();
+    static std::int64_t getDebitCardLength();
+    // While this one, like every length that is kept as a number, has a fallback (4).
+    static std::int64_t getDebitPINLength();
 };
 
 }  // namespace torvel

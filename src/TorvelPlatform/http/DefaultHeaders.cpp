@@ -1,10 +1,13 @@
 #include "TorvelPlatform/foundation/Bundle.h"
 #include "TorvelPlatform/foundation/Locale.h"
+#include "TorvelPlatform/foundation/PropertyList.h"
 #include "TorvelPlatform/http/Session.h"
 
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <system_error>
 
 namespace torvel {
@@ -25,11 +28,24 @@ std::string visible(std::string text) {
     return text.empty() ? "Unknown" : text;
 }
 
+// What the main bundle's Info.plist says.
+std::string hostVersion() {
+    const std::optional<std::string> path = Bundle::main().path("Info", "plist");
+    if (!path) return {};
+    std::ifstream file(*path, std::ios::binary);
+    const auto list = PropertyList::parse(Data(std::string(std::istreambuf_iterator<char>(file), {})));
+    const PropertyList::Dictionary* info = list ? list.value().dictionary() : nullptr;
+    if (info == nullptr) return {};
+    const auto version = info->find("CFBundleShortVersionString");
+    const std::string* text = version == info->end() ? nullptr : version->second.string();
+    return text == nullptr ? std::string() : *text;
+}
+
 std::string userAgent() {
     std::error_code ignored;
     const std::string program = std::filesystem::read_symlink("/proc/self/exe", ignored).filename();
-    return visible(program) + "/Unknown (" + visible(Bundle::main().identifier()) + "; Linux) Torvel/" +
-           TORVEL_VERSION;
+    return visible(program) + "/" + visible(hostVersion()) + " (" + visible(Bundle::main().identifier()) +
+           "; Linux) Torvel/" + TORVEL_VERSION;
 }
 
 }  // namespace

@@ -17,6 +17,7 @@ LiveWorkers::LiveWorkers() {
 
 void LiveWorkers::start(std::shared_ptr<SessionWorker> worker, const std::string& label) {
     const std::lock_guard lock(m_mutex);
+    if (m_exiting) return;
     joinEnded();
     Entry& entry = m_running[worker.get()];
     entry.worker = std::move(worker);
@@ -46,6 +47,7 @@ void LiveWorkers::joinEnded() {
 void LiveWorkers::stopAtExit() {
     {
         const std::lock_guard lock(m_mutex);
+        m_exiting = true;
         m_dropped.merge(m_running);
     }
     for (auto& [key, entry] : m_dropped) entry.worker->requestQuit(SessionWorker::Quit::atOnce);

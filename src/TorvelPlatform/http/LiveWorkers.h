@@ -33,6 +33,7 @@ class LiveWorkers {
 
     std::mutex m_mutex;
     Entries m_running;
+    bool m_exiting = false;
     Entries m_dropped;  // keeps what was in flight at the end reachable, for leak checkers
 };
 

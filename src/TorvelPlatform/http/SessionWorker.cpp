@@ -95,9 +95,13 @@ SessionWorker::SessionWorker(std::size_t maximumConnectionsPerHost)
     : m_loop(std::make_unique<TransferLoop>(maximumConnectionsPerHost)) {}
 
 void SessionWorker::submit(Task task) {
-    const std::lock_guard lock(m_mutex);
-    m_submitted.push_back(std::move(task));
-    if (std::exchange(m_asleep, false)) m_loop->wake();
+    bool wasAsleep = false;  // woken outside the lock: the thread may run at once and want it
+    {
+        const std::lock_guard lock(m_mutex);
+        m_submitted.push_back(std::move(task));
+        wasAsleep = std::exchange(m_asleep, false);
+    }
+    if (wasAsleep) m_loop->wake();
 }
 
 void SessionWorker::stop() {
@@ -108,7 +112,7 @@ void SessionWorker::stop() {
 void SessionWorker::requestQuit(Quit quit) {
     const std::lock_guard lock(m_mutex);
     if (m_ended) return;
-    m_quit = quit;
+    m_quit = std::max(m_quit, quit);
     m_loop->wake();
 }
 

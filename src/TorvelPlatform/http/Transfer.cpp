@@ -110,6 +110,8 @@ struct Transfer::Callbacks {
 Transfer::Transfer(EasyHandle easy, const TransferOptions& options)
     : m_options(options), m_easy(std::move(easy)) {
     setConnection();
+    setCallbacks();
+    setTrust();
     setFields();
     setMethodAndBody();
 }
@@ -124,14 +126,19 @@ void Transfer::setConnection() {
     curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, m_detail.data());
     curl_easy_setopt(handle, CURLOPT_SHARE, sharedCookieJar());
     curl_easy_setopt(handle, CURLOPT_COOKIEFILE, "");  // uses the jar, reads no file
-    curl_easy_setopt(handle, CURLOPT_HTTP_VERSION,
-                     m_options.prefersHTTP1 ? CURL_HTTP_VERSION_1_1 : CURL_HTTP_VERSION_2TLS);
-    curl_easy_setopt(handle, CURLOPT_PIPEWAIT, m_options.prefersHTTP1 ? 0L : 1L);
+    // Waiting for a connection to share pays where HTTP/2 may be agreed on, in the handshake. Over plain http
+    // it would wait for the first answer instead.
+    const bool mayShare = isSecure() && !m_options.prefersHTTP1;
+    curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, mayShare ? CURL_HTTP_VERSION_2TLS : CURL_HTTP_VERSION_1_1);
+    curl_easy_setopt(handle, CURLOPT_PIPEWAIT, mayShare ? 1L : 0L);
     curl_easy_setopt(handle, CURLOPT_FRESH_CONNECT, m_options.freshConnection ? 1L : 0L);
     curl_easy_setopt(handle, CURLOPT_MAXAGE_CONN, m_options.maximumIdleAge);
     curl_easy_setopt(handle, CURLOPT_HTTP_CONTENT_DECODING, 0L);
     curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+}
 
+void Transfer::setCallbacks() {
+    CURL* const handle = easy();
     curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, Callbacks::header);
     curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, Callbacks::body);
@@ -140,8 +147,11 @@ void Transfer::setConnection() {
     curl_easy_setopt(handle, CURLOPT_PREREQDATA, this);
     curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, Callbacks::progress);
     curl_easy_setopt(handle, CURLOPT_XFERINFODATA, this);
+}
 
-    // Our decision is the only judge: it knows the host's evaluator, and it loads no store of the client's.
+// Our decision is the only judge: it knows the host's evaluator, and loads no store of the client's.
+void Transfer::setTrust() {
+    CURL* const handle = easy();
     curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, Callbacks::tlsContext);
     curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, this);
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 1L);
@@ -216,8 +226,11 @@ bool Transfer::onHeadComplete() {
 
 bool Transfer::endsWithConnection() const {
     return !m_head.multiplexed() && !m_head.chunked() && !m_head.contentLength() &&
-           m_head.statusCode() != 204 && m_head.statusCode() != 304 &&
-           equalsIgnoringCase(m_options.request.url->scheme().value_or(""), "https");
+           m_head.statusCode() != 204 && m_head.statusCode() != 304 && isSecure();
+}
+
+bool Transfer::isSecure() const {
+    return equalsIgnoringCase(m_options.request.url->scheme().value_or(""), "https");
 }
 
 bool Transfer::onBody(std::string_view bytes) {
@@ -254,7 +267,7 @@ bool Transfer::fail(std::string_view why) {
 }
 
 std::optional<SessionError> Transfer::failure(CURLcode code) const {
-    if (m_verdict->failure && code == CURLE_PEER_FAILED_VERIFICATION)
+    if (m_verdict->failure && code != CURLE_OK)
         return SessionError{Kind::serverTrustEvaluationFailed, m_verdict->failure->description,
                             m_verdict->failure};
     if (m_error) return m_error;

@@ -84,12 +84,21 @@ bool mayBeServed(const URLRequest& request) {
 }
 
 bool mayBeKept(const URLRequest& request, const HTTPURLResponse& response, const CacheControl& control) {
-    if (!request.url || request.httpMethod != "GET" || response.statusCode != 200) return false;
+    if (request.httpMethod != "GET" || response.statusCode != 200) return false;
     if (CacheControl(request.headers).has("no-store") || request.headers.value("Range")) return false;
     if (control.has("no-store") || control.has("no-cache")) return false;
     // Both belong to one user, and the next request may be another's.
     if (request.headers.value("Authorization") && !control.has("public")) return false;
-    return !response.headers.value("Set-Cookie");
+    if (response.headers.value("Set-Cookie")) return false;
+    return response.headers.value("Vary").value_or("").find('*') == std::string::npos;
+}
+
+// How long the response may be kept; absent when not at all.
+std::optional<seconds> keptLifetime(const URLRequest& request, const HTTPURLResponse& response) {
+    const CacheControl control(response.headers);
+    if (!mayBeKept(request, response, control)) return std::nullopt;
+    const std::optional<seconds> lifetime = remainingLifetime(response.headers, control);
+    return lifetime && *lifetime > seconds(0) ? lifetime : std::nullopt;
 }
 
 // The URL without its fragment, which never reaches the server.
@@ -98,10 +107,19 @@ std::string keyOf(const URL& url) {
     return text.substr(0, text.find('#'));
 }
 
+// A field of the request that the response was selected by (RFC 9110, 12.5.5).
 struct VaryField {
     std::string name;
     std::optional<std::string> value;
 };
+
+std::vector<VaryField> varyFields(const URLRequest& request, const HTTPURLResponse& response) {
+    std::vector<VaryField> fields;
+    const std::string names = response.headers.value("Vary").value_or("");
+    for (const std::string_view name : listItems(names))
+        fields.push_back({std::string(name), request.headers.value(name)});
+    return fields;
+}
 
 }  // namespace
 
@@ -129,6 +147,19 @@ struct URLCache::State {
             used -= entry.cost;
             return true;
         });
+    }
+
+    void keep(Entry entry) {
+        entry.cost = entry.key.size() + entry.cached.data.size();
+        for (const auto& [name, value] : entry.cached.response.headers.fields())
+            entry.cost += name.size() + value.size();
+        if (entry.cost > capacity) return;
+        used += entry.cost;
+        entries.push_back(std::move(entry));
+        while (used > capacity) {
+            used -= entries.front().cost;
+            entries.pop_front();
+        }
     }
 
     const std::size_t capacity;
@@ -160,33 +191,16 @@ std::optional<URLCache::CachedResponse> URLCache::cachedResponse(const URLReques
 
 void URLCache::store(const URLRequest& request, const CachedResponse& response) {
     if (!request.url) return;
-    State::Entry entry{keyOf(*request.url), {}, {}, 0, {response.response, {}}};
-    const CacheControl control(response.response.headers);
-    const std::string vary = response.response.headers.value("Vary").value_or("");
-    for (const std::string_view name : listItems(vary))
-        entry.selecting.push_back({std::string(name), request.headers.value(name)});
-    const auto lifetime = remainingLifetime(response.response.headers, control);
-    entry.cost = entry.key.size() + response.data.size();
-    for (const auto& [name, value] : response.response.headers.fields())
-        entry.cost += name.size() + value.size();
-
-    const bool kept = mayBeKept(request, response.response, control) && lifetime && *lifetime > seconds(0) &&
-                      vary.find('*') == std::string::npos && entry.cost <= m_state->capacity;
+    const HTTPURLResponse& head = response.response;
+    const std::string key = keyOf(*request.url);
+    const std::optional<seconds> lifetime = keptLifetime(request, head);
     const std::lock_guard lock(m_state->mutex);
     // A newer answer replaces the older one; an unsafe method makes every kept one stale (RFC 9111, 4.4).
-    const bool unsafe = !isSafe(request.httpMethod) && response.response.statusCode < 400;
+    const bool unsafe = !isSafe(request.httpMethod) && head.statusCode < 400;
     m_state->eraseIf([&](const State::Entry& old) {
-        return old.key == entry.key && (unsafe || (request.httpMethod == "GET" && old.matches(request)));
+        return old.key == key && (unsafe || (request.httpMethod == "GET" && old.matches(request)));
     });
-    if (!kept) return;
-    entry.freshUntil = Clock::now() + *lifetime;
-    entry.cached.data = response.data;
-    m_state->used += entry.cost;
-    m_state->entries.push_back(std::move(entry));
-    while (m_state->used > m_state->capacity) {
-        m_state->used -= m_state->entries.front().cost;
-        m_state->entries.pop_front();
-    }
+    if (lifetime) m_state->keep({key, varyFields(request, head), Clock::now() + *lifetime, 0, response});
 }
 
 void URLCache::removeAllCachedResponses() {

@@ -1,12 +1,18 @@
+#include "TorvelPlatform/foundation/Bundle.h"
 #include "TorvelPlatform/http/Session.h"
 #include "support/Fetching.h"
 #include "support/ScriptedServer.h"
 
 #include <atomic>
 #include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <future>
 #include <thread>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace torvel {
 namespace {
@@ -19,6 +25,7 @@ using testing::requestTo;
 using testing::response;
 using testing::ScriptedServer;
 using Kind = SessionError::Kind;
+using ::testing::StartsWith;
 using Peer = ScriptedServer::Peer;
 using std::string_literals::operator""s;
 
@@ -111,7 +118,14 @@ TEST(Session, RefusesWhatCannotBeSent) {
 }
 
 TEST(Session, DefaultFieldsGiveWayToTheRequests) {
+    const auto bundle = std::filesystem::temp_directory_path() / ("torvel-http-" + std::to_string(getpid()));
+    std::filesystem::create_directory(bundle);
+    std::ofstream(bundle / "Info.plist")
+        << "<plist version=\"1.0\"><dict><key>CFBundleShortVersionString</key>"
+           "<string>2.5</string></dict></plist>";
+    Bundle::setMain(bundle, "org.example.wallet");
     URLSessionConfiguration configuration = URLSessionConfiguration::defaults();
+    std::filesystem::remove_all(bundle);
     ScriptedServer server(ScriptedServer::answering(okAnswer));
     Session session(configuration);
     URLRequest request = requestTo(server.url());
@@ -121,7 +135,8 @@ TEST(Session, DefaultFieldsGiveWayToTheRequests) {
     EXPECT_EQ(sent.field("User-Agent"), "mine");
     EXPECT_EQ(sent.field("Accept-Encoding"), "br;q=1.0, gzip;q=0.9, deflate;q=0.8");
     EXPECT_NE(sent.field("Accept-Language").find(";q=1.0"), std::string::npos);
-    EXPECT_TRUE(configuration.headers.value("User-Agent")->starts_with("http_tests/"));
+    EXPECT_THAT(*configuration.headers.value("User-Agent"),
+                StartsWith("http_tests/2.5 (org.example.wallet; Linux) Torvel/"));
 }
 
 TEST(Session, SaysThatAServerCannotBeReached) {
@@ -199,6 +214,28 @@ TEST(Session, TimesOutWhenNoByteMoves) {
         EXPECT_EQ(answer.status(), row.status);
         EXPECT_EQ(answer.data(), row.data);
     }
+}
+
+TEST(Session, ASlowAnswerHoldsUpNoOther) {
+    std::promise<void> otherIsDone;
+    ScriptedServer server({[&](Peer& peer) {
+                               peer.receive();
+                               otherIsDone.get_future().wait();
+                               peer.send(okAnswer);
+                           },
+                           ScriptedServer::answering(okAnswer)});
+    Session session = plainSession();
+    std::optional<DataResponse> slow;
+    session.request(requestTo(server.url())).responseData(DispatchQueue::main(), [&](DataResponse response) {
+        slow = std::move(response);
+    });
+    URLRequest other = requestTo(server.url());
+    other.timeoutInterval = 10;
+    EXPECT_EQ(fetch(session, other).outcome(), "ok");
+    EXPECT_FALSE(slow);
+    otherIsDone.set_value();
+    DispatchQueue::main().runUntil([&] { return slow.has_value(); }, std::chrono::seconds(60));
+    EXPECT_TRUE(slow && !slow->error);
 }
 
 // The whole takes longer than the limit, no gap does.

@@ -1,4 +1,4 @@
-#pragma once  // internal
+#pragma once
 
 #include "TorvelLibrary/WrapperConfig.h"
 
