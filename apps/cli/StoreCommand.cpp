@@ -30,14 +30,15 @@ std::string shown(const PropertyValue& value) {
     if (const auto* const data = value.as<Data>()) return std::to_string(data->size()) + " bytes";
     if (const auto* const date = value.as<PropertyValue::Date>())
         return DateFormatter("yyyy-MM-dd HH:mm:ss.SSS").string(*date);
-    std::string line;
+    std::string text;
     if (const auto* const array = value.as<PropertyValue::Array>()) {
-        for (const PropertyValue& element : *array) line += (line.empty() ? "" : ", ") + shown(element);
-        return "[" + line + "]";
+        for (const PropertyValue& element : *array)
+            text.append(text.empty() ? "[" : ", ").append(shown(element));
+        return text.append(text.empty() ? "[]" : "]");
     }
     for (const auto& [key, element] : *value.as<PropertyValue::Dictionary>())
-        line += (line.empty() ? "" : ", ") + key + ": " + shown(element);
-    return "{" + line + "}";
+        text.append(text.empty() ? "{" : ", ").append(key).append(": ").append(shown(element));
+    return text.append(text.empty() ? "{}" : "}");
 }
 
 std::string line(const std::string& key, const PropertyValue& value, bool isShown) {
