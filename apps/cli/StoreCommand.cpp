@@ -41,9 +41,10 @@ std::string shown(const PropertyValue& value) {
     return text.append(text.empty() ? "{}" : "}");
 }
 
-std::string line(const std::string& key, const PropertyValue& value, bool isShown) {
-    const std::string kind(kindNames[value.kinds().index()]);
-    return key + "\t" + kind + (isShown ? "\t" + shown(value) : "") + "\n";
+std::string line(std::string key, const PropertyValue& value, bool isShown) {
+    key.append("\t").append(kindNames[value.kinds().index()]);
+    if (isShown) key.append("\t").append(shown(value));
+    return key.append("\n");
 }
 
 // An action on the store that the command line names.
