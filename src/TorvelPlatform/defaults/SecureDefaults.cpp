@@ -8,7 +8,7 @@
 
 #include <map>
 #include <memory>
-#include <shared_mutex>
+#include <mutex>
 
 #include <pthread.h>
 #include <sodium.h>
@@ -42,7 +42,7 @@ class StoreRegistry {
     static void afterFork();
 
     const std::string m_host = Bundle::main().identifier();
-    std::shared_mutex m_mutex;
+    std::mutex m_mutex;
     std::map<std::string, StoreEngine, std::less<>> m_engines;
     StoreEngine& m_shared;
 };
@@ -53,11 +53,9 @@ StoreRegistry::StoreRegistry() : m_shared(engine(m_host)) {
 }
 
 StoreEngine& StoreRegistry::engine(std::string_view domain) {
-    {
-        const std::shared_lock lock(m_mutex);
-        if (const auto found = m_engines.find(domain); found != m_engines.end()) return found->second;
-    }
     const std::lock_guard lock(m_mutex);
+    const auto found = m_engines.find(domain);
+    if (found != m_engines.end()) return found->second;
     return m_engines.try_emplace(std::string(domain), domain).first->second;
 }
 
