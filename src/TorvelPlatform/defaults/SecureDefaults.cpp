@@ -41,6 +41,7 @@ class StoreRegistry {
     static void beforeFork();
     static void afterFork();
 
+    const bool m_hasSodium = sodium_init() >= 0;  // before anything is hashed
     const std::string m_host = Bundle::main().identifier();
     std::mutex m_mutex;
     std::map<std::string, StoreEngine, std::less<>> m_engines;
@@ -48,7 +49,7 @@ class StoreRegistry {
 };
 
 StoreRegistry::StoreRegistry() : m_shared(engine(m_host)) {
-    if (sodium_init() < 0) fatalError("SecureDefaults: the system gives no entropy");
+    if (!m_hasSodium) fatalError("SecureDefaults: the system gives no entropy");
     pthread_atfork(beforeFork, afterFork, afterFork);
 }
 

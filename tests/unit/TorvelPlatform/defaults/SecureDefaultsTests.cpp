@@ -204,6 +204,7 @@ TEST_F(SecureDefaultsTest, ThreadsAndForks) {
     }
     for (int i = 0; i < 5; ++i) {
         EXPECT_TRUE(inChild([&store, i] {
+            storeWithKey("the child's own");
             const std::string key = numbered("child", i);
             return store.set(key, i) == StoreStatus::ok &&
                    SecureDefaults::shared().object(key) == PropertyValue(i);
