@@ -1,5 +1,13 @@
 #include "TorvelPlatform/foundation/Text.h"
 
+#include "TorvelPlatform/foundation/UnicodeText.h"
+
+#include <cmath>
+#include <cstdlib>
+
+#include <locale.h>
+#include <unicode/locid.h>
+
 namespace torvel {
 
 std::string removingOccurrences(std::string_view text, std::string_view part) {
@@ -10,6 +18,21 @@ std::string removingOccurrences(std::string_view text, std::string_view part) {
         for (std::size_t found; (found = text.find(part, start)) != text.npos; start = found + part.size())
             rest.append(text, start, found - start);
     return rest.append(text, start);
+}
+
+std::string uppercased(std::string_view text) {
+    return utf8Text(unicodeText(text).toUpper(icu::Locale::getRoot()));
+}
+
+std::optional<double> decimalNumber(std::string_view text) {
+    // The C library reads white space, hexadecimal, "inf" and "nan" too.
+    if (text.empty() || text.find_first_not_of("0123456789+-.eE") != text.npos) return std::nullopt;
+    static const locale_t plain = ::newlocale(LC_ALL_MASK, "C", nullptr);  // kept for ever
+    const std::string copy(text);
+    char* end = nullptr;
+    const double number = ::strtod_l(copy.c_str(), &end, plain);
+    if (end != copy.c_str() + copy.size() || !std::isfinite(number)) return std::nullopt;
+    return number;
 }
 
 }  // namespace torvel

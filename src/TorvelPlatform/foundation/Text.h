@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -8,5 +9,13 @@ namespace torvel {
 // The text without any occurrence of `part`: literal, left to right, what stands together afterwards is not
 // looked at again. An empty `part` changes nothing.
 std::string removingOccurrences(std::string_view text, std::string_view part);
+
+// In upper case, by the rules of no language in particular.
+std::string uppercased(std::string_view text);
+
+// The number that a whole text is in plain decimal notation: a sign or none, digits with at most one dot, an
+// exponent or none ("-1234.5", "+.5", "1e3"), whatever the locale. Absent for anything else, a space, a
+// grouping separator or a value beyond the range of a double included.
+std::optional<double> decimalNumber(std::string_view text);
 
 }  // namespace torvel

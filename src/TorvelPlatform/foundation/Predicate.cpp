@@ -1,0 +1,75 @@
+#include "TorvelPlatform/foundation/Predicate.h"
+
+#include "TorvelPlatform/foundation/Diagnostics.h"
+#include "TorvelPlatform/foundation/UnicodeText.h"
+
+#include <mutex>
+#include <unordered_map>
+
+#include <unicode/regex.h>
+
+namespace torvel {
+namespace {
+
+// Counted in ten thousand steps of the engine, not on a clock: a result does not depend on the machine.
+constexpr std::int32_t timeLimit = 1000;
+
+void report(const char* fault, const std::string& pattern, UErrorCode error) {
+    reportDiagnostic(std::string(fault) + " regular expression \"" + pattern + "\": " + u_errorName(error));
+}
+
+}  // namespace
+
+struct Predicate::Pattern {
+    explicit Pattern(const std::string& pattern) : text(pattern) {
+        UErrorCode error = U_ZERO_ERROR;
+        compiled.reset(icu::RegexPattern::compile(unicodeText(text), 0, error));
+        if (U_SUCCESS(error)) return;
+        compiled.reset();
+        report("Invalid", text, error);
+    }
+
+    const std::string text;
+    std::unique_ptr<const icu::RegexPattern> compiled;  // absent when invalid; serves any thread
+};
+
+// The compiled patterns that the process keeps. Tables hold a few dozens; a process that makes patterns up
+// starts over at the bound.
+class Predicate::Patterns {
+  public:
+    std::shared_ptr<const Pattern> of(std::string_view text) {
+        const std::lock_guard lock(m_mutex);
+        if (const auto known = m_patterns.find(text); known != m_patterns.end()) return known->second;
+        if (m_patterns.size() == bound) m_patterns.clear();
+        const std::string key(text);
+        return m_patterns.emplace(key, std::make_shared<const Pattern>(key)).first->second;
+    }
+
+  private:
+    struct Hash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+    };
+    static constexpr std::size_t bound = 128;
+
+    std::mutex m_mutex;
+    std::unordered_map<std::string, std::shared_ptr<const Pattern>, Hash, std::equal_to<>> m_patterns;
+};
+
+Predicate Predicate::matches(std::string_view pattern) {
+    static Patterns& kept = *new Patterns;  // usable until the very end
+    return Predicate(kept.of(pattern));
+}
+
+bool Predicate::evaluate(std::string_view with) const {
+    if (!m_pattern->compiled) return false;
+    UErrorCode error = U_ZERO_ERROR;
+    const icu::UnicodeString text = unicodeText(with);
+    const std::unique_ptr<icu::RegexMatcher> matcher(m_pattern->compiled->matcher(text, error));
+    if (U_SUCCESS(error)) matcher->setTimeLimit(timeLimit, error);
+    const bool matches = U_SUCCESS(error) && matcher->matches(error);
+    if (U_FAILURE(error)) report("Gave up the", m_pattern->text, error);
+    return matches && U_SUCCESS(error);
+}
+
+}  // namespace torvel
