@@ -42,7 +42,8 @@ DemoHost::~DemoHost() {
 std::optional<std::string> DemoHost::makeBundle() {
     std::error_code failed;
     std::string name = (fs::temp_directory_path(failed) / "torvel-demo-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) return "no temporary folder can be made as " + name;
+    if (failed || ::mkdtemp(name.data()) == nullptr)
+        return "no temporary folder can be made (see TMPDIR): " + name;
     m_bundle = name;
 
     const fs::path table = sampleResources() / "EndpointsConfig.plist";

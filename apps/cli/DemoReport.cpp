@@ -72,14 +72,15 @@ void DemoReport::endStep(const Seen& seen) {
     m_good += good ? 1 : 0;
     std::string ending = (seen.callback.empty() ? "no callback" : seen.callback) + " after ";
     ending += duration(seen.milliseconds);
-    if (!good) ending += "; it should be that " + m_fault + ". " + seen.message;
+    if (!good) ending += "; expected: " + m_fault + ". " + seen.message;
     writeResult("   " + coloured(good ? green : red, padded(good ? "ok" : "FAILED", 10)) + ending + "\n");
 }
 
 bool DemoReport::finish() const {
-    const std::string count = std::to_string(m_good) + " of " + std::to_string(m_steps);
-    writeResult("\n" + coloured(m_good == m_steps ? green : red, "demo: " + count + " steps ok") + "\n");
-    return m_good == m_steps;
+    const bool good = m_good == m_steps;
+    const std::string line =
+        "demo: " + std::to_string(m_good) + " of " + std::to_string(m_steps) + " steps ok";
+    return writeResult("\n" + coloured(good ? green : red, line) + "\n") && good;
 }
 
 }  // namespace torvel::cli

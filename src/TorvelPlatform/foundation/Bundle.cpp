@@ -1,5 +1,6 @@
 #include "TorvelPlatform/foundation/Bundle.h"
 
+#include "TorvelPlatform/foundation/BundleState.h"
 #include "TorvelPlatform/foundation/Locale.h"
 
 #include <algorithm>
@@ -8,12 +9,6 @@
 
 namespace torvel {
 namespace fs = std::filesystem;
-
-struct Bundle::State {
-    fs::path directory;
-    std::string identifier;
-    std::string languageFolder;  // "fr.lproj", in the directory
-};
 
 namespace {
 
@@ -89,17 +84,18 @@ struct ProcessBundles {
 };
 
 ProcessBundles& processBundles() {
-    static ProcessBundles bundles;
+    static ProcessBundles& bundles = *new ProcessBundles;  // late callbacks find them
     return bundles;
 }
 
 }  // namespace
 
 Bundle::Bundle(const fs::path& directory, std::string_view identifier) {
-    State state{resolved(directory), std::string(identifier), {}};
-    if (state.identifier.empty()) state.identifier = state.directory.filename();
-    state.languageFolder = currentLanguageFolder(state.directory);
-    m_state = std::make_shared<const State>(std::move(state));
+    const auto state = std::make_shared<State>();
+    state->directory = resolved(directory);
+    state->identifier = identifier.empty() ? state->directory.filename().native() : identifier;
+    state->languageFolder = currentLanguageFolder(state->directory);
+    m_state = state;
 }
 
 Bundle Bundle::main() {

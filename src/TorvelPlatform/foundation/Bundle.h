@@ -10,6 +10,8 @@
 
 namespace torvel {
 
+class StringsTable;
+
 // A directory of resources. Subdirectories named "<language>.lproj" hold the resources of one language.
 // Cheap to copy; two values are equal when they name the same directory. Safe from any thread.
 class Bundle {
@@ -41,11 +43,32 @@ class Bundle {
     std::optional<std::string> path(std::string_view forResource, std::string_view ofType) const;
     std::optional<URL> url(std::string_view forResource, std::string_view withExtension) const;
 
+    // The text under a key of a strings table ("<table>.strings"; no name means "Localizable"): the table in
+    // the folder of the current language, else the one in the root. Without such a key `value`, and without
+    // that the key itself. A malformed table is reported to the diagnostics once and counts as absent.
+    //
+    // Every look-up of the process comes through here, so that one replacement can answer them all. A table
+    // is read once and kept as long as any copy of the bundle lives.
+    std::string localizedString(std::string_view forKey, std::optional<std::string_view> value,
+                                std::string_view table = {}) const;
+
+    // What localizedString() does while no replacement is installed, for replacements to fall back on.
+    std::string platformLocalizedString(std::string_view forKey, std::optional<std::string_view> value,
+                                        std::string_view table) const;
+    // Installs a replacement, or removes it (nullptr). Returns the one in force before.
+    using LookUp = std::string (*)(const Bundle& bundle, std::string_view forKey,
+                                   std::optional<std::string_view> value, std::string_view table);
+    static LookUp replaceLookUp(LookUp replacement);
+
+    // The folder of a language ("fr.lproj") as a bundle; absent when there is none. Kept like the tables.
+    std::optional<Bundle> languageBundle(std::string_view language) const;
+
     bool operator==(const Bundle& other) const { return directory() == other.directory(); }
 
   private:
     struct State;
     explicit Bundle(const std::filesystem::path& directory, std::string_view identifier = {});
+    const StringsTable* stringsTable(std::string_view name) const;
     std::shared_ptr<const State> m_state;
 };
 

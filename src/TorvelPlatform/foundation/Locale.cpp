@@ -1,12 +1,12 @@
 #include "TorvelPlatform/foundation/Locale.h"
 
+#include "TorvelPlatform/foundation/Text.h"
 #include "TorvelPlatform/foundation/UnicodeText.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <initializer_list>
 #include <string_view>
-#include <unordered_map>
 
 #include <unicode/ucurr.h>
 #include <unicode/uloc.h>
@@ -54,10 +54,8 @@ std::vector<std::string> identifiersOfICU() {
     return identifiers;
 }
 
-using IdentifiersBySymbol = std::unordered_map<std::string, std::string>;
-
-IdentifiersBySymbol firstIdentifierOfEachSymbol() {
-    IdentifiersBySymbol identifiers;
+ByText<std::string> firstIdentifierOfEachSymbol() {
+    ByText<std::string> identifiers;
     for (const std::string& identifier : Locale::availableIdentifiers())
         if (auto symbol = Locale(identifier).currencySymbol())
             identifiers.emplace(*std::move(symbol), identifier);
@@ -82,8 +80,8 @@ const std::vector<std::string>& Locale::availableIdentifiers() {
 }
 
 std::optional<Locale> Locale::withCurrencySymbol(std::string_view symbol) {
-    static const IdentifiersBySymbol identifiers = firstIdentifierOfEachSymbol();
-    const auto found = identifiers.find(std::string(symbol));
+    static const ByText<std::string> identifiers = firstIdentifierOfEachSymbol();
+    const auto found = identifiers.find(symbol);
     if (found == identifiers.end()) return std::nullopt;
     return Locale(found->second);
 }

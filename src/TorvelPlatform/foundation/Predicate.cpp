@@ -1,10 +1,10 @@
 #include "TorvelPlatform/foundation/Predicate.h"
 
 #include "TorvelPlatform/foundation/Diagnostics.h"
+#include "TorvelPlatform/foundation/Text.h"
 #include "TorvelPlatform/foundation/UnicodeText.h"
 
 #include <mutex>
-#include <unordered_map>
 
 #include <unicode/regex.h>
 
@@ -46,14 +46,10 @@ class Predicate::Patterns {
     }
 
   private:
-    struct Hash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
-    };
     static constexpr std::size_t bound = 128;
 
     std::mutex m_mutex;
-    std::unordered_map<std::string, std::shared_ptr<const Pattern>, Hash, std::equal_to<>> m_patterns;
+    ByText<std::shared_ptr<const Pattern>> m_patterns;
 };
 
 Predicate Predicate::matches(std::string_view pattern) {

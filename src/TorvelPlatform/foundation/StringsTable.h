@@ -1,11 +1,10 @@
 #pragma once
 
 #include "TorvelPlatform/foundation/PropertyList.h"
+#include "TorvelPlatform/foundation/Text.h"
 
-#include <functional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 namespace torvel {
 
@@ -21,11 +20,7 @@ class StringsTable {
     std::size_t size() const { return m_values.size(); }
 
   private:
-    struct Hash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
-    };
-    std::unordered_map<std::string, std::string, Hash, std::equal_to<>> m_values;
+    ByText<std::string> m_values;
 };
 
 }  // namespace torvel

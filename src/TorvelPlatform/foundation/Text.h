@@ -1,10 +1,20 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 namespace torvel {
+
+// A table by text that can be asked with any kind of text without making a std::string.
+struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+};
+template <class T>
+using ByText = std::unordered_map<std::string, T, TextHash, std::equal_to<>>;
 
 // The text without any occurrence of `part`: literal, left to right, what stands together afterwards is not
 // looked at again. An empty `part` changes nothing.

@@ -1,26 +1,21 @@
 #pragma once
 
 #include "TorvelPlatform/foundation/Guarded.h"
+#include "TorvelPlatform/foundation/Text.h"
 #include "TorvelPlatform/foundation/URL.h"
 
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 namespace torvel {
 
 // The host's table from endpoint identifiers to paths or absolute URLs: the property list "EndpointsConfig"
 // of the main bundle, loaded on the first look-up. Any thread.
 class EndpointsHelper {
-    struct TextHash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
-    };
-
   public:
-    using Dictionary = std::unordered_map<std::string, std::string, TextHash, std::equal_to<>>;
+    using Dictionary = ByText<std::string>;
 
     // What a look-up found, in the form that the caller asks for:
     //   std::optional<std::string> path = EndpointsHelper::getEndPoint("login");  // absent when unknown

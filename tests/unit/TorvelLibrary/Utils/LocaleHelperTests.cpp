@@ -1,0 +1,97 @@
+#include "TorvelLibrary/Utils/LocaleHelper.h"
+#include "support/HostFixture.h"
+
+#include <gmock/gmock.h>
+
+namespace torvel {
+namespace {
+
+// Before the host, which reads the preferred languages.
+struct PrefersFrench {
+    PrefersFrench() { ::setenv("LANGUAGE", "de:fr", 1); }
+};
+
+class Localisation : private PrefersFrench, public testing::HostFixture {
+  protected:
+    // A look-up of "key" in a bundle beside the host's, by the resources that exist.
+    std::string lookUp() const {
+        return Bundle::at(directory() / "other")->localizedString("key", "value", "T");
+    }
+    void addTable(const std::string& folder, const std::string& text) const {
+        addResource(folder + "/T.strings", "key = \"" + text + "\";");
+    }
+};
+
+TEST_F(Localisation, WithoutTheSwitchABundleAnswersInThePreferredLanguage) {
+    std::filesystem::create_directory(directory() / "other");
+    EXPECT_EQ(lookUp(), "value");
+    addTable("other", "root");
+    EXPECT_EQ(lookUp(), "root");
+    addTable("other/en.lproj", "english");
+    EXPECT_EQ(lookUp(), "english");
+    addTable("other/fr.lproj", "french");
+    EXPECT_EQ(lookUp(), "french");
+    const Bundle other = *Bundle::at(directory() / "other");
+    EXPECT_EQ(other.localizedString("absent", std::nullopt, "T"), "absent");
+    EXPECT_EQ(other.localizedString("key", std::nullopt), "key") << "another table";
+}
+
+TEST_F(Localisation, AMalformedTableIsReportedOnceAndCountsAsAbsent) {
+    addResource("other/T.strings", "key = \"a\";\nkey = ;\n");
+    const Bundle other = *Bundle::at(directory() / "other");
+    EXPECT_THAT(logOf([&] {
+                    EXPECT_EQ(other.localizedString("key", "value", "T"), "value");
+                    EXPECT_EQ(other.localizedString("key", "value", "T"), "value");
+                }),
+                ::testing::MatchesRegex(" .*ERROR.* -> /.*/other/T.strings: line 2: .*\n"));
+}
+
+TEST_F(Localisation, TheMainBundleComesFirstThenTheCallersThenNoLanguage) {
+    struct Row {
+        const char* name;
+        std::vector<std::string> folders;  // that hold the table
+        const char* answer;
+    };
+    const Row rows[] = {
+        {"nothing", {}, "value"},
+        {"no language", {"other"}, "other"},
+        {"the caller's default language", {"other", "other/en.lproj"}, "other/en.lproj"},
+        {"the caller's language", {"other", "other/en.lproj", "other/fr.lproj"}, "other/fr.lproj"},
+        {"the host's root does not count", {".", "other"}, "other"},
+        {"the host's default language", {"en.lproj", "other/fr.lproj"}, "en.lproj"},
+        {"the host's language", {"en.lproj", "fr.lproj", "other/fr.lproj"}, "fr.lproj"},
+    };
+    LocaleHelper::doTheSwizzling();
+    LocaleHelper::setAppleLanguageTo("fr-CA");
+    for (const Row& row : rows) {
+        std::filesystem::remove_all(directory());
+        std::filesystem::create_directories(directory() / "other");
+        for (const std::string& folder : row.folders) addTable(folder, folder);
+        Bundle::setMain(directory());
+        EXPECT_EQ(lookUp(), row.answer) << row.name;
+    }
+    // An answer equal to the key counts as none.
+    addResource("fr.lproj/T.strings", "key = key;");
+    Bundle::setMain(directory());
+    EXPECT_EQ(lookUp(), "other/fr.lproj");
+    addTable("fr.lproj", "host");
+    Bundle::setMain(directory());
+    EXPECT_EQ(lookUp(), "host");
+    LocaleHelper::doTheSwizzling();
+    EXPECT_EQ(lookUp(), "other/fr.lproj") << "a second call takes the switch out";
+}
+
+TEST_F(Localisation, RemembersTheLanguageAndTheOneBefore) {
+    EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "en");
+    LocaleHelper::setDefaultAppLanguageTo("sw");
+    EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "sw");
+    for (const auto& [given, current] :
+         {std::pair("ar-SA", "ar"), {"zh-Hans-CN", "zh"}, {"fr", "fr"}, {"-x", ""}}) {
+        LocaleHelper::setAppleLanguageTo(given);
+        EXPECT_EQ(LocaleHelper::currentAppleLanguage(), current);
+    }
+    EXPECT_EQ(LocaleHelper::getDefaultAppLanguage(), "sw");
+}
+
+}  // namespace
+}  // namespace torvel
