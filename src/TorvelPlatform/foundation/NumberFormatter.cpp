@@ -2,6 +2,8 @@
 
 #include "TorvelPlatform/foundation/UnicodeText.h"
 
+#include <cmath>
+
 #include <unicode/decimfmt.h>
 
 namespace torvel {
@@ -100,8 +102,9 @@ std::optional<NumberFormatter::Number> NumberFormatter::number(std::string_view 
     decimal->parse(source, parsed, end);
     if (end.getIndex() == 0 || end.getIndex() != source.length()) return std::nullopt;
     UErrorCode error = U_ZERO_ERROR;
-    if (parsed.getType() == icu::Formattable::kDouble) return parsed.getDouble(error);
-    return parsed.getInt64(error);
+    if (parsed.getType() != icu::Formattable::kDouble) return parsed.getInt64(error);
+    const double number = parsed.getDouble(error);
+    return std::isfinite(number) ? std::optional<Number>(number) : std::nullopt;
 }
 
 }  // namespace torvel

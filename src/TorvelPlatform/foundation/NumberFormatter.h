@@ -38,7 +38,7 @@ class NumberFormatter {
 
     // Absent when ICU has no formatter for the settings.
     std::optional<std::string> string(double number) const;
-    // Absent unless the text is a number to its end. Digits of every script are read.
+    // Absent unless the text is a finite number to its end. Digits of every script are read.
     std::optional<Number> number(std::string_view text) const;
 
   private:

@@ -16,9 +16,12 @@ struct TextHash {
 template <class T>
 using ByText = std::unordered_map<std::string, T, TextHash, std::equal_to<>>;
 
-// The text without any occurrence of `part`: literal, left to right, what stands together afterwards is not
-// looked at again. An empty `part` changes nothing.
-std::string removingOccurrences(std::string_view text, std::string_view part);
+// The text with another in the place of every occurrence of `part`: literal, left to right, what stands
+// together afterwards is not looked at again. An empty `part` changes nothing.
+std::string replacingOccurrences(std::string_view text, std::string_view part, std::string_view with);
+inline std::string removingOccurrences(std::string_view text, std::string_view part) {
+    return replacingOccurrences(text, part, "");
+}
 
 // In upper case, by the rules of no language in particular.
 std::string uppercased(std::string_view text);
