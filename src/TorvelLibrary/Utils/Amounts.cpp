@@ -99,7 +99,8 @@ std::string getDisplayAmountWithoutCurrency(std::string_view amount, const std::
     currencyFormatter().setLocale(money.locale);
     const std::optional<std::string> text = currencyFormatter().string(*number);
     if (!text) return {};
-    const std::string rest = removingOccurrences(*text, money.symbol.value_or(currency));
+    const std::string& symbol = money.symbol ? *money.symbol : currency;
+    const std::string rest = removingOccurrences(*text, symbol);
     return std::string(CharacterSet::whitespaces().trimming(rest));
 }
 

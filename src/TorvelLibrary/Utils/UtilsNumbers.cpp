@@ -11,11 +11,14 @@ namespace {
 
 constexpr std::string_view arabicDecimalSeparator = "\u066B";
 
-template <class T>
-std::string description(T number) {
+template <class... Form>
+std::string digits(auto number, Form... form) {
     char text[32];
-    return {text, std::to_chars(text, text + sizeof text, number).ptr};
+    return {text, std::to_chars(text, text + sizeof text, number, form...).ptr};
 }
+
+std::string description(std::int64_t number) { return digits(number); }
+std::string description(double number) { return digits(number, std::chars_format::general); }
 
 }  // namespace
 

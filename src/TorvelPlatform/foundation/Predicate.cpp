@@ -4,6 +4,7 @@
 #include "TorvelPlatform/foundation/Text.h"
 #include "TorvelPlatform/foundation/UnicodeText.h"
 
+#include <atomic>
 #include <mutex>
 
 #include <unicode/regex.h>
@@ -21,6 +22,8 @@ void report(const char* fault, const std::string& pattern, UErrorCode error) {
 }  // namespace
 
 struct Predicate::Pattern {
+    using Matcher = std::unique_ptr<icu::RegexMatcher>;
+
     explicit Pattern(const std::string& pattern) : text(pattern) {
         UErrorCode error = U_ZERO_ERROR;
         compiled.reset(icu::RegexPattern::compile(unicodeText(text), 0, error));
@@ -28,9 +31,20 @@ struct Predicate::Pattern {
         compiled.reset();
         report("Invalid", text, error);
     }
+    ~Pattern() { keep(nullptr); }
+
+    Matcher matcher(UErrorCode& error) const {
+        if (Matcher kept{spare.exchange(nullptr)}) return kept;
+        Matcher made(compiled->matcher(error));
+        if (U_SUCCESS(error)) made->setTimeLimit(timeLimit, error);
+        return made;
+    }
+    void keep(Matcher matcher) const { Matcher(spare.exchange(matcher.release())); }
 
     const std::string text;
     std::unique_ptr<const icu::RegexPattern> compiled;  // absent when invalid; serves any thread
+    // A matcher serves one thread at a time, and making one takes longer than most matches.
+    mutable std::atomic<icu::RegexMatcher*> spare{nullptr};
 };
 
 // The compiled patterns that the process keeps. Tables hold a few dozens; a process that makes patterns up
@@ -59,13 +73,16 @@ Predicate Predicate::matches(std::string_view pattern) {
 
 bool Predicate::evaluate(std::string_view with) const {
     if (!m_pattern->compiled) return false;
-    UErrorCode error = U_ZERO_ERROR;
     const icu::UnicodeString text = unicodeText(with);
-    const std::unique_ptr<icu::RegexMatcher> matcher(m_pattern->compiled->matcher(text, error));
-    if (U_SUCCESS(error)) matcher->setTimeLimit(timeLimit, error);
-    const bool matches = U_SUCCESS(error) && matcher->matches(error);
-    if (U_FAILURE(error)) report("Gave up the", m_pattern->text, error);
-    return matches && U_SUCCESS(error);
+    UErrorCode error = U_ZERO_ERROR;
+    Pattern::Matcher matcher = m_pattern->matcher(error);
+    const bool matches = U_SUCCESS(error) && matcher->reset(text).matches(error);
+    if (U_FAILURE(error)) {
+        report("Gave up the", m_pattern->text, error);
+        return false;
+    }
+    m_pattern->keep(std::move(matcher));
+    return matches;
 }
 
 }  // namespace torvel

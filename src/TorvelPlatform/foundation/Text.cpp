@@ -2,6 +2,7 @@
 
 #include "TorvelPlatform/foundation/UnicodeText.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
 
@@ -9,6 +10,16 @@
 #include <unicode/locid.h>
 
 namespace torvel {
+namespace {
+
+// A number too small to tell from zero is zero, one too large none. The standard library tells neither.
+std::optional<double> beyondRange(std::string_view text) {
+    static const locale_t plain = ::newlocale(LC_ALL_MASK, "C", nullptr);  // kept for ever
+    const double number = ::strtod_l(std::string(text).c_str(), nullptr, plain);
+    return std::isfinite(number) ? std::optional<double>(number) : std::nullopt;
+}
+
+}  // namespace
 
 std::string replacingOccurrences(std::string_view text, std::string_view part, std::string_view with) {
     std::string replaced;
@@ -25,14 +36,13 @@ std::string uppercased(std::string_view text) {
 }
 
 std::optional<double> decimalNumber(std::string_view text) {
-    // The C library reads white space, hexadecimal, "inf" and "nan" too.
-    if (text.empty() || text.find_first_not_of("0123456789+-.eE") != text.npos) return std::nullopt;
-    static const locale_t plain = ::newlocale(LC_ALL_MASK, "C", nullptr);  // kept for ever
-    const std::string copy(text);
-    char* end = nullptr;
-    const double number = ::strtod_l(copy.c_str(), &end, plain);
-    if (end != copy.c_str() + copy.size() || !std::isfinite(number)) return std::nullopt;
-    return number;
+    // What the standard library does not read: a plus sign; what it reads besides: "inf" and "nan".
+    if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
+    double number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (end != text.data() + text.size()) return std::nullopt;
+    if (error == std::errc::result_out_of_range) return beyondRange(text);
+    return error == std::errc() && std::isfinite(number) ? std::optional<double>(number) : std::nullopt;
 }
 
 }  // namespace torvel

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include <unicode/unistr.h>
+#include <unicode/ustring.h>
 
 namespace torvel {
 
@@ -13,8 +14,16 @@ inline icu::UnicodeString unicodeText(std::string_view text) {
 }
 
 inline std::string utf8Text(const icu::UnicodeString& text) {
+    constexpr std::int32_t shortLength =
+        64;  // where ICU's general conversion would take longer than the text
+    char buffer[3 * shortLength];
     std::string out;
-    return text.toUTF8String(out);
+    if (text.length() > shortLength) return text.toUTF8String(out);
+    std::int32_t length = 0;
+    UErrorCode error = U_ZERO_ERROR;
+    u_strToUTF8WithSub(buffer, sizeof buffer, &length, text.getBuffer(), text.length(), 0xFFFD, nullptr,
+                       &error);
+    return out.assign(buffer, static_cast<std::size_t>(length));
 }
 
 }  // namespace torvel
