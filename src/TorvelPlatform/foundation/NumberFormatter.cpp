@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include <unicode/decimfmt.h>
+#include <unicode/numberformatter.h>
 
 namespace torvel {
 namespace {
@@ -88,8 +89,13 @@ std::optional<std::string> NumberFormatter::string(double number) const {
     const std::lock_guard lock(m_mutex);
     const auto& decimal = formatter().decimal;
     if (!decimal) return std::nullopt;
-    icu::UnicodeString text;
-    return utf8Text(decimal->format(number, text));
+    // What DecimalFormat itself formats with, without the copy that it makes of the text.
+    UErrorCode error = U_ZERO_ERROR;
+    const icu::number::LocalizedNumberFormatter* const writer = decimal->toNumberFormatter(error);
+    if (U_FAILURE(error)) return std::nullopt;
+    const icu::number::FormattedNumber formatted = writer->formatDouble(number, error);
+    std::string text = utf8Text(formatted.toTempString(error));
+    return U_SUCCESS(error) ? std::optional<std::string>(std::move(text)) : std::nullopt;
 }
 
 std::optional<NumberFormatter::Number> NumberFormatter::number(std::string_view text) const {

@@ -14,8 +14,8 @@ inline icu::UnicodeString unicodeText(std::string_view text) {
 }
 
 inline std::string utf8Text(const icu::UnicodeString& text) {
-    constexpr std::int32_t shortLength =
-        64;  // where ICU's general conversion would take longer than the text
+    // A short text, an amount say, takes ICU's general conversion longer than its formatting should.
+    constexpr std::int32_t shortLength = 64;
     char buffer[3 * shortLength];
     std::string out;
     if (text.length() > shortLength) return text.toUTF8String(out);
