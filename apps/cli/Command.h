@@ -22,5 +22,6 @@ extern const Command serveCommand;
 extern const Command callCommand;
 extern const Command sealCommand;
 extern const Command openCommand;
+extern const Command storeCommand;
 
 }  // namespace torvel::cli

@@ -10,7 +10,7 @@ namespace torvel::cli {
 namespace {
 
 const Command* const commands[] = {
-    &demoCommand, &serveCommand, &callCommand, &sealCommand, &openCommand,
+    &demoCommand, &serveCommand, &callCommand, &sealCommand, &openCommand, &storeCommand,
 };
 
 std::string toolHelp() {

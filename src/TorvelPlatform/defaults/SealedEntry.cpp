@@ -1,0 +1,146 @@
+#include "TorvelPlatform/defaults/SealedEntry.h"
+
+#include "TorvelPlatform/defaults/PropertyCoding.h"
+
+#include <cstring>
+
+#include <sodium.h>
+
+namespace torvel {
+namespace {
+
+constexpr char formatVersion = 1;
+constexpr char entryContent = 'e', summaryContent = 's';
+constexpr std::size_t nonceSize = crypto_aead_xchacha20poly1305_ietf_NPUBBYTES;
+constexpr std::size_t authenticatorSize = crypto_aead_xchacha20poly1305_ietf_ABYTES;
+
+const std::uint8_t* bytesOf(std::string_view text) {
+    return reinterpret_cast<const std::uint8_t*>(text.data());
+}
+std::uint8_t* bytesOf(std::string& text) { return reinterpret_cast<std::uint8_t*>(text.data()); }
+
+std::string associatedData(char what, const StoreID& store, std::string_view tag) {
+    std::string data{formatVersion, what};
+    data.append(reinterpret_cast<const char*>(store.data()), store.size());
+    return data.append(tag);
+}
+
+template <std::size_t Size>
+void deriveKey(SecretBytes<Size>& key, std::uint64_t number, const RootKey& root) {
+    crypto_kdf_derive_from_key(key.data(), key.size(), number, "storekey", root.data());
+}
+
+using Digest = std::array<std::uint8_t, crypto_shorthash_siphashx24_BYTES>;
+
+Digest digestOf(std::string_view bytes, const SecretBytes<16>& key) {
+    Digest digest;
+    crypto_shorthash_siphashx24(digest.data(), bytesOf(bytes), bytes.size(), key.data());
+    return digest;
+}
+
+}  // namespace
+
+StoreSealer::StoreSealer(const RootKey& root, const StoreID& store) : m_store(store) {
+    deriveKey(m_contents, 1, root);
+    deriveKey(m_names, 2, root);
+    deriveKey(m_digests, 3, root);
+    deriveKey(m_keyID, 4, root);
+}
+
+std::string StoreSealer::tag(std::string_view key) const {
+    std::string tag(16, '\0');
+    crypto_generichash(bytesOf(tag), tag.size(), bytesOf(key), key.size(), m_names.data(), m_names.size());
+    return tag;
+}
+
+std::string StoreSealer::sealBytes(char what, std::string_view tag, std::string_view plain) const {
+    std::string sealed(1 + nonceSize + plain.size() + authenticatorSize, formatVersion);
+    std::uint8_t* const nonce = bytesOf(sealed) + 1;
+    randombytes_buf(nonce, nonceSize);
+    const std::string bound = associatedData(what, m_store, tag);
+    crypto_aead_xchacha20poly1305_ietf_encrypt(nonce + nonceSize, nullptr, bytesOf(plain), plain.size(),
+                                               bytesOf(bound), bound.size(), nullptr, nonce,
+                                               m_contents.data());
+    return sealed;
+}
+
+Outcome<std::string, StoreStatus> StoreSealer::openBytes(char what, std::string_view tag,
+                                                         std::string_view sealed) const {
+    if (!sealed.empty() && sealed.front() > formatVersion) return StoreStatus::newerFormat;
+    if (sealed.size() < 1 + nonceSize + authenticatorSize || sealed.front() != formatVersion)
+        return StoreStatus::damaged;
+    const std::string_view cipherText = sealed.substr(1 + nonceSize);
+    std::string plain(cipherText.size() - authenticatorSize, '\0');
+    const std::string bound = associatedData(what, m_store, tag);
+    if (crypto_aead_xchacha20poly1305_ietf_decrypt(bytesOf(plain), nullptr, nullptr, bytesOf(cipherText),
+                                                   cipherText.size(), bytesOf(bound), bound.size(),
+                                                   bytesOf(sealed) + 1, m_contents.data()) != 0)
+        return StoreStatus::damaged;
+    return plain;
+}
+
+std::optional<std::string> StoreSealer::seal(std::string_view key, const PropertyValue& value) const {
+    std::optional<std::string> encoded = encodeProperty(value);
+    if (!encoded) return std::nullopt;
+    std::string plain;
+    plain.reserve(key.size() + encoded->size() + 8);
+    appendLength(plain, key.size());
+    plain.append(key).append(*encoded);
+    std::string sealed = sealBytes(entryContent, tag(key), plain);
+    sodium_memzero(plain.data(), plain.size());
+    sodium_memzero(encoded->data(), encoded->size());
+    return sealed;
+}
+
+Outcome<OpenedEntry, StoreStatus> StoreSealer::open(std::string_view tag, std::string_view sealed) const {
+    auto plain = openBytes(entryContent, tag, sealed);
+    if (!plain) return plain.error();
+    std::string_view rest = plain.value();
+    const auto key = takeText(rest);
+    auto value = key ? decodeProperty(rest) : std::nullopt;
+    auto outcome = value ? Outcome<OpenedEntry, StoreStatus>({std::string(*key), std::move(*value)})
+                         : Outcome<OpenedEntry, StoreStatus>(StoreStatus::damaged);
+    sodium_memzero(plain.value().data(), plain.value().size());
+    return outcome;
+}
+
+std::string StoreSealer::sealSummary(const StoreSummary& summary) const {
+    std::string plain(reinterpret_cast<const char*>(&summary), sizeof summary);
+    static_assert(sizeof summary == 32, "written as it lies in memory");
+    return std::string(m_keyID.begin(), m_keyID.end()) + sealBytes(summaryContent, {}, plain);
+}
+
+Outcome<StoreSummary, StoreStatus> StoreSealer::openSummary(std::string_view sealed) const {
+    if (sealed.size() < m_keyID.size()) return StoreStatus::damaged;
+    const auto plain = openBytes(summaryContent, {}, sealed.substr(m_keyID.size()));
+    if (!plain) return isOwnSummary(sealed) ? plain.error() : StoreStatus::keyMismatch;
+    StoreSummary summary;
+    if (plain.value().size() != sizeof summary) return StoreStatus::damaged;
+    std::memcpy(&summary, plain.value().data(), sizeof summary);
+    return summary;
+}
+
+bool StoreSealer::isOwnSummary(std::string_view sealed) const {
+    return sealed.size() >= m_keyID.size() && std::memcmp(sealed.data(), m_keyID.data(), m_keyID.size()) == 0;
+}
+
+// Exclusive or of keyed digests: nobody without the key can choose entries that add up alike.
+void StoreSealer::toggle(StoreSummary& summary, std::string_view tag, std::string_view sealed) const {
+    const Digest digest = digestOf(std::string(tag).append(sealed), m_digests);
+    for (std::size_t i = 0; i < digest.size(); ++i) summary.sum[i] ^= digest[i];
+}
+
+std::string StoreSealer::sealSequence(std::uint64_t sequence) const {
+    std::string bytes(reinterpret_cast<const char*>(&sequence), sizeof sequence);
+    const Digest check = digestOf(bytes, m_digests);
+    return bytes.append(check.begin(), check.end());
+}
+
+std::optional<std::uint64_t> StoreSealer::openSequence(std::string_view sealed) const {
+    std::uint64_t sequence;
+    if (sealed.size() < sizeof sequence) return std::nullopt;
+    std::memcpy(&sequence, sealed.data(), sizeof sequence);
+    return sealSequence(sequence) == sealed ? std::optional(sequence) : std::nullopt;
+}
+
+}  // namespace torvel

@@ -1,0 +1,66 @@
+#pragma once  // internal
+
+#include "TorvelPlatform/defaults/PropertyValue.h"
+#include "TorvelPlatform/defaults/StoreKey.h"
+#include "TorvelPlatform/defaults/StoreStatus.h"
+#include "TorvelPlatform/foundation/Outcome.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace torvel {
+
+// What the entries of a store must add up to: kept sealed beside them, changed with every one of them.
+struct StoreSummary {
+    std::uint64_t sequence = 0;          // of the last write
+    std::uint64_t count = 0;             // of entries
+    std::array<std::uint8_t, 16> sum{};  // exclusive or of the entries' digests
+
+    bool operator==(const StoreSummary&) const = default;
+};
+
+struct OpenedEntry {
+    std::string key;
+    PropertyValue value;
+};
+
+// Seals the entries of one store by XChaCha20-Poly1305 under random nonces. Sealed bytes are: the format's
+// version, the nonce, cipher text, tag. The associated data binds them to the version, to what they are, to
+// the store and to the tag that an entry lies under; the entry's own name and the kind of its value are
+// inside.
+class StoreSealer {
+  public:
+    StoreSealer(const RootKey& root, const StoreID& store);
+
+    // The keyed hash (BLAKE2b, 16 bytes) that an entry lies under.
+    std::string tag(std::string_view key) const;
+    // Absent when the value cannot be encoded.
+    std::optional<std::string> seal(std::string_view key, const PropertyValue& value) const;
+    // What lies under a tag: damaged, or newerFormat.
+    Outcome<OpenedEntry, StoreStatus> open(std::string_view tag, std::string_view sealed) const;
+
+    std::string sealSummary(const StoreSummary& summary) const;
+    Outcome<StoreSummary, StoreStatus> openSummary(std::string_view sealed) const;
+    // Whether a sealed summary names this key as its own, readable or not.
+    bool isOwnSummary(std::string_view sealed) const;
+
+    // Adds an entry to a summary, or takes it out again.
+    void toggle(StoreSummary& summary, std::string_view tag, std::string_view sealed) const;
+
+    // The last sequence number for the file beside the key, with a keyed check.
+    std::string sealSequence(std::uint64_t sequence) const;
+    std::optional<std::uint64_t> openSequence(std::string_view sealed) const;
+
+  private:
+    std::string sealBytes(char what, std::string_view tag, std::string_view plain) const;
+    Outcome<std::string, StoreStatus> openBytes(char what, std::string_view tag,
+                                                std::string_view sealed) const;
+
+    StoreID m_store;
+    SecretBytes<32> m_contents, m_names;
+    SecretBytes<16> m_digests;
+    SecretBytes<16> m_keyID;  // public, by which data tells its key
+};
+
+}  // namespace torvel
