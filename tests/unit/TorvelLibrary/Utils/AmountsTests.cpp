@@ -37,13 +37,6 @@ TEST_F(Amounts, AreWrittenWithoutTheCurrency) {
         {"en_US", "0.001", false, "0"},
         {"en_US", "1e3", false, "1,000"},
         {"en_US", "+.5", true, "0.50"},
-        {"en_US", "abc", true, ""},
-        {"en_US", "1,000", true, ""},
-        {"en_US", " 5", true, ""},
-        {"en_US", "", true, ""},
-        {"en_US", "0x10", true, ""},
-        {"en_US", "inf", true, ""},
-        {"en_US", "nan", true, ""},
         {"de_DE", "1234.567", true, "1.234,56"},
         {"fr_FR", "1234.567", true, "1\u202F234,56"},
         {"hi_IN", "1234567.891", true, "12,34,567.89"},
@@ -79,7 +72,8 @@ TEST_F(Amounts, TheCurrencyChoosesTheLocale) {
         EXPECT_EQ(getDisplayAmountWithoutCurrency("5.5", row.currency, true), row.text) << row.currency;
         EXPECT_EQ(defaultLocale(), Locale(row.locale)) << row.currency;
     }
-    getDisplayAmountWithoutCurrency("abc", "\u20AC", true);
+    for (const char* text : {"abc", "1,000", " 5", "", "0x10", "inf", "nan"})
+        EXPECT_EQ(getDisplayAmountWithoutCurrency(text, "\u20AC", true), "") << text;
     EXPECT_EQ(defaultLocale(), Locale("en_US")) << "what is no number changes nothing";
 }
 

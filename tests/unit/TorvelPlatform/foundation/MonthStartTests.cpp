@@ -21,33 +21,14 @@ class MonthStartInLocale : public testing::TestWithParam<const char*> {};
 TEST_P(MonthStartInLocale, ReadsMonthsOfTheGregorianCalendar) {
     setenv("LC_ALL", GetParam(), 1);
     setenv("TZ", "Africa/Nairobi", 1);
-    const std::int64_t august2027 = 1817067600, december2026 = 1796072400;
-    const std::pair<const char*, std::optional<std::int64_t>> rows[] = {
-        {"08/27", august2027},
-        {"8/27", august2027},
-        {"08/2027", august2027},
-        {"12/26", december2026},
-        {"01/1970", -10800},
-        {"13/27", std::nullopt},
-        {"00/27", std::nullopt},
-        {"08/27x", std::nullopt},
-        {"08/27 ", std::nullopt},
-        {"08-27", std::nullopt},
-        {"0827", std::nullopt},
-        {"08/", std::nullopt},
-        {"/27", std::nullopt},
-        {"", std::nullopt},
-        {"abc", std::nullopt},
-        {"Aug/27", std::nullopt},
-        {" 08/27", std::nullopt},
-        {"08/ 27", std::nullopt},
-        {"008/27", std::nullopt},
-        {"\u0660\u0668/\u0662\u0667", august2027},
-        {"-8/27", std::nullopt},
-        {"08/27\n", std::nullopt},
-        {"08/99999999999", std::nullopt},
-    };
-    for (const auto& [text, expected] : rows) EXPECT_EQ(seconds1970(text), expected) << text;
+    const std::int64_t august2027 = 1817067600;
+    for (const char* text : {"08/27", "8/27", "08/2027", "\u0660\u0668/\u0662\u0667"})
+        EXPECT_EQ(seconds1970(text), august2027) << text;
+    EXPECT_EQ(seconds1970("12/26"), 1796072400);
+    EXPECT_EQ(seconds1970("01/1970"), -10800);
+    for (const char* text : {"13/27", "00/27", "008/27", "-8/27", "08/27x", "08/27 ", " 08/27", "08/ 27",
+                             "08/27\n", "08-27", "0827", "08/", "/27", "", "abc", "Aug/27", "08/99999999999"})
+        EXPECT_EQ(seconds1970(text), std::nullopt) << text;
 }
 
 INSTANTIATE_TEST_SUITE_P(Locales, MonthStartInLocale,

@@ -10,40 +10,17 @@ namespace torvel {
 namespace {
 
 TEST(Text, ReadsPlainDecimalNumbers) {
-    const std::pair<std::string_view, std::optional<double>> rows[] = {
-        {"1234.5", 1234.5},
-        {"-0.5", -0.5},
-        {"+5", 5.0},
-        {"5.", 5.0},
-        {".5", 0.5},
-        {"1e3", 1000.0},
-        {"1E-2", 0.01},
-        {"007", 7.0},
-        {"1e-400", 0.0},
-        {"1e400", std::nullopt},
-        {"-1e400", std::nullopt},
-        {"", std::nullopt},
-        {"+", std::nullopt},
-        {".", std::nullopt},
-        {"e5", std::nullopt},
-        {"5e", std::nullopt},
-        {"+-5", std::nullopt},
-        {"++5", std::nullopt},
-        {" 5", std::nullopt},
-        {"5 ", std::nullopt},
-        {"1,000", std::nullopt},
-        {"1 000", std::nullopt},
-        {"12abc", std::nullopt},
-        {"0x10", std::nullopt},
-        {"inf", std::nullopt},
-        {"-infinity", std::nullopt},
-        {"nan", std::nullopt},
-        {"+inf", std::nullopt},
-        {"٥", std::nullopt},
-        {std::string_view("5\0", 2), std::nullopt},
-        {"1.2.3", std::nullopt},
+    const std::pair<const char*, double> rows[] = {
+        {"1234.5", 1234.5}, {"-0.5", -0.5}, {"+5", 5},  {"5.", 5},     {".5", 0.5},
+        {"1e3", 1000},      {"1E-2", 0.01}, {"007", 7}, {"1e-400", 0},
     };
     for (const auto& [text, number] : rows) EXPECT_EQ(decimalNumber(text), number) << text;
+    using namespace std::string_view_literals;
+    for (const auto text :
+         {""sv,     "+"sv,         "."sv,     "e5"sv,    "5e"sv,     "+-5"sv,   "++5"sv,  " 5"sv,
+          "5 "sv,   "5\0"sv,       "1,000"sv, "1 000"sv, "12abc"sv,  "1.2.3"sv, "0x10"sv, "inf"sv,
+          "+inf"sv, "-infinity"sv, "nan"sv,   "1e400"sv, "-1e400"sv, "٥"sv})
+        EXPECT_EQ(decimalNumber(text), std::nullopt) << text;
 }
 
 TEST(Text, ReplacesLiterally) {
