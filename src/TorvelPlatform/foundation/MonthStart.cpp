@@ -1,6 +1,7 @@
 #include "TorvelPlatform/foundation/MonthStart.h"
 
 #include "TorvelPlatform/foundation/Locale.h"
+#include "TorvelPlatform/foundation/Predicate.h"
 #include "TorvelPlatform/foundation/UnicodeText.h"
 
 #include <memory>
@@ -28,6 +29,8 @@ std::optional<UDate> localMidnight(const icu::UnicodeString& text) {
 }  // namespace
 
 std::optional<MonthStart> parseMonthStart(std::string_view text) {
+    // ICU would also read names of months and spaces before a number.
+    if (!Predicate::matches("\\d{1,2}/\\d+").evaluate(text)) return std::nullopt;
     const std::optional<UDate> midnight = localMidnight(unicodeText(text));
     if (!midnight) return std::nullopt;
     const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createDefault());

@@ -15,7 +15,7 @@ class Predicate {
     // An invalid pattern is reported to the diagnostics when it is compiled, and matches nothing.
     static Predicate matches(std::string_view pattern);
 
-    // A match that takes too many steps (about a second's worth) or too much memory, as a pattern that
+    // A match that takes too many steps (about a tenth of a second) or too much memory, as a pattern that
     // backtracks without end does, is given up, reported to the diagnostics and false.
     bool evaluate(std::string_view with) const;
 

@@ -1,0 +1,120 @@
+#include "TorvelPlatform/foundation/NumberFormatter.h"
+
+#include <cmath>
+#include <random>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+namespace torvel {
+namespace {
+
+using Style = NumberFormatter::Style;
+using Rounding = NumberFormatter::RoundingMode;
+
+NumberFormatter& cut(NumberFormatter& formatter, std::int32_t digits) {
+    formatter.setMinimumFractionDigits(digits);
+    formatter.setMaximumFractionDigits(digits);
+    formatter.setRoundingMode(Rounding::down);
+    return formatter;
+}
+
+// Patterns and symbols from CLDR 42, which ICU 72 carries.
+TEST(NumberFormatter, WritesByTheLocale) {
+    struct Row {
+        Style style;
+        const char* locale;
+        double number;
+        const char* text;
+    };
+    const Row rows[] = {
+        {Style::decimal, "en_US", 1234567.8915, "1,234,567.892"},
+        {Style::decimal, "de_DE", 1234567.5, "1.234.567,5"},
+        {Style::decimal, "hi_IN", 1234567, "12,34,567"},
+        {Style::none, "en_US", 1234567, "1234567"},
+        {Style::currency, "en_US", -1234.5, "-$1,234.50"},
+        {Style::currency, "fr_FR", 1234.5, "1\u202F234,50\u00A0\u20AC"},
+        {Style::currency, "ja_JP", 1234.5, "\uFFE51,234"},
+        {Style::currency, "ar_EG", 5, "\u200F\u0665\u066B\u0660\u0660\u00A0\u062C.\u0645.\u200F"},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(NumberFormatter(row.style, Locale(row.locale)).string(row.number), row.text);
+}
+
+TEST(NumberFormatter, SettingsOutliveTheLocale) {
+    NumberFormatter formatter(Style::currency, Locale("en_US"));
+    cut(formatter, 2);
+    EXPECT_EQ(formatter.string(1.999), "$1.99");
+    formatter.setLocale(Locale("ja_JP"));
+    EXPECT_EQ(formatter.string(1.999), "\uFFE51.99");
+    formatter.setGroupingSeparator("'");
+    EXPECT_EQ(formatter.string(1000), "\uFFE51'000.00");
+    formatter.setLocale(Locale("en_GB"));
+    formatter.setMinimumFractionDigits(0);
+    EXPECT_EQ(formatter.string(1000), "\u00A31'000");
+}
+
+// Every hundredth is the double that is nearest to it, as often below as above.
+TEST(NumberFormatter, RoundsTheShortestDecimalForm) {
+    NumberFormatter formatter(Style::none, Locale("en_US"));
+    cut(formatter, 2);
+    for (int cents = 0; cents < 100000; ++cents) {
+        char text[32];
+        std::snprintf(text, sizeof text, "%d.%02d", cents / 100, cents % 100);
+        ASSERT_EQ(formatter.string(cents / 100.0), text);
+    }
+    std::mt19937_64 random(1);
+    for (int i = 0; i < 20000; ++i) {
+        char text[64];
+        const double number =
+            std::ldexp(static_cast<double>(random() >> 11), -static_cast<int>(random() % 50));
+        std::snprintf(text, sizeof text, "%.17g", number);  // more digits than the shortest form has
+        for (int digits = 1; std::strtod(text, nullptr) != number || digits < 17; ++digits) {
+            std::snprintf(text, sizeof text, "%.*g", digits, number);
+            if (std::strtod(text, nullptr) == number) break;
+        }
+        std::string expected(text);
+        if (expected.find('e') != expected.npos || number < 0.01) continue;
+        if (expected.find('.') == expected.npos) expected += '.';
+        expected.append("00");
+        ASSERT_EQ(formatter.string(number), expected.substr(0, expected.find('.') + 3)) << text;
+    }
+}
+
+TEST(NumberFormatter, ReadsNumbersToTheirEnd) {
+    using Number = std::optional<NumberFormatter::Number>;
+    const NumberFormatter formatter(Style::none, Locale("EN"));
+    const std::pair<const char*, Number> rows[] = {
+        {"12", std::int64_t{12}},
+        {"-7", std::int64_t{-7}},
+        {"9223372036854775807", std::int64_t{9223372036854775807}},
+        {"1.5", 1.5},
+        {".5", 0.5},
+        {"٣.٧٥", 3.75},
+        {"12abc", std::nullopt},
+        {"1 000", std::nullopt},
+        {"1.2.3", std::nullopt},
+        {"", std::nullopt},
+        {"\u221E", std::nullopt},
+        {"NaN", std::nullopt},
+        {"0x10", std::nullopt},
+    };
+    for (const auto& [text, number] : rows) EXPECT_EQ(formatter.number(text), number) << text;
+}
+
+TEST(NumberFormatter, ServesThreads) {
+    NumberFormatter formatter(Style::currency, Locale("en_US"));
+    const auto write = [&](const char* locale) {
+        for (int i = 0; i < 200; ++i) {
+            formatter.setLocale(Locale(locale));
+            const auto text = formatter.string(5);
+            EXPECT_TRUE(text == "$5.00" || text == "\u00A35.00") << *text;
+        }
+    };
+    std::thread other(write, "en_GB");
+    write("en_US");
+    other.join();
+}
+
+}  // namespace
+}  // namespace torvel
