@@ -166,7 +166,7 @@ StoreStatus Database::checkFormat() {
     if (version.value() > 1) return StoreStatus::newerFormat;
     const auto empty = isEmpty();
     if (!empty) return empty.error();
-    return version.value() == 1 || empty.value() ? StoreStatus::ok : StoreStatus::damaged;
+    return (version.value() == 0) == empty.value() ? StoreStatus::ok : StoreStatus::damaged;
 }
 
 // Under the write lock, as nobody else writes to the log meanwhile.

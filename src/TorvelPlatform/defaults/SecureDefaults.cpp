@@ -8,7 +8,7 @@
 
 #include <map>
 #include <memory>
-#include <shared_mutex>
+#include <mutex>
 
 #include <pthread.h>
 #include <sodium.h>
@@ -41,23 +41,22 @@ class StoreRegistry {
     static void beforeFork();
     static void afterFork();
 
+    const bool m_hasSodium = sodium_init() >= 0;  // before anything is hashed
     const std::string m_host = Bundle::main().identifier();
-    std::shared_mutex m_mutex;
+    std::mutex m_mutex;
     std::map<std::string, StoreEngine, std::less<>> m_engines;
     StoreEngine& m_shared;
 };
 
 StoreRegistry::StoreRegistry() : m_shared(engine(m_host)) {
-    if (sodium_init() < 0) fatalError("SecureDefaults: the system gives no entropy");
+    if (!m_hasSodium) fatalError("SecureDefaults: the system gives no entropy");
     pthread_atfork(beforeFork, afterFork, afterFork);
 }
 
 StoreEngine& StoreRegistry::engine(std::string_view domain) {
-    {
-        const std::shared_lock lock(m_mutex);
-        if (const auto found = m_engines.find(domain); found != m_engines.end()) return found->second;
-    }
     const std::lock_guard lock(m_mutex);
+    const auto found = m_engines.find(domain);
+    if (found != m_engines.end()) return found->second;
     return m_engines.try_emplace(std::string(domain), domain).first->second;
 }
 

@@ -86,6 +86,10 @@ std::optional<Locale> Locale::withCurrencySymbol(std::string_view symbol) {
     return Locale(found->second);
 }
 
+bool Locale::isRightToLeft(std::string_view language) {
+    return uloc_isRightToLeft(std::string(language).c_str()) != 0;
+}
+
 std::optional<std::string> Locale::currencySymbol() const {
     UErrorCode error = U_ZERO_ERROR;
     char16_t currency[4] = {};

@@ -25,6 +25,9 @@ class Locale {
     // The first of the available locales with a currency symbol. They are walked once a process.
     static std::optional<Locale> withCurrencySymbol(std::string_view symbol);
 
+    // Whether a language ("ar", "he-IL") is written from right to left.
+    static bool isRightToLeft(std::string_view language);
+
     const std::string& identifier() const { return m_identifier; }
     // The symbol of the currency of the locale's region, as the locale writes it. Absent without a region or
     // when it is the generic sign U+00A4.

@@ -1,0 +1,364 @@
+#include "TorvelPlatform/defaults/SealedEntry.h"
+#include "TorvelPlatform/foundation/Diagnostics.h"
+#include "support/StoreTest.h"
+
+#include <random>
+
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <sqlite3.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+namespace torvel {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::inChild;
+using testing::numbered;
+using testing::readText;
+using testing::storeWithKey;
+
+std::vector<StoreFault> faults;
+std::vector<std::string> lines;
+
+// A store of the entries a, b and c ("first", "second", "third"), another suite, and what an attacker or a
+// failing disk does to their files.
+class StoreDamageTest : public testing::StoreTest {
+  public:
+    StoreDamageTest() {
+        SecureDefaults::setDamageHandler([](const StoreFault& fault) { faults.push_back(fault); });
+        setDiagnosticSink(
+            [](std::string_view line, const std::source_location&) { lines.emplace_back(line); });
+    }
+
+    static inline const StoreID id = storeID("test-host");
+    fs::path folder() const { return data() / "test-host/store" / hexadecimal(id); }
+    fs::path database() const { return folder() / "entries.db"; }
+    fs::path log() const { return folder() / "entries.db-wal"; }
+    fs::path key() const { return state() / "test-host/keys" / (hexadecimal(id) + ".key"); }
+
+    void fill() const {
+        const SecureDefaults store = storeWithKey();
+        EXPECT_EQ(store.set("a", "older"), StoreStatus::ok);
+        fs::copy(database(), data() / "older.db");
+        fs::copy(log(), data() / "older.wal");
+        sql("ATTACH '" + (data() / "older.rows").native() +
+            "' AS o; CREATE TABLE o.entry AS SELECT * FROM entry");
+        EXPECT_EQ(store.set("a", "first"), StoreStatus::ok);
+        EXPECT_EQ(store.set("b", "second"), StoreStatus::ok);
+        EXPECT_EQ(store.set("c", "third"), StoreStatus::ok);
+        EXPECT_EQ(storeWithKey("suite").set("a", "foreign"), StoreStatus::ok);
+        reopen();
+    }
+
+    // What another tool does to the database; $a stands for the tag of an entry.
+    void sql(std::string statements) const {
+        const auto root = loadKeyFile(key());
+        ASSERT_TRUE(root.ok());
+        for (std::size_t at; (at = statements.find('$')) != std::string::npos;) {
+            const std::string tag = StoreSealer(root.value(), id).tag(statements.substr(at + 1, 1));
+            StoreID bytes;
+            std::copy(tag.begin(), tag.end(), bytes.begin());
+            statements.replace(at, 2, "x'" + hexadecimal(bytes) + "'");
+        }
+        sqlite3* connection = nullptr;
+        ASSERT_EQ(sqlite3_open(database().c_str(), &connection), SQLITE_OK);
+        char* error = nullptr;
+        EXPECT_EQ(sqlite3_exec(connection, statements.c_str(), nullptr, nullptr, &error), SQLITE_OK) << error;
+        sqlite3_close(connection);
+    }
+
+    using StoreTest::data;
+    using StoreTest::state;
+
+    static void flip(const fs::path& file, std::streamoff at) {
+        std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
+        stream.seekg(at);
+        const char byte = static_cast<char>(stream.get() ^ 0x10);
+        stream.seekp(at);
+        stream.put(byte);
+    }
+};
+
+const std::string damaged(describe(StoreStatus::damaged));
+
+// What happens to the files of a store that is closed, and what it says when it is opened again.
+struct Row {
+    const char* name;
+    std::function<void(const StoreDamageTest& test)> happens;
+    StoreStatus status;
+    // What reading a, b and a name that never was gives; empty: what the status says.
+    std::string a = {}, b = {}, none = {};
+    std::string otherSuite = "foreign";
+};
+
+void PrintTo(const Row& row, std::ostream* out) { *out << row.name; }
+
+const Row rows[] = {
+    {"nothing", [](auto&) {}, StoreStatus::ok, "first", "second", "-"},
+    {"key file lost", [](auto& test) { fs::remove(test.key()); }, StoreStatus::keyMissing},
+    {"key folder lost",
+     [](auto& test) { fs::remove_all(test.state()); },
+     StoreStatus::keyMissing,
+     {},
+     {},
+     {},
+     std::string(describe(StoreStatus::keyMissing))},
+    {"key file readable by others", [](auto& test) { ::chmod(test.key().c_str(), 0640); },
+     StoreStatus::keyUnsafe},
+    {"key folder writable by others",
+     [](auto& test) { ::chmod(test.key().parent_path().c_str(), 0770); },
+     StoreStatus::keyUnsafe,
+     {},
+     {},
+     {},
+     std::string(describe(StoreStatus::keyUnsafe))},
+    {"key file a link",
+     [](auto& test) {
+         fs::rename(test.key(), test.key().native() + ".real");
+         fs::create_symlink(test.key().native() + ".real", test.key());
+     },
+     StoreStatus::keyUnsafe},
+    {"key file a pipe",
+     [](auto& test) {
+         fs::remove(test.key());
+         ::mkfifo(test.key().c_str(), 0600);
+     },
+     StoreStatus::keyUnsafe},
+    {"key file cut", [](auto& test) { fs::resize_file(test.key(), 40); }, StoreStatus::keyDamaged},
+    {"bit of the key flipped", [](auto& test) { test.flip(test.key(), 20); }, StoreStatus::keyDamaged},
+    {"newer key file", [](auto& test) { test.flip(test.key(), 7); }, StoreStatus::newerFormat},
+    {"key of another suite",
+     [](auto& test) {
+         const std::string other = hexadecimal(storeID("suite")) + ".key";
+         fs::copy(test.key().parent_path() / other, test.key(), fs::copy_options::overwrite_existing);
+     },
+     StoreStatus::keyMismatch},
+
+    {"data lost", [](auto& test) { fs::remove_all(test.folder()); }, StoreStatus::rolledBack},
+    {"data emptied",
+     [](auto& test) {
+         fs::resize_file(test.database(), 0);
+         fs::remove(test.log());
+     },
+     StoreStatus::rolledBack},
+    {"log lost", [](auto& test) { fs::remove(test.log()); }, StoreStatus::rolledBack},
+    {"last bit of the log flipped", [](auto& test) { test.flip(test.log(), 32 + 6 * (24 + 4096) - 1); },
+     StoreStatus::rolledBack},
+    {"older files put back",
+     [](auto& test) {
+         fs::copy(test.data() / "older.db", test.database(), fs::copy_options::overwrite_existing);
+         fs::copy(test.data() / "older.wal", test.log(), fs::copy_options::overwrite_existing);
+     },
+     StoreStatus::rolledBack},
+    {"no database",
+     [](auto& test) {
+         std::ofstream(test.database()) << std::string(8192, 'x');
+         fs::remove(test.log());
+     },
+     StoreStatus::damaged, damaged, damaged, damaged},
+    {"newer format of the database", [](auto& test) { test.sql("PRAGMA user_version=2"); },
+     StoreStatus::newerFormat},
+    {"table gone", [](auto& test) { test.sql("DROP TABLE entry"); }, StoreStatus::damaged},
+
+    {"entry flipped",
+     [](auto& test) {
+         test.sql(
+             "UPDATE entry SET sealed = substr(sealed, 1, 30) || x'00' || substr(sealed, 32) WHERE tag=$a");
+     },
+     StoreStatus::damaged, damaged, "second", damaged},
+    {"entry cut",
+     [](auto& test) { test.sql("UPDATE entry SET sealed = substr(sealed, 1, 40) WHERE tag=$a"); },
+     StoreStatus::damaged, damaged, "second", damaged},
+    {"entry of a newer format",
+     [](auto& test) { test.sql("UPDATE entry SET sealed = x'02' || substr(sealed, 2) WHERE tag=$a"); },
+     StoreStatus::damaged, std::string(describe(StoreStatus::newerFormat)), "second", damaged},
+    {"entry deleted", [](auto& test) { test.sql("DELETE FROM entry WHERE tag=$a"); }, StoreStatus::damaged,
+     damaged, "second", damaged},
+    {"entries swapped",
+     [](auto& test) {
+         test.sql(
+             "CREATE TEMP TABLE t AS SELECT * FROM entry;"
+             "UPDATE entry SET sealed=(SELECT sealed FROM t WHERE tag=$b) WHERE tag=$a;"
+             "UPDATE entry SET sealed=(SELECT sealed FROM t WHERE tag=$a) WHERE tag=$b");
+     },
+     StoreStatus::damaged, damaged, damaged, damaged},
+    {"entry moved to another name",
+     [](auto& test) { test.sql("DELETE FROM entry WHERE tag=$a; UPDATE entry SET tag=$a WHERE tag=$c"); },
+     StoreStatus::damaged, damaged, "second", damaged},
+    {"entry of another suite",
+     [](auto& test) {
+         const fs::path other =
+             test.data() / "test-host/store" / hexadecimal(storeID("suite")) / "entries.db";
+         test.sql("ATTACH '" + other.native() +
+                  "' AS o; UPDATE entry SET sealed=(SELECT max(sealed) FROM o.entry "
+                  "WHERE tag>x'') WHERE tag=$a");
+     },
+     StoreStatus::damaged, damaged, "second", damaged},
+    {"older entry put back under its name",
+     [](auto& test) {
+         test.sql("ATTACH '" + (test.data() / "older.rows").native() +
+                  "' AS o; UPDATE entry SET sealed=(SELECT sealed FROM o.entry WHERE tag=$a) WHERE tag=$a");
+     },
+     StoreStatus::rolledBack},
+    {"older summary put back",
+     [](auto& test) {
+         test.sql("ATTACH '" + (test.data() / "older.rows").native() +
+                  "' AS o; UPDATE entry SET sealed=(SELECT sealed FROM o.entry WHERE tag=x'') WHERE tag=x''");
+     },
+     StoreStatus::rolledBack},
+    {"summary deleted", [](auto& test) { test.sql("DELETE FROM entry WHERE tag=x''"); }, StoreStatus::damaged,
+     "first", "second", damaged},
+    {"summary flipped",
+     [](auto& test) {
+         test.sql(
+             "UPDATE entry SET sealed = substr(sealed, 1, 60) || x'00' || substr(sealed, 62) WHERE tag=x''");
+     },
+     StoreStatus::damaged, "first", "second", damaged},
+};
+
+class EveryDamage : public StoreDamageTest, public ::testing::WithParamInterface<Row> {};
+
+TEST_P(EveryDamage, IsToldAndHarmsNothingElse) {
+    const Row& row = GetParam();
+    fill();
+    row.happens(*this);
+    const bool hadKey = fs::exists(fs::symlink_status(key()));
+    const SecureDefaults store = SecureDefaults::shared();
+    EXPECT_TRUE(store.isKeyCreated());
+
+    EXPECT_EQ(store.status(), row.status);
+    const std::string reason(describe(row.status));
+    EXPECT_EQ(readText(store, "a"), row.a.empty() ? reason : row.a);
+    EXPECT_EQ(readText(store, "b"), row.b.empty() ? reason : row.b);
+    EXPECT_EQ(readText(store, "none"), row.none.empty() ? reason : row.none);
+    EXPECT_EQ(store.verify().status, row.status);
+    EXPECT_EQ(readText(*SecureDefaults::suite("suite"), "a"), row.otherSuite);
+    EXPECT_EQ(faults.empty(), row.status == StoreStatus::ok);
+    if (faults.empty()) return;
+
+    EXPECT_EQ(faults.front().status, row.status);
+    EXPECT_EQ(faults.front().domain, "test-host");
+    EXPECT_EQ(lines.front(), "The encrypted store \"test-host\": " + reason + ".");
+    EXPECT_EQ(lines.size(), faults.size());
+    EXPECT_NE(store.setPassword("another"), StoreStatus::ok);
+    EXPECT_EQ(fs::exists(fs::symlink_status(key())), hadKey);
+
+    EXPECT_EQ(store.reset(), StoreStatus::ok);
+    EXPECT_EQ(store.setPassword("another"), StoreStatus::ok);
+    EXPECT_EQ(store.set("a", "anew"), StoreStatus::ok);
+    reopen();
+    EXPECT_EQ(readText(store, "a"), "anew");
+    EXPECT_EQ(store.verify().status, StoreStatus::ok);
+}
+
+INSTANTIATE_TEST_SUITE_P(Store, EveryDamage, ::testing::ValuesIn(rows), [](const auto& test) {
+    std::string name = test.param.name;
+    std::replace(name.begin(), name.end(), ' ', '_');
+    return name;
+});
+
+// A clear ends the damage; writes go on in a store of which something is damaged.
+TEST_F(StoreDamageTest, GoesOnBesideTheDamage) {
+    fill();
+    sql("UPDATE entry SET sealed = x'00' WHERE tag=$a");
+    const SecureDefaults store = SecureDefaults::shared();
+    EXPECT_EQ(store.set("b", "rewritten"), StoreStatus::ok);
+    EXPECT_EQ(readText(store, "b"), "rewritten");
+    EXPECT_THAT(store.keys(), ::testing::ElementsAre("b", "c"));
+    const StoreReport report = store.verify();
+    EXPECT_EQ(report.readable, 2U);
+    EXPECT_EQ(report.damaged, 1U);
+    EXPECT_EQ(SecureDefaults::removePersistentDomain("test-host"), StoreStatus::ok);
+    EXPECT_EQ(readText(store, "a"), "-");
+    EXPECT_EQ(store.verify().status, StoreStatus::ok);
+}
+
+// Anywhere in the data: no value is ever wrong, and what cannot be read is told.
+TEST_F(StoreDamageTest, FlippedBytesNeverGiveAWrongValue) {
+    std::mt19937 random(11);
+    const SecureDefaults store = storeWithKey();
+    for (int round = 0; round < 3; ++round) {
+        for (int i = 0; i < 50; ++i) store.set(std::to_string(i), std::string(100, 'x') + std::to_string(i));
+        if (round == 1) sql("PRAGMA wal_checkpoint(TRUNCATE)");  // so that both files hold what counts
+    }
+    reopen();
+    const fs::path copy = data() / "copy";
+    fs::copy(folder(), copy);
+    int harmed = 0, served = 0;
+    for (int trial = 0; trial < 150; ++trial) {
+        fs::remove_all(folder());
+        fs::copy(copy, folder());
+        const fs::path& file = trial % 2 == 0 ? database() : log();
+        const auto size = trial % 2 == 0 ? fs::file_size(file) : 51U * 4120;
+        for (int bytes = trial % 4; bytes >= 0; --bytes)
+            flip(file, static_cast<std::streamoff>(random() % size));
+        const StoreStatus status = store.status();
+        for (int i = 0; i < 50; ++i) {
+            const std::string text = readText(store, std::to_string(i));
+            const bool isRight = text == std::string(100, 'x') + std::to_string(i);
+            served += isRight ? 1 : 0;
+            EXPECT_TRUE(isRight || (status != StoreStatus::ok && text != "-" && text[0] != 'x'))
+                << trial << text;
+        }
+        harmed += status != StoreStatus::ok ? 1 : 0;
+        reopen();
+    }
+    EXPECT_GT(harmed, 50);
+    EXPECT_GT(served, 50 * 25);
+}
+
+TEST_F(StoreDamageTest, FullDisk) {
+    const SecureDefaults store = storeWithKey();
+    ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{4 << 20, RLIM_INFINITY};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    int written = 0;
+    StoreStatus status = StoreStatus::ok;
+    while (written < 100 && status == StoreStatus::ok) {
+        status =
+            store.set(std::to_string(written), std::string(100000, static_cast<char>('a' + written % 26)));
+        written += status == StoreStatus::ok ? 1 : 0;
+    }
+    EXPECT_EQ(status, StoreStatus::diskFull);
+    EXPECT_EQ(faults.back().status, StoreStatus::diskFull);
+    EXPECT_EQ(faults.back().key, std::to_string(written));
+    const auto expectAll = [&] {
+        for (int i = 0; i < written; ++i)
+            EXPECT_EQ(readText(store, std::to_string(i)),
+                      std::string(100000, static_cast<char>('a' + i % 26)));
+        EXPECT_EQ(readText(store, std::to_string(written)), "-");
+    };
+    expectAll();
+    const rlimit none{RLIM_INFINITY, RLIM_INFINITY};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &none), 0);
+    reopen();
+    expectAll();
+    EXPECT_EQ(store.set(std::to_string(written), "x"), StoreStatus::ok);
+    EXPECT_EQ(store.verify().status, StoreStatus::ok);
+}
+
+TEST_F(StoreDamageTest, PlaceThatCannotBeWrittenTo) {
+    fill();
+    fs::create_directories(data() / "empty");
+    const uid_t user = ::geteuid() == 0 ? 65534 : ::geteuid();  // root may write anywhere
+    for (const auto& root : {directory(), data(), state()}) EXPECT_EQ(::chown(root.c_str(), user, user), 0);
+    for (const auto& file : files()) {
+        EXPECT_EQ(::chown(file.c_str(), user, user), 0);
+        ::chmod(file.c_str(), fs::is_directory(file) ? 0500 : 0400);
+    }
+    EXPECT_TRUE(inChild([&] {
+        if (::setuid(user) != 0) return false;
+        const SecureDefaults store = SecureDefaults::shared();
+        const bool opened = store.status() == StoreStatus::readOnly;
+        const bool read = readText(store, "a") == describe(StoreStatus::readOnly);
+        ::setenv("XDG_DATA_HOME", (data() / "empty").c_str(), 1);
+        return opened && read && store.set("a", "x") == StoreStatus::readOnly &&
+               SecureDefaults::suite("new")->setPassword("p") == StoreStatus::readOnly;
+    }));
+    for (const auto& file : files()) ::chmod(file.c_str(), 0700);
+}
+
+}  // namespace
+}  // namespace torvel
