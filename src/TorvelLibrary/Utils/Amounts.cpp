@@ -94,10 +94,11 @@ std::string getDisplayAmountWithoutCurrency(std::string_view amount, const std::
     if (!number) return {};
     Money& money = sharedMoney();
     const std::lock_guard lock(money.mutex);
-    currencyFormatter().setMinimumFractionDigits(withDecimals ? 2 : 0);
+    NumberFormatter& formatter = currencyFormatter();
+    formatter.setMinimumFractionDigits(withDecimals ? 2 : 0);
     chooseLocale(money, currency);
-    currencyFormatter().setLocale(money.locale);
-    const std::optional<std::string> text = currencyFormatter().string(*number);
+    formatter.setLocale(money.locale);
+    const std::optional<std::string> text = formatter.string(*number);
     if (!text) return {};
     const std::string& symbol = money.symbol ? *money.symbol : currency;
     const std::string rest = removingOccurrences(*text, symbol);

@@ -5,6 +5,7 @@
 #include "TorvelPlatform/foundation/Text.h"
 
 #include <charconv>
+#include <cmath>
 
 namespace torvel {
 namespace {
@@ -18,7 +19,12 @@ std::string digits(auto number, Form... form) {
 }
 
 std::string description(std::int64_t number) { return digits(number); }
-std::string description(double number) { return digits(number, std::chars_format::general); }
+
+// As the platform describes it: an exponent only for what is very small or very large.
+std::string description(double number) {
+    const bool isPlain = std::abs(number) >= 1e-4 && std::abs(number) < 1e16;
+    return digits(number, isPlain ? std::chars_format::fixed : std::chars_format::scientific);
+}
 
 }  // namespace
 

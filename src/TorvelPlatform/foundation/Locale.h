@@ -32,7 +32,7 @@ class Locale {
     // The symbol of the currency of the locale's region, as the locale writes it. Absent without a region or
     // when it is the generic sign U+00A4.
     std::optional<std::string> currencySymbol() const;
-    bool operator==(const Locale&) const = default;
+    auto operator<=>(const Locale&) const = default;
 
   private:
     std::string m_identifier;

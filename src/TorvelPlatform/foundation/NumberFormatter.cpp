@@ -3,6 +3,8 @@
 #include "TorvelPlatform/foundation/UnicodeText.h"
 
 #include <cmath>
+#include <map>
+#include <mutex>
 
 #include <unicode/decimfmt.h>
 #include <unicode/numberformatter.h>
@@ -48,20 +50,40 @@ struct NumberFormatter::Formatter {
         if (settings.groupingSeparator) setSeparator(*decimal, *settings.groupingSeparator);
     }
 
-    std::unique_ptr<icu::DecimalFormat> decimal;
+    std::unique_ptr<icu::DecimalFormat> decimal;  // only read, which any thread may do
+};
+
+// The formatters that the process keeps, for ever. Beyond the bound they are built anew each time.
+class NumberFormatter::Formatters {
+  public:
+    static std::shared_ptr<const Formatter> of(const Settings& settings) {
+        static Formatters& kept = *new Formatters;  // usable until the very end
+        return kept.found(settings);
+    }
+
+  private:
+    static constexpr std::size_t bound = 64;
+
+    std::shared_ptr<const Formatter> found(const Settings& settings) {
+        const std::lock_guard lock(m_mutex);
+        if (const auto known = m_formatters.find(settings); known != m_formatters.end()) return known->second;
+        auto formatter = std::make_shared<const Formatter>(settings);
+        if (m_formatters.size() < bound) m_formatters.emplace(settings, formatter);
+        return formatter;
+    }
+
+    std::mutex m_mutex;
+    std::map<Settings, std::shared_ptr<const Formatter>> m_formatters;
 };
 
 NumberFormatter::NumberFormatter(Style numberStyle, const Locale& locale)
-    : m_settings{numberStyle, locale, {}, {}, {}, {}} {}
-
-NumberFormatter::~NumberFormatter() = default;
+    : m_settings{numberStyle, locale, {}, {}, {}, {}}, m_formatter(Formatters::of(m_settings)) {}
 
 template <class T, class Value>
 void NumberFormatter::set(T Settings::*setting, const Value& value) {
-    const std::lock_guard lock(m_mutex);
     if (m_settings.*setting == value) return;
     m_settings.*setting = value;
-    m_formatter.reset();
+    m_formatter = Formatters::of(m_settings);
 }
 
 void NumberFormatter::setLocale(const Locale& locale) { set(&Settings::locale, locale); }
@@ -80,14 +102,8 @@ void NumberFormatter::setGroupingSeparator(std::string_view separator) {
 
 void NumberFormatter::setRoundingMode(RoundingMode mode) { set(&Settings::roundingMode, mode); }
 
-const NumberFormatter::Formatter& NumberFormatter::formatter() const {
-    if (!m_formatter) m_formatter = std::make_unique<const Formatter>(m_settings);
-    return *m_formatter;
-}
-
 std::optional<std::string> NumberFormatter::string(double number) const {
-    const std::lock_guard lock(m_mutex);
-    const auto& decimal = formatter().decimal;
+    const auto& decimal = m_formatter->decimal;
     if (!decimal) return std::nullopt;
     // What DecimalFormat itself formats with, without the copy that it makes of the text.
     UErrorCode error = U_ZERO_ERROR;
@@ -99,8 +115,7 @@ std::optional<std::string> NumberFormatter::string(double number) const {
 }
 
 std::optional<NumberFormatter::Number> NumberFormatter::number(std::string_view text) const {
-    const std::lock_guard lock(m_mutex);
-    const auto& decimal = formatter().decimal;
+    const auto& decimal = m_formatter->decimal;
     if (!decimal) return std::nullopt;
     const icu::UnicodeString source = unicodeText(text);
     icu::Formattable parsed;

@@ -68,7 +68,10 @@ class Predicate::Patterns {
 
 Predicate Predicate::matches(std::string_view pattern) {
     static Patterns& kept = *new Patterns;  // usable until the very end
-    return Predicate(kept.of(pattern));
+    // Most texts are checked again and again while they are typed.
+    thread_local std::shared_ptr<const Pattern> last;
+    if (!last || last->text != pattern) last = kept.of(pattern);
+    return Predicate(last);
 }
 
 bool Predicate::evaluate(std::string_view with) const {

@@ -4,7 +4,6 @@
 #include <string_view>
 
 #include <unicode/unistr.h>
-#include <unicode/ustring.h>
 
 namespace torvel {
 
@@ -14,16 +13,16 @@ inline icu::UnicodeString unicodeText(std::string_view text) {
 }
 
 inline std::string utf8Text(const icu::UnicodeString& text) {
-    // A short text, an amount say, takes ICU's general conversion longer than its formatting should.
-    constexpr std::int32_t shortLength = 64;
-    char buffer[3 * shortLength];
-    std::string out;
-    if (text.length() > shortLength) return text.toUTF8String(out);
-    std::int32_t length = 0;
-    UErrorCode error = U_ZERO_ERROR;
-    u_strToUTF8WithSub(buffer, sizeof buffer, &length, text.getBuffer(), text.length(), 0xFFFD, nullptr,
-                       &error);
-    return out.assign(buffer, static_cast<std::size_t>(length));
+    const std::u16string_view units(text.getBuffer(), static_cast<std::size_t>(text.length()));
+    std::string out(units.size(), '\0');
+    char16_t all = 0;
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        all |= units[i];
+        out[i] = static_cast<char>(units[i]);
+    }
+    if (all < 0x80) return out;  // most texts are ASCII
+    out.clear();
+    return text.toUTF8String(out);
 }
 
 }  // namespace torvel

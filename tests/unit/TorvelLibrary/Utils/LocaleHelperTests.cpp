@@ -46,6 +46,9 @@ TEST_F(Localisation, AMalformedTableIsReportedOnceAndCountsAsAbsent) {
                     EXPECT_EQ(other.localizedString("key", "value", "T"), "value");
                 }),
                 ::testing::MatchesRegex(" .*ERROR.* -> /.*/other/T.strings: line 2: .*\n"));
+    addTable("third", "root");
+    addResource("third/fr.lproj/T.strings", "key = ;");
+    EXPECT_EQ(Bundle::at(directory() / "third")->localizedString("key", "value", "T"), "root");
 }
 
 TEST_F(Localisation, TheMainBundleComesFirstThenTheCallersThenNoLanguage) {

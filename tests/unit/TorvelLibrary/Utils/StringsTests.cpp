@@ -96,6 +96,9 @@ TEST_F(Strings, NumbersAreReadInEnglish) {
         {"0.0001", "0.0001"},
         {"9007199254740993", "9007199254740993"},
         {"100000000000000000000", "1e+20"},
+        {"1234567,5", "1234567.5"},
+        {"1234567890123.25", "1234567890123.25"},
+        {"0.00005", "5e-05"},
     };
     for (const auto& [typed, number] : rows) EXPECT_EQ(Utils::getEnglishNumber(typed), number) << typed;
     for (const char* typed : {"abc", "12abc", "1,000,000", "1 000", "", ","})

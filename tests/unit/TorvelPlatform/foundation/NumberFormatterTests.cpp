@@ -75,5 +75,22 @@ TEST(NumberFormatter, ReadsNumbersToTheirEnd) {
         EXPECT_EQ(formatter.number(text), std::nullopt) << text;
 }
 
+TEST(NumberFormatter, ServesThreads) {
+    const NumberFormatter shared(Style::currency, Locale("en_US"));
+    const auto write = [&shared] {
+        NumberFormatter own(Style::currency, Locale("en_US"));
+        for (int i = 0; i < 200; ++i) {
+            EXPECT_EQ(shared.string(5), "$5.00");
+            EXPECT_EQ(shared.number("$5.50"), NumberFormatter::Number(5.5));
+            own.setMaximumFractionDigits(i);  // more settings than are kept
+            own.setLocale(Locale(i % 2 == 0 ? "en_GB" : "en_US"));
+            EXPECT_EQ(own.string(0.5)->substr(0, 2), i % 2 == 0 ? "\u00A3" : "$0");
+        }
+    };
+    std::thread other(write);
+    write();
+    other.join();
+}
+
 }  // namespace
 }  // namespace torvel
