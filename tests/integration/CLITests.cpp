@@ -321,5 +321,25 @@ TEST_F(CLITest, HelpsEverywhere) {
     EXPECT_THAT(torvel("call --help").out, ContainsRegex("\n  --timeout S +seconds"));
 }
 
+TEST_F(CLITest, LooksIntoStores) {
+    setenv("XDG_DATA_HOME", (m_directory / "data").c_str(), 1);
+    setenv("XDG_STATE_HOME", (m_directory / "state").c_str(), 1);
+    EXPECT_EQ(torvel("store list").out, "");
+    EXPECT_EQ(torvel("store set b 'a text' --suite s").exit, 0);
+    EXPECT_EQ(torvel("store set a 1 --suite s").exit, 0);
+    EXPECT_EQ(torvel("store list --suite s").out, "a\ttext\nb\ttext\n");
+    EXPECT_EQ(torvel("store get b --suite s --show").out, "b\ttext\ta text\n");
+    EXPECT_EQ(torvel("store get b --suite s --host other").out, "torvel store: there is no entry b\n");
+    EXPECT_EQ(torvel("store remove b --suite s").exit, 0);
+    EXPECT_EQ(torvel("store verify --suite s").out, "1 entries can be read\n");
+    EXPECT_EQ(torvel("store clear --suite s").exit, 0);
+    EXPECT_EQ(torvel("store list --suite s").out, "");
+    std::filesystem::remove_all(m_directory / "state");
+    for (const char* action : {"list", "get a", "set a b", "clear"})
+        EXPECT_EQ(torvel(std::string("store ").append(action).append(" --suite s")).exit, 1) << action;
+    for (const char* misuse : {"", "wash", "get", "list a", "set a", "list --suite torvel"})
+        EXPECT_EQ(torvel(std::string("store ").append(misuse)).exit, 2) << misuse;
+}
+
 }  // namespace
 }  // namespace torvel::sandbox
