@@ -22,6 +22,9 @@ extern const Command serveCommand;
 extern const Command callCommand;
 extern const Command sealCommand;
 extern const Command openCommand;
+extern const Command cardCommand;
+extern const Command amountCommand;
+extern const Command validateCommand;
 extern const Command storeCommand;
 
 }  // namespace torvel::cli

@@ -3,6 +3,7 @@
 #include "TorvelLibrary/Data/Remote/Networking/APITimeError.h"
 #include "TorvelLibrary/TorvelLibraryBuilder.h"
 #include "TorvelPlatform/foundation/Bundle.h"
+#include "cli/HostFiles.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -13,12 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
-
-// In the build tree and where it is installed: beside the folder of the programs.
-fs::path sampleResources() {
-    std::error_code failed;
-    return fs::read_symlink("/proc/self/exe", failed).parent_path().parent_path() / "share/torvel-sample";
-}
 
 bool writeFile(const fs::path& file, const std::string& bytes) {
     return static_cast<bool>(std::ofstream(file, std::ios::binary).write(bytes.data(), std::ssize(bytes)));

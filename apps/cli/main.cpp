@@ -10,7 +10,8 @@ namespace torvel::cli {
 namespace {
 
 const Command* const commands[] = {
-    &demoCommand, &serveCommand, &callCommand, &sealCommand, &openCommand, &storeCommand,
+    &demoCommand, &serveCommand,  &callCommand,     &sealCommand,  &openCommand,
+    &cardCommand, &amountCommand, &validateCommand, &storeCommand,
 };
 
 std::string toolHelp() {

@@ -280,10 +280,41 @@ TEST_F(CLITest, SaysWhatIsWrongInOneLine) {
     });
 }
 
+TEST_F(CLITest, ChecksTypedTextsByTheConfiguration) {
+    setenv("LC_ALL", "en_US.UTF-8", 1);
+    std::filesystem::create_directory(m_directory / "en.lproj");
+    write("en.lproj/Configurations.strings",
+          "torvel_mobileno_regex = \"[0-9]+\"; torvel_username_regex = \"[a-z\";"
+          "torvel_currency_symbol = \"$\"; torvel_currency_prefix = true;");
+    const std::vector<Row> rows = {
+        {"card", "card 4111111111111111 --expiry 08/2099 --name Ada", 1, "or its date is not in the conf"},
+        {"card and its scheme", "card 4111111111111111 --name Ada", 0, "^Visa\n$"},
+        {"check digit and name", "card 4111111111111112 --name 1", 1,
+         "^torvel card: the check digit is wrong; the name is not in the configured form\n$"},
+        {"no month", "card 4111111111111111 --expiry 13/30", 1, "the expiry date is no month and year\n$"},
+        {"unknown scheme", "card 0", 1, "^torvel card: no scheme has such a number\n$"},
+        {"not digits", "card 4111-1111", 2, "NUMBER: '4111-1111' is not made of the digits"},
+        {"amount", "amount 1234.567 --decimals", 0, "^1\\.234,56 \u20AC\n$"},
+        {"amount and currency", "amount 1234 --currency '$' --decimals", 0, "^1,234\\.00 [$]\n$"},
+        {"amount of a bundle", "amount 5 --bundle \"$DIR\"", 0, "^[$] 5\n$"},
+        {"amount mirrored", "amount 5 --bundle \"$DIR\" --direction rtl", 0, "^5 [$]\n$"},
+        {"no amount", "amount 1,5", 1, "'1,5' is no amount"},
+        {"no direction", "amount 5 --direction up", 2, "is neither ltr nor rtl"},
+        {"valid", "validate mobile 12 --bundle \"$DIR\"", 0, "^valid\n$"},
+        {"not valid", "validate mobile 12x --bundle \"$DIR\"", 1, "^torvel validate: not valid as mobile\n$"},
+        {"invalid pattern", "validate user ada --bundle \"$DIR\"", 1,
+         "ERROR.*Invalid regular expression .*a-z"},
+        {"no kind", "validate pin 1234", 2, "'pin' is no kind"},
+        {"no configuration", "validate mobile 12 --bundle \"$DIR/en.lproj\"", 1, "there is no en.lproj/Conf"},
+    };
+    expectRows(rows, [this](const std::string& arguments) { return torvel(arguments); });
+}
+
 TEST_F(CLITest, HelpsEverywhere) {
     EXPECT_THAT(torvel("--version").out, testing::MatchesRegex("torvel [0-9]+\\.[0-9]+\\.[0-9]+\n"));
     const std::string help = torvel("--help").out;
-    for (const std::string command : {"demo", "serve", "call", "seal", "open"}) {
+    for (const std::string command :
+         {"demo", "serve", "call", "seal", "open", "card", "amount", "validate"}) {
         EXPECT_THAT(help, HasSubstr("\n  " + command + " "));
         EXPECT_THAT(torvel(command + " --help").out, StartsWith("Usage: torvel " + command));
     }

@@ -14,12 +14,14 @@
 
 namespace torvel::testing {
 
-// A host application with an empty main bundle of its own, removed afterwards.
+// A host application with an empty main bundle and folders of its own, removed afterwards.
 class HostFixture : public ::testing::Test {
   protected:
     HostFixture() {
         std::string name = (std::filesystem::temp_directory_path() / "torvel-test-XXXXXX").string();
         m_directory = ::mkdtemp(name.data());
+        ::setenv("XDG_DATA_HOME", (m_directory / "data").c_str(), 1);
+        ::setenv("XDG_STATE_HOME", (m_directory / "state").c_str(), 1);
         Bundle::setMain(m_directory, "test-host");
     }
     ~HostFixture() override { std::filesystem::remove_all(m_directory); }

@@ -1,6 +1,9 @@
 #include "TorvelLibrary/Utils/LocaleHelper.h"
 
+#include "TorvelLibrary/Utils/SharedStore.h"
 #include "TorvelPlatform/foundation/Guarded.h"
+#include "TorvelPlatform/foundation/Locale.h"
+#include "TorvelPlatform/foundation/ScreenEnvironment.h"
 
 #include <vector>
 
@@ -12,10 +15,15 @@ Guarded<std::string>& defaultAppLanguage() {
     return language;
 }
 
-// The stored languages, the one in force first.
-Guarded<std::vector<std::string>>& appleLanguages() {
-    static auto& languages = *new Guarded<std::vector<std::string>>;
-    return languages;
+constexpr std::string_view languagesKey = "AppleLanguages";
+
+// The stored languages, the one in force first. Always in the shared store: a host that sets a default suite
+// later would otherwise lose its users' language.
+std::vector<std::string> appleLanguages() {
+    const auto store = sharedStore();
+    const auto value = store ? store->object(languagesKey) : std::nullopt;
+    auto languages = value ? value->stringArrayValue() : std::nullopt;
+    return std::move(languages).value_or(std::vector<std::string>());
 }
 
 std::optional<Bundle> languageFolder(const Bundle& bundle, std::string_view current,
@@ -31,13 +39,16 @@ void LocaleHelper::doTheSwizzling() {
 }
 
 std::string LocaleHelper::currentAppleLanguage() {
-    const std::vector<std::string> languages = appleLanguages().load();
+    const std::vector<std::string> languages = appleLanguages();
     if (languages.empty()) return getDefaultAppLanguage();
     return languages.front().substr(0, languages.front().find('-'));
 }
 
 void LocaleHelper::setAppleLanguageTo(std::string_view lang) {
-    appleLanguages().store({std::string(lang), currentAppleLanguage()});
+    const PropertyValue::Array languages{lang, currentAppleLanguage()};
+    if (const auto store = sharedStore()) store->set(languagesKey, languages);
+    ScreenEnvironment::direction = Locale::isRightToLeft(lang) ? ScreenEnvironment::Direction::rightToLeft
+                                                               : ScreenEnvironment::Direction::leftToRight;
 }
 
 void LocaleHelper::setDefaultAppLanguageTo(std::string_view lang) {

@@ -18,7 +18,8 @@ class LocaleHelper {
     // The language in force, without its region ("en-GB" gives "en"): the first of the stored ones, or the
     // default language when none is stored.
     static std::string currentAppleLanguage();
-    // Makes `lang` the language in force; the previous one stays second.
+    // Makes `lang` the language in force, on disk when it returns; the previous one stays second. The writing
+    // direction of the screen becomes the language's.
     static void setAppleLanguageTo(std::string_view lang);
 
     // The language whose folder is used where the chosen one has none; "en" at first. Any thread.

@@ -1,6 +1,6 @@
 #include "TorvelLibrary/Utils/UserStorageHelper.h"
 
-#include "TorvelPlatform/defaults/SecureDefaults.h"
+#include "TorvelLibrary/Utils/SharedStore.h"
 #include "TorvelPlatform/foundation/UUID.h"
 
 namespace torvel {
@@ -17,11 +17,15 @@ std::optional<SecureDefaults> chosenStore(const UserStorageHelper::Suite& inSuit
     return SecureDefaults::shared();
 }
 
-std::optional<SecureDefaults> storeReference(const UserStorageHelper::Suite& inSuite) {
-    const std::optional<SecureDefaults> store = chosenStore(inSuite);
+// The store once it has a key: one that lacks it gets its first from a random identifier.
+std::optional<SecureDefaults> withKey(std::optional<SecureDefaults> store) {
     const bool lacksKey = store && !store->isKeyCreated();
     if (lacksKey && store->setPassword(randomUUIDString()) != StoreStatus::ok) return std::nullopt;
     return store;
+}
+
+std::optional<SecureDefaults> storeReference(const UserStorageHelper::Suite& inSuite) {
+    return withKey(chosenStore(inSuite));
 }
 
 // The value of a kind as it was stored.
@@ -44,6 +48,8 @@ std::optional<T> number(std::string_view key, const UserStorageHelper::Suite& in
 }
 
 }  // namespace
+
+std::optional<SecureDefaults> sharedStore() { return withKey(SecureDefaults::shared()); }
 
 void UserStorageHelper::initialSetup(const Suite& suiteName) {
     defaultSuite() = suiteName.value_or("");

@@ -46,6 +46,15 @@ class Utils {
     static std::int64_t getDebitCardLength();
     // While this one, like every length that is kept as a number, has a fallback (4).
     static std::int64_t getDebitPINLength();
+
+    // --- Numbers ---
+    // Decimal digits, each drawn on its own from a generator fit for secrets. A negative length stops the
+    // process.
+    static std::string getRandomNumericString(std::int64_t length);
+    // A number that was typed with a comma or the Arabic decimal separator, in digits of any script, with a
+    // dot and in English digits ("1.5"); the empty text unless the whole text is a number. Deliberate: a
+    // comma never groups, so that "1,000" is 1.
+    static std::string getEnglishNumber(std::string_view numStr);
 };
 
 }  // namespace torvel

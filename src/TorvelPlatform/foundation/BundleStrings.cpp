@@ -10,7 +10,7 @@ namespace {
 
 std::atomic<Bundle::LookUp> lookUpReplacement{nullptr};
 
-// The first of the files that exists; one that is malformed ends the search.
+// The first of the files that holds a table.
 std::optional<StringsTable> readTable(const std::filesystem::path& directory, std::string_view languageFolder,
                                       std::string_view name) {
     const std::string file = std::string(name) + ".strings";
@@ -22,7 +22,6 @@ std::optional<StringsTable> readTable(const std::filesystem::path& directory, st
                            : PropertyListError{bytes.error().localizedDescription};
         if (table) return std::move(table).value();
         reportDiagnostic(path.native() + ": " + table.error().description);
-        return std::nullopt;
     }
     return std::nullopt;
 }

@@ -76,6 +76,13 @@ bool CharacterSet::contains(char32_t scalar) const {
     return m_set->unicode.contains(static_cast<UChar32>(scalar));
 }
 
+std::string_view CharacterSet::trimming(std::string_view text) const {
+    const auto length = static_cast<std::int32_t>(text.size());
+    const std::int32_t end = m_set->unicode.spanBackUTF8(text.data(), length, USET_SPAN_CONTAINED);
+    const std::int32_t start = m_set->unicode.spanUTF8(text.data(), end, USET_SPAN_CONTAINED);
+    return text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(end - start));
+}
+
 CharacterSet CharacterSet::unionWith(const CharacterSet& other) const {
     icu::UnicodeSet both;
     both.addAll(m_set->unicode).addAll(other.m_set->unicode);

@@ -29,6 +29,8 @@ class CharacterSet {
     static const CharacterSet& urlPathAllowed();
 
     bool contains(char32_t scalar) const;
+    // The text without the set's scalars at both its ends.
+    std::string_view trimming(std::string_view text) const;
     CharacterSet unionWith(const CharacterSet& other) const;
     CharacterSet inverted() const;
 

@@ -1,6 +1,7 @@
 #include "TorvelPlatform/foundation/Characters.h"
 
 #include "TorvelPlatform/foundation/FatalError.h"
+#include "TorvelPlatform/foundation/UnicodeText.h"
 
 #include <memory>
 
@@ -20,13 +21,10 @@ bool isPlain(std::string_view text) {
     return special == 0;
 }
 
-struct Walk {
-    std::size_t characters = 0;
-    std::size_t length = 0;
-};
-
-// Walks over at most `limit` characters. Made per call: an iterator keeps pointing at its text.
-Walk walkClusters(std::string_view text, std::size_t limit) {
+// Calls `visit` with the end of each character in turn while it returns true. The iterator is made per call:
+// it keeps pointing at its text.
+template <class Visit>
+void visitClusters(std::string_view text, Visit visit) {
     UErrorCode error = U_ZERO_ERROR;
     const std::unique_ptr<icu::BreakIterator> boundaries(
         icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), error));
@@ -35,10 +33,23 @@ Walk walkClusters(std::string_view text, std::size_t limit) {
     if (U_SUCCESS(error)) boundaries->setText(source.get(), error);
     if (U_FAILURE(error)) fatalError("Characters: the Unicode library has no data");
 
+    for (std::int32_t end; (end = boundaries->next()) != icu::BreakIterator::DONE;)
+        if (!visit(static_cast<std::size_t>(end))) return;
+}
+
+struct Walk {
+    std::size_t characters = 0;
+    std::size_t length = 0;
+};
+
+// Walks over at most `limit` characters.
+Walk walkClusters(std::string_view text, std::size_t limit) {
     Walk walk;
-    for (std::int32_t end; walk.characters < limit && (end = boundaries->next()) != icu::BreakIterator::DONE;
-         ++walk.characters)
-        walk.length = static_cast<std::size_t>(end);
+    if (limit == 0) return walk;
+    visitClusters(text, [&](std::size_t end) {
+        walk.length = end;
+        return ++walk.characters < limit;
+    });
     return walk;
 }
 
@@ -56,6 +67,30 @@ std::size_t characterCount(std::string_view text) { return walk(text, text.size(
 
 std::size_t characterPrefixLength(std::string_view text, std::size_t count) {
     return walk(text, count).length;
+}
+
+std::vector<std::string_view> characters(std::string_view text) {
+    std::vector<std::string_view> found;
+    found.reserve(text.size());
+    if (isPlain(text)) {
+        for (std::size_t i = 0; i < text.size(); ++i) found.push_back(text.substr(i, 1));
+        return found;
+    }
+    std::size_t start = 0;
+    visitClusters(text, [&](std::size_t end) {
+        found.push_back(text.substr(start, end - start));
+        start = end;
+        return true;
+    });
+    return found;
+}
+
+std::u32string unicodeScalars(std::string_view text) {
+    const icu::UnicodeString source = unicodeText(text);
+    std::u32string scalars;
+    for (std::int32_t i = 0; i < source.length(); i = source.moveIndex32(i, 1))
+        scalars.push_back(static_cast<char32_t>(source.char32At(i)));
+    return scalars;
 }
 
 }  // namespace torvel

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
+#include <vector>
 
 // Characters as a reader counts them: extended grapheme clusters (UAX 29). CR LF is one. What is not valid
 // UTF-8 counts as replacement characters. Any thread.
@@ -11,5 +13,11 @@ std::size_t characterCount(std::string_view text);
 
 // The length in bytes of the first `count` characters, or of the whole text when it has no more.
 std::size_t characterPrefixLength(std::string_view text, std::size_t count);
+
+// The characters, each a part of the text.
+std::vector<std::string_view> characters(std::string_view text);
+
+// The Unicode scalar values that make up a text, U+FFFD where it is not valid UTF-8.
+std::u32string unicodeScalars(std::string_view text);
 
 }  // namespace torvel

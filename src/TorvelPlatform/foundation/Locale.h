@@ -1,6 +1,8 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -18,8 +20,19 @@ class Locale {
     // LC_MESSAGES or LANG. Never empty. Read once a process.
     static const std::vector<std::string>& preferredLanguages();
 
+    // The identifiers that there is data for, in ICU's order.
+    static const std::vector<std::string>& availableIdentifiers();
+    // The first of the available locales with a currency symbol. They are walked once a process.
+    static std::optional<Locale> withCurrencySymbol(std::string_view symbol);
+
+    // Whether a language ("ar", "he-IL") is written from right to left.
+    static bool isRightToLeft(std::string_view language);
+
     const std::string& identifier() const { return m_identifier; }
-    bool operator==(const Locale&) const = default;
+    // The symbol of the currency of the locale's region, as the locale writes it. Absent without a region or
+    // when it is the generic sign U+00A4.
+    std::optional<std::string> currencySymbol() const;
+    auto operator<=>(const Locale&) const = default;
 
   private:
     std::string m_identifier;

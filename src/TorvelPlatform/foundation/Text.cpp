@@ -1,15 +1,48 @@
 #include "TorvelPlatform/foundation/Text.h"
 
-namespace torvel {
+#include "TorvelPlatform/foundation/UnicodeText.h"
 
-std::string removingOccurrences(std::string_view text, std::string_view part) {
-    std::string rest;
-    rest.reserve(text.size());
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+
+#include <locale.h>
+#include <unicode/locid.h>
+
+namespace torvel {
+namespace {
+
+// A number too small to tell from zero is zero, one too large none. The standard library tells neither.
+std::optional<double> beyondRange(std::string_view text) {
+    static const locale_t plain = ::newlocale(LC_ALL_MASK, "C", nullptr);  // kept for ever
+    const double number = ::strtod_l(std::string(text).c_str(), nullptr, plain);
+    return std::isfinite(number) ? std::optional<double>(number) : std::nullopt;
+}
+
+}  // namespace
+
+std::string replacingOccurrences(std::string_view text, std::string_view part, std::string_view with) {
+    std::string replaced;
+    replaced.reserve(text.size());
     std::size_t start = 0;
     if (!part.empty())
         for (std::size_t found; (found = text.find(part, start)) != text.npos; start = found + part.size())
-            rest.append(text, start, found - start);
-    return rest.append(text, start);
+            replaced.append(text, start, found - start).append(with);
+    return replaced.append(text, start);
+}
+
+std::string uppercased(std::string_view text) {
+    return utf8Text(unicodeText(text).toUpper(icu::Locale::getRoot()));
+}
+
+std::optional<double> decimalNumber(std::string_view text) {
+    // What the standard library does not read: a plus sign; what it reads besides: "inf" and "nan".
+    if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
+    double number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (end != text.data() + text.size()) return std::nullopt;
+    if (error == std::errc::result_out_of_range) return beyondRange(text);
+    return error == std::errc() && std::isfinite(number) ? std::optional<double>(number) : std::nullopt;
 }
 
 }  // namespace torvel

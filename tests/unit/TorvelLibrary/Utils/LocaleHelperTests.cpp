@@ -1,4 +1,6 @@
 #include "TorvelLibrary/Utils/LocaleHelper.h"
+#include "TorvelLibrary/Utils/UserStorageHelper.h"
+#include "TorvelPlatform/foundation/ScreenEnvironment.h"
 #include "support/HostFixture.h"
 
 #include <gmock/gmock.h>
@@ -44,6 +46,9 @@ TEST_F(Localisation, AMalformedTableIsReportedOnceAndCountsAsAbsent) {
                     EXPECT_EQ(other.localizedString("key", "value", "T"), "value");
                 }),
                 ::testing::MatchesRegex(" .*ERROR.* -> /.*/other/T.strings: line 2: .*\n"));
+    addTable("third", "root");
+    addResource("third/fr.lproj/T.strings", "key = ;");
+    EXPECT_EQ(Bundle::at(directory() / "third")->localizedString("key", "value", "T"), "root");
 }
 
 TEST_F(Localisation, TheMainBundleComesFirstThenTheCallersThenNoLanguage) {
@@ -81,16 +86,45 @@ TEST_F(Localisation, TheMainBundleComesFirstThenTheCallersThenNoLanguage) {
     EXPECT_EQ(lookUp(), "other/fr.lproj") << "a second call takes the switch out";
 }
 
-TEST_F(Localisation, RemembersTheLanguageAndTheOneBefore) {
+TEST_F(Localisation, StoresTheLanguageAndTheOneBefore) {
     EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "en");
     LocaleHelper::setDefaultAppLanguageTo("sw");
     EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "sw");
-    for (const auto& [given, current] :
-         {std::pair("ar-SA", "ar"), {"zh-Hans-CN", "zh"}, {"fr", "fr"}, {"-x", ""}}) {
-        LocaleHelper::setAppleLanguageTo(given);
-        EXPECT_EQ(LocaleHelper::currentAppleLanguage(), current);
-    }
     EXPECT_EQ(LocaleHelper::getDefaultAppLanguage(), "sw");
+
+    const auto stored = [] { return UserStorageHelper::stringArray("AppleLanguages"); };
+    LocaleHelper::setAppleLanguageTo("fr");
+    LocaleHelper::setAppleLanguageTo("de");
+    EXPECT_EQ(stored(), (std::vector<std::string>{"de", "fr"}));
+    LocaleHelper::setAppleLanguageTo("ar-SA");
+    EXPECT_EQ(stored(), (std::vector<std::string>{"ar-SA", "de"}));
+    UserStorageHelper::initialSetup("wallet");
+    EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "ar") << "whatever the default suite";
+}
+
+TEST_F(Localisation, ReadsWhatIsStored) {
+    const std::pair<PropertyValue, const char*> rows[] = {
+        {std::vector<std::string>{"ar-SA"}, "ar"},    {std::vector<std::string>{"zh-Hans-CN"}, "zh"},
+        {std::vector<std::string>{"fr", "de"}, "fr"}, {std::vector<std::string>{"-x"}, ""},
+        {std::vector<std::string>{}, "en"},           {"fr", "en"}};
+    for (const auto& [value, language] : rows) {
+        UserStorageHelper::save(value, "AppleLanguages");
+        EXPECT_EQ(LocaleHelper::currentAppleLanguage(), language);
+    }
+}
+
+TEST_F(Localisation, TheLanguageSetsTheWritingDirection) {
+    for (const auto& [language, rightToLeft] : {std::pair("ar", true),
+                                                {"fr", false},
+                                                {"he-IL", true},
+                                                {"ur", true},
+                                                {"en", false},
+                                                {"az-Arab", true},
+                                                {"?", false}}) {
+        LocaleHelper::setAppleLanguageTo(language);
+        EXPECT_EQ(ScreenEnvironment::direction == ScreenEnvironment::Direction::rightToLeft, rightToLeft)
+            << language;
+    }
 }
 
 }  // namespace
