@@ -42,8 +42,9 @@ struct StoreReport {
 // or an older file was put back, and that bytes which a write had acknowledged are gone. What it does not:
 // who can read the user's files reads the key; changes under a store that is open are found where they break
 // an entry, else at the next opening; somebody who puts back older data together with the matching key folder
-// is not noticed. The number of entries, their sizes and the times of writes can be seen. Removed entries
-// stay in the files, sealed, until their space is used again.
+// is not noticed, nor is an older entry put back beside one that was broken. The number of entries, their
+// sizes and the times of writes can be seen. Removed entries stay in the files, sealed, until their space is
+// used again.
 //
 // Older data is refused (rolledBack) also where a backup was put back on purpose: it is accepted once the
 // file
@@ -71,7 +72,7 @@ class SecureDefaults {
     Outcome<std::optional<PropertyValue>, StoreStatus> read(std::string_view key) const;
     // The same without the reason.
     std::optional<PropertyValue> object(std::string_view key) const;
-    // noKey before setPassword.
+    // noKey before setPassword. Writing over a broken entry, or removing it, ends that damage.
     StoreStatus set(std::string_view key, const PropertyValue& value) const;
     StoreStatus remove(std::string_view key) const;
     // Removes every entry of a domain at once, or none: a suite's name, or the host's identifier for the

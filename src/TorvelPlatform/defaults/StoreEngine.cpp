@@ -227,16 +227,30 @@ StoreStatus StoreEngine::change(std::string_view key, const std::optional<std::s
     if (!summary) return summary.error();
     if (!old.value() && !sealed) return StoreStatus::ok;
 
-    if (old.value()) {
-        sealer.toggle(summary.value(), tag, *old.value());
-        --summary.value().count;
-    }
-    if (sealed) {
-        sealer.toggle(summary.value(), tag, *sealed);
-        ++summary.value().count;
-    }
+    replace(summary.value(), tag, old.value(), sealed);
     const StoreStatus changed = sealed ? database->put(tag, *sealed) : database->erase(tag);
-    return changed == StoreStatus::ok ? commit(transaction, summary.value()) : changed;
+    if (changed != StoreStatus::ok) return changed;
+    const bool endsDamage = old.value() && !sealer.open(tag, *old.value());
+    const bool staysDamaged = endsDamage ? !mend(summary.value()) : isDamaged;
+    const StoreStatus status = commit(transaction, summary.value());
+    if (status == StoreStatus::ok) isDamaged = staysDamaged;
+    return status;
+}
+
+// What a broken entry once added to the sum is not known: the sum starts over from what is there. Whether the
+// count agrees.
+bool StoreEngine::mend(StoreSummary& summary) {
+    const StoreSummary found = walk(m_open->sealer, *m_open->database, false).found;
+    summary.sum = found.sum;
+    return found.count == summary.count;
+}
+
+// Has a summary count one entry in the place of another; either may be absent.
+void StoreEngine::replace(StoreSummary& summary, std::string_view tag, const std::optional<std::string>& old,
+                          const std::optional<std::string>& sealed) const {
+    if (old) m_open->sealer.toggle(summary, tag, *old);
+    if (sealed) m_open->sealer.toggle(summary, tag, *sealed);
+    summary.count = summary.count + (sealed ? 1 : 0) - (old ? 1 : 0);
 }
 
 StoreStatus StoreEngine::commit(Database::Transaction& transaction, StoreSummary summary) {

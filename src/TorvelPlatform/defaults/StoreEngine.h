@@ -61,6 +61,9 @@ class StoreEngine {
 
     Outcome<std::optional<PropertyValue>, StoreStatus> find(std::string_view key);
     StoreStatus change(std::string_view key, const std::optional<std::string>& sealed);
+    void replace(StoreSummary& summary, std::string_view tag, const std::optional<std::string>& old,
+                 const std::optional<std::string>& sealed) const;
+    bool mend(StoreSummary& summary);
     StoreStatus clear();
     StoreStatus commit(Database::Transaction& transaction, StoreSummary summary);
 

@@ -243,7 +243,8 @@ INSTANTIATE_TEST_SUITE_P(Store, EveryDamage, ::testing::ValuesIn(rows), [](const
     return name;
 });
 
-// A clear ends the damage; writes go on in a store of which something is damaged.
+// Writes go on in a store of which something is damaged; one over the broken entry ends that, as a clear
+// does.
 TEST_F(StoreDamageTest, GoesOnBesideTheDamage) {
     fill();
     sql("UPDATE entry SET sealed = x'00' WHERE tag=$a");
@@ -254,6 +255,17 @@ TEST_F(StoreDamageTest, GoesOnBesideTheDamage) {
     const StoreReport report = store.verify();
     EXPECT_EQ(report.readable, 2U);
     EXPECT_EQ(report.damaged, 1U);
+    EXPECT_EQ(store.set("a", "anew"), StoreStatus::ok);
+    EXPECT_EQ(readText(store, "none"), "-");
+    reopen();
+    EXPECT_EQ(store.verify().status, StoreStatus::ok);
+    EXPECT_EQ(readText(store, "a"), "anew");
+
+    sql("UPDATE entry SET sealed = x'00' WHERE tag=$b; DELETE FROM entry WHERE tag=$c");
+    EXPECT_EQ(store.remove("b"), StoreStatus::ok);
+    reopen();
+    EXPECT_EQ(store.status(), StoreStatus::damaged);  // c is still missed
+    EXPECT_EQ(readText(store, "a"), "anew");
     EXPECT_EQ(SecureDefaults::removePersistentDomain("test-host"), StoreStatus::ok);
     EXPECT_EQ(readText(store, "a"), "-");
     EXPECT_EQ(store.verify().status, StoreStatus::ok);
