@@ -85,6 +85,8 @@ template <class... Cases>
 struct Overloaded : Cases... {
     using Cases::operator()...;
 };
+template <class... Cases>
+Overloaded(Cases...) -> Overloaded<Cases...>;  // clang 16 does not deduce it
 
 }  // namespace
 
