@@ -23,7 +23,8 @@ class UserStorageHelper {
   public:
     using Suite = std::optional<std::string_view>;
 
-    // Sets the default suite, for good; absent: none. Opens the store chosen, so that its key exists.
+    // Sets the default suite; absent: none. May be called again. Opens the store chosen, so that its key
+    // exists.
     static void initialSetup(const Suite& suiteName);
     // Both are on disk when they return.
     static void remove(std::string_view forKey, const Suite& inSuite = {});
