@@ -44,6 +44,10 @@ struct StoreReport {
 // an entry, else at the next opening; somebody who puts back older data together with the matching key folder
 // is not noticed. The number of entries, their sizes and the times of writes can be seen. Removed entries
 // stay in the files, sealed, until their space is used again.
+//
+// Older data is refused (rolledBack) also where a backup was put back on purpose: it is accepted once the
+// file
+// "<hash>.last" beside the key is removed.
 class SecureDefaults {
   public:
     // The host's own store; its domain is the identifier of the main bundle. That and the folders are read
