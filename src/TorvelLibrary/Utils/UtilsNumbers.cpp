@@ -22,7 +22,7 @@ std::string description(std::int64_t number) { return digits(number); }
 
 // As the platform describes it: an exponent only for what is very small or very large.
 std::string description(double number) {
-    const bool isPlain = std::abs(number) >= 1e-4 && std::abs(number) < 1e16;
+    const bool isPlain = number == 0 || (std::abs(number) >= 1e-4 && std::abs(number) < 1e16);
     return digits(number, isPlain ? std::chars_format::fixed : std::chars_format::scientific);
 }
 

@@ -86,7 +86,7 @@ struct Overloaded : Cases... {
     using Cases::operator()...;
 };
 template <class... Cases>
-Overloaded(Cases...) -> Overloaded<Cases...>;  // clang 16 cannot do without
+Overloaded(Cases...) -> Overloaded<Cases...>;  // clang 16 does not deduce it
 
 }  // namespace
 

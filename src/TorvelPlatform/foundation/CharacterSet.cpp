@@ -77,6 +77,12 @@ bool CharacterSet::contains(char32_t scalar) const {
 }
 
 std::string_view CharacterSet::trimming(std::string_view text) const {
+    const auto stays = [this](char c) {
+        const auto byte = static_cast<unsigned char>(c);
+        return byte < m_set->ascii.size() && !m_set->ascii[byte];
+    };
+    // Most texts have nothing to trim.
+    if (text.empty() || (stays(text.front()) && stays(text.back()))) return text;
     const auto length = static_cast<std::int32_t>(text.size());
     const std::int32_t end = m_set->unicode.spanBackUTF8(text.data(), length, USET_SPAN_CONTAINED);
     const std::int32_t start = m_set->unicode.spanUTF8(text.data(), end, USET_SPAN_CONTAINED);

@@ -128,7 +128,9 @@ Outcome<JSON, JSONError> JSON::parse(std::string_view text) {
     auto root = parseInto(document->tape, text);
     if (root.error() == simdjson::NUMBER_ERROR) root = parseInto(document->tape, withoutNumbers(text));
     if (root.error() != simdjson::SUCCESS) {
-        return JSONError{std::string("The data is not valid JSON: ") + error_message(root.error()) + '.'};
+        std::string description = std::string("The data is not valid JSON: ") + error_message(root.error());
+        if (!description.ends_with('.')) description += '.';
+        return JSONError{std::move(description)};
     }
     return JSON(std::move(document), std::bit_cast<Element>(root.value_unsafe()));
 }

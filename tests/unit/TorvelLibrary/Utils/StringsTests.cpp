@@ -99,6 +99,7 @@ TEST_F(Strings, NumbersAreReadInEnglish) {
         {"1234567,5", "1234567.5"},
         {"1234567890123.25", "1234567890123.25"},
         {"0.00005", "5e-05"},
+        {"-0", "-0"},
     };
     for (const auto& [typed, number] : rows) EXPECT_EQ(Utils::getEnglishNumber(typed), number) << typed;
     for (const char* typed : {"abc", "12abc", "1,000,000", "1 000", "", ","})
