@@ -59,6 +59,16 @@ TEST_F(Log, PrintsValuesByTheirDescription) {
               "5.0\n0.1\n100000.0\n-123456789.0\n1000000000000000.0\n0.0001\n1e+16\n1e+21\n1e-05\n2.5\n");
 }
 
+TEST_F(Log, WritesOnWithoutADateWhenTheFormatIsInvalid) {
+    LogUtils::setDateFormat("yyyy T");
+    LogUtils::setLoggingEnabled(true);
+    ::testing::internal::CaptureStdout();
+    LogUtils::e("x", {"F", 1, 2, "f"});
+    EXPECT_THAT(::testing::internal::GetCapturedStdout(),
+                ::testing::AllOf(::testing::HasSubstr("Invalid date format \"yyyy T\"\n"),
+                                 ::testing::EndsWith("ERROR[F]:1 2 f -> x\n")));
+}
+
 TEST_F(Log, OpensWithTheDateOnTheTwelveHourClock) {
     const std::string line = [] {
         LogUtils::setLoggingEnabled(true);
