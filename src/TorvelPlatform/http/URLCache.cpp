@@ -170,8 +170,12 @@ void URLCache::store(const URLRequest& request, const CachedResponse& response) 
     for (const auto& [name, value] : response.response.headers.fields())
         entry.cost += name.size() + value.size();
 
+    // The jar adds its cookies later, so that a request here does not show those that select an answer.
+    const bool selectable = std::none_of(
+        entry.selecting.begin(), entry.selecting.end(),
+        [](const VaryField& field) { return field.name == "*" || equalsIgnoringCase(field.name, "Cookie"); });
     const bool kept = mayBeKept(request, response.response, control) && lifetime && *lifetime > seconds(0) &&
-                      vary.find('*') == std::string::npos && entry.cost <= m_state->capacity;
+                      selectable && entry.cost <= m_state->capacity;
     const std::lock_guard lock(m_state->mutex);
     // A newer answer replaces the older one; an unsafe method makes every kept one stale (RFC 9111, 4.4).
     const bool unsafe = !isSafe(request.httpMethod) && response.response.statusCode < 400;
