@@ -126,7 +126,9 @@ void Transfer::setConnection() {
     curl_easy_setopt(handle, CURLOPT_COOKIEFILE, "");  // uses the jar, reads no file
     curl_easy_setopt(handle, CURLOPT_HTTP_VERSION,
                      m_options.prefersHTTP1 ? CURL_HTTP_VERSION_1_1 : CURL_HTTP_VERSION_2TLS);
-    curl_easy_setopt(handle, CURLOPT_PIPEWAIT, m_options.prefersHTTP1 ? 0L : 1L);
+    // A burst shares the first connection if that turns out to be HTTP/2. Without TLS it never does, and the
+    // others would wait for the first answer to learn so.
+    curl_easy_setopt(handle, CURLOPT_PIPEWAIT, isSecure() && !m_options.prefersHTTP1 ? 1L : 0L);
     curl_easy_setopt(handle, CURLOPT_FRESH_CONNECT, m_options.freshConnection ? 1L : 0L);
     curl_easy_setopt(handle, CURLOPT_MAXAGE_CONN, m_options.maximumIdleAge);
     curl_easy_setopt(handle, CURLOPT_HTTP_CONTENT_DECODING, 0L);
@@ -216,8 +218,11 @@ bool Transfer::onHeadComplete() {
 
 bool Transfer::endsWithConnection() const {
     return !m_head.multiplexed() && !m_head.chunked() && !m_head.contentLength() &&
-           m_head.statusCode() != 204 && m_head.statusCode() != 304 &&
-           equalsIgnoringCase(m_options.request.url->scheme().value_or(""), "https");
+           m_head.statusCode() != 204 && m_head.statusCode() != 304 && isSecure();
+}
+
+bool Transfer::isSecure() const {
+    return equalsIgnoringCase(m_options.request.url->scheme().value_or(""), "https");
 }
 
 bool Transfer::onBody(std::string_view bytes) {

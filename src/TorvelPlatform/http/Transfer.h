@@ -78,6 +78,7 @@ class Transfer {
     bool refuseBody(ContentDecoder::Status status);
     void onProgress(std::uint64_t sent);
     bool endsWithConnection() const;
+    bool isSecure() const;
     std::optional<SessionError> failure(CURLcode code) const;
     bool fail(std::string_view why);
     HTTPURLResponse response() const;
