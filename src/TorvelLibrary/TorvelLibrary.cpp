@@ -6,6 +6,8 @@
 #include "TorvelPlatform/foundation/FatalError.h"
 #include "TorvelPlatform/foundation/File.h"
 
+#include <algorithm>
+
 namespace torvel {
 namespace {
 
@@ -77,8 +79,10 @@ std::vector<SecCertificate> TorvelLibrary::getSSLPinningCerts(const std::vector<
 std::vector<SecKey> TorvelLibrary::getSSLPinningPublicKeys(const std::vector<std::string>& texts) {
     std::vector<SecKey> keys;
     for (const std::string& text : texts) {
-        // The text itself is the key data; nothing is decoded here.
-        auto key = SecKey::createWithData(Data(text));
+        // The ASCII text itself is the key data; nothing is decoded here.
+        const bool isASCII = std::all_of(text.begin(), text.end(),
+                                         [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+        auto key = isASCII ? SecKey::createWithData(Data(text)) : std::nullopt;
         if (!key) fatalError("A pinned public key is not a PEM SubjectPublicKeyInfo");
         keys.push_back(std::move(*key));
     }

@@ -3,6 +3,7 @@
 #include "TorvelPlatform/foundation/DateFormatter.h"
 
 #include <charconv>
+#include <cmath>
 #include <concepts>
 #include <source_location>
 #include <sstream>
@@ -32,17 +33,32 @@ struct LogSite {
     std::string_view funcName;
 };
 
+// A text that the log prints as itself; a null pointer is "nil".
+template <class T>
+std::string_view logText(const T& object) {
+    if constexpr (std::convertible_to<const T&, const char*>) {
+        const char* const text = object;
+        return text == nullptr ? "nil" : text;
+    } else {
+        return object;
+    }
+}
+
 // How the log prints a value: a text as itself, a Boolean as a word, a number in its shortest form (a whole
-// floating-point number with ".0"), anything else by its stream operator.
+// floating-point number with ".0", a very large or very small one with an exponent), anything else by its
+// stream operator.
 template <class T>
 std::string logDescription(const T& object) {
     if constexpr (std::convertible_to<const T&, std::string_view>) {
-        return std::string(std::string_view(object));
+        return std::string(logText(object));
     } else if constexpr (std::same_as<T, bool>) {
         return object ? "true" : "false";
     } else if constexpr (std::floating_point<T>) {
         char text[64];
-        std::string shortest(text, std::to_chars(text, text + sizeof text, object).ptr);
+        const T magnitude = std::abs(object);
+        const bool plain = magnitude == 0 || (magnitude >= T(1e-4) && magnitude < T(1e16));
+        const auto format = plain ? std::chars_format::fixed : std::chars_format::general;
+        std::string shortest(text, std::to_chars(text, text + sizeof text, object, format).ptr);
         return shortest.find_first_not_of("-0123456789") == std::string::npos ? shortest + ".0" : shortest;
     } else {
         std::ostringstream text;
@@ -103,7 +119,7 @@ class LogUtils {
     template <class T>
     static void log(std::string_view tag, const T& object, const LogSite& site) {
         if constexpr (std::convertible_to<const T&, std::string_view>)
-            write(line(tag, std::string_view(object), site));
+            write(line(tag, logText(object), site));
         else
             write(line(tag, logDescription(object), site));
     }

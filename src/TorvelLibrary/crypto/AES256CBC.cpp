@@ -30,10 +30,11 @@ std::string removingEvery(std::string_view prefix, std::string_view text) {
     return kept;
 }
 
-// The same without a search, right for a text that is base64 once this is done: a prefix that is base64 and
-// ends in "=" stands nowhere in such a text but at its end. Absent when the prefix ends otherwise.
+// The same without a search, right for a text that is base64 once this is done: a prefix that ends in "=="
+// stands nowhere in such a text but at its end. Absent when the prefix ends otherwise: one that ends in a
+// single "=" may also stand right before the last "=" of a text.
 std::optional<std::string_view> trimmingEvery(std::string_view prefix, std::string_view text) {
-    if (!prefix.ends_with('=')) return std::nullopt;
+    if (!prefix.ends_with("==")) return std::nullopt;
     text.remove_prefix(prefix.size());
     while (text.ends_with(prefix)) text.remove_suffix(prefix.size());
     return text;

@@ -151,6 +151,8 @@ class DateFormatter::Pattern {
         if (!m_direct) makeFormatter(dateFormat, locale);
     }
 
+    bool valid() const { return m_direct || m_formatter; }
+
     std::string string(Milliseconds date) const {
         if (!m_direct) return m_formatter ? formatted(date) : std::string();
         std::string out;
@@ -168,9 +170,7 @@ class DateFormatter::Pattern {
         m_formatter = std::make_unique<icu::SimpleDateFormat>(text, locale, status);
         icu::UnicodeString trial;  // unknown letters are only found on writing
         if (U_SUCCESS(status)) m_formatter->format(0.0, trial, nullptr, status);
-        if (U_SUCCESS(status)) return;
-        m_formatter.reset();
-        reportDiagnostic("Invalid date format \"" + std::string(dateFormat) + '"');
+        if (U_FAILURE(status)) m_formatter.reset();
     }
 
     std::string formatted(Milliseconds date) const {
@@ -207,13 +207,18 @@ class DateFormatter::Patterns {
     static constexpr std::size_t bound = 64;
 
     Shared found(std::pair<std::string, std::string> key, const Entries::value_type*& last) {
-        const std::lock_guard lock(m_mutex);
+        std::unique_lock lock(m_mutex);
         auto entry = m_entries.find(key);
-        if (entry == m_entries.end()) {
+        const bool isNew = entry == m_entries.end();
+        if (isNew) {
             auto pattern = std::make_shared<const Pattern>(key.first, key.second);
             if (m_entries.size() == bound) return pattern;
             entry = m_entries.emplace(std::move(key), std::move(pattern)).first;
         }
+        lock.unlock();
+        // Only now that the pattern is kept: the log that hears of it may write its dates by that same one.
+        if (isNew && !entry->second->valid())
+            reportDiagnostic("Invalid date format \"" + entry->first.first + '"');
         last = &*entry;
         return last->second;
     }

@@ -132,7 +132,8 @@ void Transfer::setConnection() {
     curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, mayShare ? CURL_HTTP_VERSION_2TLS : CURL_HTTP_VERSION_1_1);
     curl_easy_setopt(handle, CURLOPT_PIPEWAIT, mayShare ? 1L : 0L);
     curl_easy_setopt(handle, CURLOPT_FRESH_CONNECT, m_options.freshConnection ? 1L : 0L);
-    curl_easy_setopt(handle, CURLOPT_MAXAGE_CONN, m_options.maximumIdleAge);
+    // The client counts whole seconds and still uses a connection in the last one.
+    curl_easy_setopt(handle, CURLOPT_MAXAGE_CONN, m_options.maximumIdleAge - 1);
     curl_easy_setopt(handle, CURLOPT_HTTP_CONTENT_DECODING, 0L);
     curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
 }

@@ -90,7 +90,12 @@ bool mayBeKept(const URLRequest& request, const HTTPURLResponse& response, const
     // Both belong to one user, and the next request may be another's.
     if (request.headers.value("Authorization") && !control.has("public")) return false;
     if (response.headers.value("Set-Cookie")) return false;
-    return response.headers.value("Vary").value_or("").find('*') == std::string::npos;
+    // The jar adds its cookies later, so that a request here does not show those that select an answer.
+    const std::string vary = response.headers.value("Vary").value_or("");
+    const auto names = listItems(vary);
+    return std::none_of(names.begin(), names.end(), [](std::string_view name) {
+        return name == "*" || equalsIgnoringCase(name, "Cookie");
+    });
 }
 
 // How long the response may be kept; absent when not at all.

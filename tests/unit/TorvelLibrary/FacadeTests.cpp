@@ -140,7 +140,10 @@ TEST_F(Facade, DeploymentFaultsOfPinsStopTheProcess) {
     EXPECT_DEATH(TorvelLibrary::getSSLPinningCerts({"absent"}), "absent certficate not found in app bundle");
     EXPECT_DEATH(TorvelLibrary::getSSLPinningCerts({"text"}), "text certficate is not valid");
     EXPECT_DEATH(TorvelLibrary::getSSLPinningCerts({"folder"}), "folder certficate is not valid");
-    EXPECT_DEATH(TorvelLibrary::getSSLPinningPublicKeys({"no key"}), "Fatal error");
+    const std::string key = testing::issue({}).publicKeyPem;
+    EXPECT_EQ(TorvelLibrary::getSSLPinningPublicKeys({key}).size(), 1U);
+    for (const std::string& text : {std::string("no key"), std::string(), "\u00E9\n" + key})
+        EXPECT_DEATH(TorvelLibrary::getSSLPinningPublicKeys({text}), "Fatal error");
     EXPECT_TRUE(TorvelLibrary::getSSLPinningCerts({}).empty());
 }
 

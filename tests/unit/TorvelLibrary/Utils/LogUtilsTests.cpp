@@ -44,16 +44,29 @@ TEST_F(Log, SaysNothingUntilEnabled) {
 }
 
 TEST_F(Log, PrintsValuesByTheirDescription) {
-    EXPECT_EQ(logOf([] {
+    const char* const nothing = nullptr;
+    EXPECT_EQ(logOf([&] {
                   LogUtils::print(std::string("text"));
+                  LogUtils::print(nothing);
+                  LogUtils::i(nothing, {"F", 1, 2, "f"});
                   LogUtils::print(true);
                   LogUtils::print(-12);
-                  LogUtils::print(5.0);
-                  LogUtils::print(0.1);
-                  LogUtils::print(1e21);
+                  for (const double number : {5.0, 0.1, 1e5, -123456789.0, 1e15, 0.0001, 1e16, 1e21, 0.00001})
+                      LogUtils::print(number);
                   LogUtils::print(2.5F);
               }),
-              "text\ntrue\n-12\n5.0\n0.1\n1e+21\n2.5\n");
+              "text\nnil\n [\u2139\uFE0F] INFO[F]:1 2 f -> nil\ntrue\n-12\n"
+              "5.0\n0.1\n100000.0\n-123456789.0\n1000000000000000.0\n0.0001\n1e+16\n1e+21\n1e-05\n2.5\n");
+}
+
+TEST_F(Log, WritesOnWithoutADateWhenTheFormatIsInvalid) {
+    LogUtils::setDateFormat("yyyy T");
+    LogUtils::setLoggingEnabled(true);
+    ::testing::internal::CaptureStdout();
+    LogUtils::e("x", {"F", 1, 2, "f"});
+    EXPECT_THAT(::testing::internal::GetCapturedStdout(),
+                ::testing::AllOf(::testing::HasSubstr("Invalid date format \"yyyy T\"\n"),
+                                 ::testing::EndsWith("ERROR[F]:1 2 f -> x\n")));
 }
 
 TEST_F(Log, OpensWithTheDateOnTheTwelveHourClock) {

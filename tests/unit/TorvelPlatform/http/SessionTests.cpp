@@ -151,6 +151,19 @@ TEST(Session, SaysThatAServerCannotBeReached) {
     EXPECT_EQ(answer.outcome(), "The server 127.0.0.1 cannot be reached: Connection refused.");
 }
 
+TEST(Session, OneSlowAnswerHoldsUpNoOther) {
+    ScriptedServer server({[](Peer& peer) {
+                               peer.receive();
+                               peer.stall();
+                           },
+                           ScriptedServer::answering(okAnswer)});
+    Session session = plainSession();
+    session.request(requestTo(server.url("/slow"))).responseData(DispatchQueue::main(), [](DataResponse) {});
+    URLRequest next = requestTo(server.url("/next"));
+    next.timeoutInterval = 10;
+    EXPECT_EQ(fetch(session, next).outcome(), "ok");
+}
+
 TEST(Session, SendsNothingTwice) {
     const auto dies = [](Peer& peer) {
         peer.answer(okAnswer);

@@ -55,6 +55,7 @@ TEST(URLCache, KeepsWhatProtocolCachingAllows) {
         {"authorised but public", {{"Cache-Control", "public, max-age=60"}}, true, {{"Authorization", "x"}}},
         {"sets a cookie", {{"Cache-Control", "max-age=60"}, {"Set-Cookie", "a=b"}}, false},
         {"any variation", {{"Cache-Control", "max-age=60"}, {"Vary", "*"}}, false},
+        {"variation by cookies", {{"Cache-Control", "max-age=60"}, {"Vary", "Accept, cookie"}}, false},
         {"other status", {{"Cache-Control", "max-age=60"}}, false, {}, 404},
         {"other method", {{"Cache-Control", "max-age=60"}}, false, {}, 200, "POST"},
         {"part of it", {{"Cache-Control", "max-age=60"}}, false, {{"Range", "bytes=0-1"}}},
