@@ -2,9 +2,9 @@
 #include "TorvelLibrary/Data/Remote/Interceptors/GenericResponseInterceptor.h"
 #include "TorvelLibrary/Data/Remote/Interceptors/Utils/DecryptResponse.h"
 #include "TorvelLibrary/TorvelLibraryBuilder.h"
+#include "TorvelTesting/Certificates.h"
+#include "TorvelTesting/HostFixture.h"
 #include "sandbox/Envelope.h"
-#include "support/Certificates.h"
-#include "support/HostFixture.h"
 
 #include <gmock/gmock.h>
 

@@ -5,8 +5,8 @@
 #include "TorvelLibrary/TorvelLibraryBuilder.h"
 #include "TorvelLibrary/crypto/AES256CBC.h"
 #include "TorvelPlatform/http/URLCache.h"
+#include "TorvelTesting/HostFixture.h"
 #include "sandbox/Sandbox.h"
-#include "support/HostFixture.h"
 
 #include <chrono>
 

@@ -1,7 +1,7 @@
 #include "TorvelPlatform/dispatch/DispatchQueue.h"
 #include "TorvelPlatform/http/Session.h"
-#include "support/HostFixture.h"
-#include "support/TLSServer.h"
+#include "TorvelTesting/HostFixture.h"
+#include "TorvelTesting/TLSServer.h"
 
 #include <chrono>
 

@@ -2,7 +2,7 @@
 
 #include "TorvelPlatform/defaults/SecureDefaults.h"
 #include "TorvelPlatform/foundation/UUID.h"
-#include "support/HostFixture.h"
+#include "TorvelTesting/HostFixture.h"
 
 #include <functional>
 #include <vector>

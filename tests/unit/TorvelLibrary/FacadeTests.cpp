@@ -1,7 +1,7 @@
 #include "TorvelLibrary/TorvelLibrary.h"
 #include "TorvelLibrary/TorvelLibraryBuilder.h"
-#include "support/Certificates.h"
-#include "support/HostFixture.h"
+#include "TorvelTesting/Certificates.h"
+#include "TorvelTesting/HostFixture.h"
 
 #include <gmock/gmock.h>
 

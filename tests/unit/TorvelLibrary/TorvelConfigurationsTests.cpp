@@ -4,7 +4,7 @@
 #include "TorvelLibrary/TorvelLibraryBuilder.h"
 #include "TorvelLibrary/Utils/LocaleHelper.h"
 #include "TorvelLibrary/Utils/Utils.h"
-#include "support/HostFixture.h"
+#include "TorvelTesting/HostFixture.h"
 
 namespace torvel {
 namespace {

@@ -1,5 +1,5 @@
 #include "TorvelLibrary/Data/Local/EndpointsHelper.h"
-#include "support/HostFixture.h"
+#include "TorvelTesting/HostFixture.h"
 
 #include <gmock/gmock.h>
 

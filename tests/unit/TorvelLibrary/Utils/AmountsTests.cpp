@@ -1,7 +1,7 @@
 #include "TorvelLibrary/TorvelLibraryBuilder.h"
 #include "TorvelLibrary/Utils/Amounts.h"
 #include "TorvelPlatform/foundation/ScreenEnvironment.h"
-#include "support/HostFixture.h"
+#include "TorvelTesting/HostFixture.h"
 
 #include <thread>
 

@@ -1,6 +1,6 @@
 #include "TorvelLibrary/Utils/Extenstions.h"
 #include "TorvelLibrary/Utils/Utils.h"
-#include "support/HostFixture.h"
+#include "TorvelTesting/HostFixture.h"
 
 #include <gmock/gmock.h>
 

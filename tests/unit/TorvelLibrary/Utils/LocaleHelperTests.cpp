@@ -1,7 +1,7 @@
 #include "TorvelLibrary/Utils/LocaleHelper.h"
 #include "TorvelLibrary/Utils/UserStorageHelper.h"
 #include "TorvelPlatform/foundation/ScreenEnvironment.h"
-#include "support/HostFixture.h"
+#include "TorvelTesting/HostFixture.h"
 
 #include <gmock/gmock.h>
 

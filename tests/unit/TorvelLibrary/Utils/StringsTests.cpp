@@ -1,7 +1,7 @@
 #include "TorvelLibrary/Utils/Optionals.h"
 #include "TorvelLibrary/Utils/Strings.h"
 #include "TorvelLibrary/Utils/Utils.h"
-#include "support/HostFixture.h"
+#include "TorvelTesting/HostFixture.h"
 
 #include <array>
 #include <vector>

@@ -1,8 +1,8 @@
 #include "TorvelLibrary/TorvelLibraryBuilder.h"
 #include "TorvelLibrary/crypto/PEMUtils.h"
 #include "TorvelLibrary/crypto/RSAUtils.h"
-#include "support/Certificates.h"
-#include "support/HostFixture.h"
+#include "TorvelTesting/Certificates.h"
+#include "TorvelTesting/HostFixture.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
 #include "TorvelLibrary/validation/CardUtils.h"
-#include "support/HostFixture.h"
+#include "TorvelTesting/HostFixture.h"
 
 #include <chrono>
 #include <map>

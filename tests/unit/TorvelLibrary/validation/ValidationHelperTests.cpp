@@ -1,5 +1,5 @@
 #include "TorvelLibrary/validation/ValidationHelper.h"
-#include "support/HostFixture.h"
+#include "TorvelTesting/HostFixture.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
+#include "TorvelTesting/ScriptedServer.h"
 #include "support/Fetching.h"
-#include "support/ScriptedServer.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "TorvelPlatform/http/Redirect.h"
+#include "TorvelTesting/ScriptedServer.h"
 #include "support/Fetching.h"
-#include "support/ScriptedServer.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "TorvelPlatform/foundation/Bundle.h"
 #include "TorvelPlatform/http/Session.h"
+#include "TorvelTesting/ScriptedServer.h"
 #include "support/Fetching.h"
-#include "support/ScriptedServer.h"
 
 #include <atomic>
 #include <cmath>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/Certificates.h"
+#include "TorvelTesting/Certificates.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "support/TLSServer.h"
+#include "TorvelTesting/TLSServer.h"
 
 #include <memory>
 #include <stdexcept>

@@ -1,4 +1,4 @@
-#include "support/ScriptedServer.h"
+#include "TorvelTesting/ScriptedServer.h"
 
 #include <cstdlib>
 #include <stdexcept>

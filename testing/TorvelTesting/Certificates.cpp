@@ -1,4 +1,4 @@
-#include "support/Certificates.h"
+#include "TorvelTesting/Certificates.h"
 
 #include <atomic>
 #include <stdexcept>
