@@ -214,5 +214,22 @@ TEST_F(Trust, AnotherSessionNeverInheritsATrustedConnection) {
     EXPECT_EQ(server.requests(), 1U);
 }
 
+// The client loses or waits in vain for HTTP/2 answers that come before it has sent the whole body.
+TEST_F(Trust, BodiesAreOfferedToHTTP1Alone) {
+    TLSServer server(m_leaf, {m_intermediate});
+    server.claimHTTP2();
+    const auto session = sessionWith({{"localhost", std::make_shared<DefaultTrustEvaluator>()}});
+    EXPECT_TRUE(get(*session, server.url("localhost")).error) << "HTTP/2 is offered without a body";
+    std::vector<DataResponse> responses;
+    URLRequest request(*URL::parse(server.url("localhost")));
+    request.httpMethod = "POST";
+    request.httpBody = Data("pin=1234\r\n\r\n");  // as the server knows a request's end
+    session->request(request).responseData(
+        DispatchQueue::main(), [&](DataResponse response) { responses.push_back(std::move(response)); });
+    DispatchQueue::main().runUntil([&] { return !responses.empty(); }, std::chrono::seconds(20));
+    ASSERT_EQ(responses.size(), 1U);
+    EXPECT_EQ(responses.front().data, Data("ok"));
+}
+
 }  // namespace
 }  // namespace torvel

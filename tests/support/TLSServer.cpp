@@ -37,6 +37,16 @@ ContextPtr contextFor(const Identity& leaf, const std::vector<Identity>& others)
     return context;
 }
 
+int chooseHTTP2(SSL*, const unsigned char** chosen, unsigned char* size, const unsigned char* offered,
+                unsigned offeredSize, void*) {
+    for (unsigned at = 0; at < offeredSize; at += offered[at] + 1U) {
+        *chosen = offered + at + 1;
+        *size = offered[at];
+        if (*size == 2 && (*chosen)[0] == 'h' && (*chosen)[1] == '2') return SSL_TLSEXT_ERR_OK;
+    }
+    return SSL_TLSEXT_ERR_NOACK;
+}
+
 }  // namespace
 
 TLSServer::TLSServer(Identity leaf, std::vector<Identity> others, std::string answer)
@@ -101,9 +111,14 @@ void TLSServer::handle(int socket) {
         const std::lock_guard lock(m_mutex);
         context = contextFor(m_leaf, m_others);
     }
+    if (m_claimsHTTP2) SSL_CTX_set_alpn_select_cb(context.get(), chooseHTTP2, nullptr);
     const ConnectionPtr connection(SSL_new(context.get()));
     SSL_set_fd(connection.get(), socket);
     if (SSL_accept(connection.get()) != 1) return;
+    const unsigned char* protocol = nullptr;
+    unsigned chosen = 0;
+    SSL_get0_alpn_selected(connection.get(), &protocol, &chosen);
+    if (chosen != 0) return;
     std::string head;
     char buffer[4096];
     for (int count; (count = SSL_read(connection.get(), buffer, sizeof buffer)) > 0;) {

@@ -29,6 +29,9 @@ class TLSServer {
     // What later connections are served.
     void serve(Identity leaf, std::vector<Identity> others = {});
 
+    // Closes connections that offer HTTP/2 from now on, once they have agreed on it.
+    void claimHTTP2() { m_claimsHTTP2 = true; }
+
     std::size_t requestBytes() const { return m_requestBytes; }  // after the handshake, of all connections
     std::size_t connections() const { return m_connections; }
     std::size_t requests() const { return m_requests; }
@@ -44,6 +47,7 @@ class TLSServer {
     Identity m_leaf;
     std::vector<Identity> m_others;
     std::set<int> m_open;
+    std::atomic<bool> m_claimsHTTP2{false};
     std::atomic<std::size_t> m_requestBytes{0};
     std::atomic<std::size_t> m_connections{0};
     std::atomic<std::size_t> m_requests{0};

@@ -29,7 +29,6 @@ struct SessionTask {
     // Of the session's thread.
     std::optional<std::string> accept;  // the caller's own field
     std::optional<SpoolFile> spool;
-    bool isUpload = false;
     int redirects = 0;
     std::unique_ptr<Transfer> transfer;  // refers to request and spool
     std::chrono::steady_clock::time_point deadline;

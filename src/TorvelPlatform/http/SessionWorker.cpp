@@ -52,7 +52,6 @@ std::optional<SessionError> missingEvaluatorError(const ServerTrustManager* mana
 std::optional<SessionError> encodeForm(SessionTask& task) {
     const MultipartFormData form = std::move(*task.form);
     task.form.reset();
-    task.isUpload = true;
     task.request.headers.set("Content-Type", form.contentType());
     const std::size_t content = std::accumulate(
         form.parts().begin(), form.parts().end(), std::size_t{0},
@@ -179,15 +178,13 @@ void SessionWorker::startTransfer(Task task) {
 }
 
 TransferOptions SessionWorker::optionsFor(const SessionTask& task) const {
-    constexpr std::size_t largeBody = std::size_t{64} * 1024;
     const Origins::Origin origin = m_origins.of(*task.request.url);
-    const bool largeUpload =
-        task.isUpload || (task.request.httpBody && task.request.httpBody->size() > largeBody);
+    const bool hasContent = task.spool || (task.request.httpBody && !task.request.httpBody->empty());
     return {.request = task.request,
             .spool = task.spool ? &*task.spool : nullptr,
-            .prefersHTTP1 = largeUpload,
+            .prefersHTTP1 = hasContent,
             .freshConnection = !origin.keepsAlive,
-            .sharesConnection = origin.multiplexes && !largeUpload,
+            .sharesConnection = origin.multiplexes && !hasContent,
             .maximumIdleAge = origin.maximumIdleAge,
             .maximumResponseBytes = task.core->configuration.maximumResponseBytes,
             .trustManager = task.core->trustManager,

@@ -26,7 +26,7 @@ struct Activity {
 struct TransferOptions {
     const URLRequest& request;
     const SpoolFile* spool;  // the body, when it is not the request's own
-    bool prefersHTTP1;       // for large bodies: HTTP/2 uploads can hang when the server answers early
+    bool prefersHTTP1;       // for bodies: the client loses HTTP/2 answers that come before it has sent all
     bool freshConnection;
     bool sharesConnection;  // HTTP/2: what the socket receives may belong to other transfers
     long maximumIdleAge;    // seconds that a kept-alive connection may have been idle
