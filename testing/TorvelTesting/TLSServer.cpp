@@ -115,6 +115,10 @@ void TLSServer::handle(int socket) {
     const ConnectionPtr connection(SSL_new(context.get()));
     SSL_set_fd(connection.get(), socket);
     if (SSL_accept(connection.get()) != 1) return;
+    const unsigned char* protocol = nullptr;
+    unsigned chosen = 0;
+    SSL_get0_alpn_selected(connection.get(), &protocol, &chosen);
+    if (chosen != 0) return;
     std::string head;
     char buffer[4096];
     for (int count; (count = SSL_read(connection.get(), buffer, sizeof buffer)) > 0;) {

@@ -29,7 +29,7 @@ class TLSServer {
     // What later connections are served.
     void serve(Identity leaf, std::vector<Identity> others = {});
 
-    // Chooses HTTP/2 from now on where it is offered, without being able to speak it.
+    // Closes connections that offer HTTP/2 from now on, once they have agreed on it.
     void claimHTTP2() { m_claimsHTTP2 = true; }
 
     std::size_t requestBytes() const { return m_requestBytes; }  // after the handshake, of all connections

@@ -214,6 +214,14 @@ TEST_F(Trust, AnotherSessionNeverInheritsATrustedConnection) {
     EXPECT_EQ(server.requests(), 1U);
 }
 
+TEST_F(Trust, WithoutAReadableStoreNobodyIsTrusted) {
+    ::setenv("SSL_CERT_FILE", (directory() / "absent.pem").c_str(), 1);
+    TLSServer server(m_leaf, {m_intermediate});
+    const auto session = sessionWith({{"localhost", std::make_shared<DefaultTrustEvaluator>()}});
+    EXPECT_EQ(refusal(get(*session, server.url("localhost"))), Reason::chainValidationFailed);
+    EXPECT_EQ(server.requestBytes(), 0U);
+}
+
 // The client loses or waits in vain for HTTP/2 answers that come before it has sent the whole body.
 TEST_F(Trust, BodiesAreOfferedToHTTP1Alone) {
     TLSServer server(m_leaf, {m_intermediate});

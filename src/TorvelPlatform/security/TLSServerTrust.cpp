@@ -2,6 +2,7 @@
 
 #include "TorvelPlatform/security/Native.h"
 
+#include <openssl/err.h>
 #include <openssl/ssl.h>
 
 namespace torvel {
@@ -41,8 +42,10 @@ std::vector<SecCertificate> servedCertificates(X509_STORE_CTX* context) {
 }
 
 int judge(X509_STORE_CTX* context, void* decision) {
+    ERR_set_mark();  // what a decision runs into, an unreadable store say, is not the handshake's error
     auto trust = SecTrust::createWithCertificates(servedCertificates(context), SecPolicy::createSSL());
     const bool trusted = trust && (*static_cast<TLSTrustDecision*>(decision))(*trust);
+    ERR_pop_to_mark();
     X509_STORE_CTX_set_error(context, trusted ? X509_V_OK : X509_V_ERR_APPLICATION_VERIFICATION);
     return trusted ? 1 : 0;
 }
