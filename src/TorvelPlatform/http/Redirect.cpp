@@ -35,10 +35,11 @@ HTTPHeaders fieldsForAnotherHost(const HTTPHeaders& sent, const HTTPHeaders& ses
     return fields;
 }
 
+// Names scheme and host alone: the rest of a redirect's URL often holds a secret.
 SessionError refused(const URL& from, const URL& to, std::string_view why) {
     return {SessionError::Kind::redirectFailed,
-            "The redirect from " + from.host().value_or("") + " to " + to.absoluteString() +
-                " is not followed: " + std::string(why),
+            "The redirect from " + from.host().value_or("") + " to " + to.scheme().value_or("") + "://" +
+                to.host().value_or("") + " is not followed: " + std::string(why),
             std::nullopt};
 }
 

@@ -68,6 +68,7 @@ struct Transfer::Callbacks {
     // connection dies under it; that is refused, for the server may have acted on the first.
     static int beforeRequest(void* user, char*, char*, int, int) {
         Transfer& transfer = of(user);
+        transfer.m_activity->last = std::chrono::steady_clock::now();  // it may have waited for a connection
         long handedOver = 0;
         curl_easy_getinfo(transfer.easy(), CURLINFO_REQUEST_SIZE, &handedOver);
         transfer.m_replayRefused = ++transfer.m_attempts > 1 && handedOver > 0;

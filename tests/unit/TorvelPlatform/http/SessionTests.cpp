@@ -164,6 +164,22 @@ TEST(Session, OneSlowAnswerHoldsUpNoOther) {
     EXPECT_EQ(fetch(session, next).outcome(), "ok");
 }
 
+TEST(Session, WaitingForAConnectionLeavesTheWholeTimeForTheAnswer) {
+    ScriptedServer server([](Peer& peer) {
+        while (peer.receive()) {
+            peer.pause(600);
+            peer.send(okAnswer);
+        }
+    });
+    URLSessionConfiguration configuration;
+    configuration.maximumConnectionsPerHost = 1;
+    Session session(configuration);
+    session.request(requestTo(server.url())).responseData(DispatchQueue::main(), [](DataResponse) {});
+    URLRequest second = requestTo(server.url());
+    second.timeoutInterval = 1;
+    EXPECT_EQ(fetch(session, second).outcome(), "ok");
+}
+
 TEST(Session, SendsNothingTwice) {
     const auto dies = [](Peer& peer) {
         peer.answer(okAnswer);
