@@ -19,8 +19,9 @@ class EndpointsHelper {
 
     // What a look-up found, in the form that the caller asks for:
     //   std::optional<std::string> path = EndpointsHelper::getEndPoint("login");  // absent when unknown
-    //   std::string target = EndpointsHelper::getEndPoint("login");               // the identifier when
-    //   unknown
+    //   std::string target = EndpointsHelper::getEndPoint("login");  // the identifier when unknown
+    // Initialise with "=", as here: an optional that is assigned to, or initialised with braces, takes the
+    // second form.
     class EndPoint {
       public:
         EndPoint(std::string_view id, std::optional<std::string> value)
