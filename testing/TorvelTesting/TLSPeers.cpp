@@ -81,8 +81,9 @@ void ServerProcess::end(int signal) {
 }
 
 OpenSSLServer::OpenSSLServer(std::filesystem::path directory, const Identity& leaf,
-                             const std::vector<Identity>& others, const std::vector<std::string>& options)
-    : ServerProcess(std::move(directory)) {
+                             const std::vector<Identity>& others, const std::vector<std::string>& options,
+                             std::string answer)
+    : ServerProcess(std::move(directory)), m_answer(std::move(answer)) {
     ::signal(SIGPIPE, SIG_IGN);
     std::vector<std::string> arguments{"openssl", "s_server", "-accept", "127.0.0.1:0", "-tlsextdebug",
                                        "-no-CAfile", "-no-CApath", "-no-CAstore", "-cert",
@@ -113,8 +114,7 @@ void OpenSSLServer::pump() {
         const std::lock_guard lock(m_mutex);
         m_printed.append(buffer, static_cast<std::size_t>(count));
         if (answered || m_printed.find("\r\n\r\n") == std::string::npos) continue;
-        const std::string answer = "HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok";
-        answered = ::write(m_input, answer.data(), answer.size()) > 0;
+        answered = ::write(m_input, m_answer.data(), m_answer.size()) > 0;
     }
 }
 

@@ -44,11 +44,13 @@ class ServerProcess {
     pid_t m_process = -1;
 };
 
-// `openssl s_server`, which answers every request alike and shows every byte that reaches it.
+// `openssl s_server`, which sends `answer` once it has the head of a request (of HTTP/2: its preface) and
+// shows every byte that reaches it.
 class OpenSSLServer : public ServerProcess {
   public:
     OpenSSLServer(std::filesystem::path directory, const Identity& leaf,
-                  const std::vector<Identity>& others = {}, const std::vector<std::string>& options = {});
+                  const std::vector<Identity>& others = {}, const std::vector<std::string>& options = {},
+                  std::string answer = "HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok");
     ~OpenSSLServer();
 
     // What the server printed, once it has ended its connection or received the request: handshake, the
@@ -60,6 +62,7 @@ class OpenSSLServer : public ServerProcess {
     // What was printed up to now, once one of the endings is there.
     std::string printed(std::initializer_list<const char*> endings);
 
+    std::string m_answer;
     std::string m_printed;
     std::mutex m_mutex;  // guards m_printed
     std::condition_variable m_changed;

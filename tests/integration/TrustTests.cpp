@@ -54,6 +54,7 @@ class Trust : public testing::HostFixture {
     // The outcome of one GET, or of one POST with a body.
     static DataResponse get(Session& session, const std::string& url, std::optional<std::string> body = {}) {
         URLRequest request = testing::requestTo(url, body ? "POST" : "GET");
+        request.timeoutInterval = 2;
         if (body) request.httpBody = Data(*body);
         DataRequest sent = session.request(request);
         sent.validate();
@@ -203,6 +204,54 @@ TEST_F(Trust, WithoutAReadableStoreNobodyIsTrusted) {
     const auto session = sessionWith({{"localhost", std::make_shared<DefaultTrustEvaluator>()}});
     EXPECT_EQ(refusal(get(*session, server.url("localhost"))), Reason::chainValidationFailed);
     EXPECT_FALSE(contains(server.transcript(), "HTTP/1."));
+}
+
+// A frame of HTTP/2 (RFC 9113, 4.1).
+std::string frame(char type, char flags, char stream, std::string_view payload) {
+    return std::string{static_cast<char>(payload.size() >> 16),
+                       static_cast<char>(payload.size() >> 8),
+                       static_cast<char>(payload.size()),
+                       type,
+                       flags,
+                       0,
+                       0,
+                       0,
+                       stream} +
+           std::string(payload);
+}
+
+TEST_F(Trust, FaultsOfHTTP2EndInOneError) {
+    using Kind = SessionError::Kind;
+    constexpr char data = 0, headers = 1, reset = 3, settings = 4, goAway = 7, endStream = 1, endHeaders = 4,
+                   ack = 1;
+    const std::string head = frame(headers, endHeaders, 1, "\x88");  // ":status: 200", RFC 7541, appendix A
+    struct Row {
+        const char* name;
+        std::string frames;
+        std::optional<Kind> error;
+    };
+    const Row rows[] = {
+        {"whole", head + frame(data, endStream, 1, "ok"), {}},
+        {"stream reset", frame(reset, 0, 1, std::string("\0\0\0\2", 4)), Kind::connectionLost},
+        {"stream reset in the body",
+         head + frame(data, 0, 1, "o") + frame(reset, 0, 1, std::string("\0\0\0\2", 4)),
+         Kind::connectionLost},
+        {"the server goes away", frame(goAway, 0, 0, std::string(8, '\0')), Kind::connectionLost},
+        {"stalled", head + frame(data, 0, 1, "o"), Kind::timedOut},
+        {"a header block that is none", frame(headers, endHeaders, 1, "\xFF\xFF\xFF\xFF\xFF"),
+         Kind::connectionLost},
+        {"a frame larger than agreed", frame(data, 0, 1, std::string(20'000, 'x')), Kind::connectionLost},
+        {"data before the head", frame(data, endStream, 1, "ok"), Kind::connectionLost},
+        {"not HTTP/2", "HTTP/1.1 200 OK\r\n\r\nok", Kind::connectionLost},
+    };
+    for (const Row& row : rows) {
+        OpenSSLServer server(directory(), m_leaf, {m_intermediate}, {"-alpn", "h2"},
+                             frame(settings, 0, 0, "") + frame(settings, ack, 0, "") + row.frames);
+        const DataResponse response =
+            get(*sessionWith({{"localhost", pinned({m_leaf})}}), server.url("localhost"));
+        EXPECT_EQ(response.error ? std::optional(response.error->kind) : std::nullopt, row.error)
+            << row.name << ": " << (response.error ? response.error->localizedDescription : "ok");
+    }
 }
 
 // nginx keeps connections open, offers session tickets and speaks HTTP/2.

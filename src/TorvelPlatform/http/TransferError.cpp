@@ -35,7 +35,9 @@ Kind kindOf(CURLcode code, std::string_view detail) {
         case CURLE_FILESIZE_EXCEEDED:
         case CURLE_OUT_OF_MEMORY:  // one header field over the client's bound
             return Kind::badServerResponse;
-        case CURLE_RECV_ERROR:  // a reset, or chunks that are none: only the text tells
+        case CURLE_RECV_ERROR:  // only the text tells a reset from a proxy that refuses and chunks that are
+                                // none
+            if (detail.starts_with("CONNECT tunnel failed")) return Kind::cannotConnect;
             return detail.find("chunked-encoding") == std::string_view::npos ? Kind::connectionLost
                                                                              : Kind::badServerResponse;
         default:

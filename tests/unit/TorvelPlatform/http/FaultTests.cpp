@@ -120,6 +120,21 @@ TEST(Faults, OfTheAnswer) {
                 "abcde"),
         answers("negative content length", "HTTP/1.1 200 OK\r\nContent-Length: -5\r\n\r\nabcde", bad, 0,
                 "(absent)"),
+        answers("chunk size beyond any number",
+                "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nfffffffffffffffff\r\nabc\r\n", bad, 200,
+                "(absent)"),
+        answers("a chunk longer than its size",
+                "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n2\r\nabcde\r\n0\r\n\r\n", bad, 200,
+                "(absent)"),
+        answers("more than was announced", response("200 OK", "abcde") + "fghij", noError, 200, "abcde"),
+        answers(
+            "interim answers without end",
+            [] {
+                std::string flood;
+                for (int i = 0; i < 20'000; ++i) flood += "HTTP/1.1 103 Early Hints\r\nLink: </a>\r\n\r\n";
+                return flood;
+            }(),
+            bad, 0, "(absent)"),
         answers("unknown transfer encoding",
                 "HTTP/1.1 200 OK\r\nTransfer-Encoding: gzip, chunked\r\n\r\n0\r\n\r\n", bad, 200, "(absent)"),
         answers("one header field too large",
