@@ -69,7 +69,7 @@ std::string sentence(Kind kind, const std::string& host) {
 SessionError transferError(CURLcode code, std::string_view host, std::string_view detail, long systemError) {
     const Kind kind = kindOf(code, detail);
     std::string description = sentence(kind, std::string(host)) + ": ";
-    if (systemError != 0 && kind == Kind::cannotConnect) {
+    if (systemError != 0 && code == CURLE_COULDNT_CONNECT) {
         description += std::generic_category().message(static_cast<int>(systemError));
     } else {
         description += detail.empty() ? std::string_view(curl_easy_strerror(code)) : detail;
