@@ -2,6 +2,9 @@
 include(GNUInstallDirs)
 
 option(BUILD_SHARED_LIBS "Build libtorvel as a shared library" OFF)
+# Asked here for the default alone; TorvelDependencies.cmake insists when it is to be built.
+find_package(Qt6 QUIET COMPONENTS Widgets UiTools)
+option(TORVEL_UI "Build Torvel::UI (needs Qt 6; on where that is installed)" ${Qt6_FOUND})
 option(TORVEL_TESTS "Build the tests (needs the test packages)" OFF)
 option(TORVEL_FUZZ "Build the fuzz targets for libFuzzer (needs clang)" OFF)
 option(TORVEL_WERROR "Treat warnings as errors" OFF)
