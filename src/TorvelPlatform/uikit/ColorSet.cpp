@@ -82,6 +82,8 @@ std::optional<UIColor> readColor(const JSON& color) {
     const auto rgb = readRGB(*components, space->string().value_or(""));
     const auto alpha = component(*components, "alpha");
     if (!rgb || !alpha) return std::nullopt;
+    for (const double value : *rgb)
+        if (!std::isfinite(value)) return std::nullopt;  // converted beyond all bounds
     return UIColor((*rgb)[0], (*rgb)[1], (*rgb)[2], *alpha);
 }
 
