@@ -36,6 +36,7 @@ TEST(ColorSet, ReadsEveryNotation) {
         {"otherSpace", setOf(srgb(R"({"red":"1","green":"1","blue":"1","alpha":"1"})", "cmyk")), {}},
         {"missing", setOf(srgb(R"({"red":"1.0","green":"1.0","alpha":"1.0"})")), {}},
         {"noNumber", setOf(srgb(R"({"red":"0x","green":"1e999","blue":"red","alpha":"1.0"})")), {}},
+        {"beyondNumbers", setOf(srgb(R"({"red":0,"green":0,"blue":0,"alpha":1,"more":1e999})")), {}},
         {"reference", setOf(R"({"platform":"ios","reference":"systemBlueColor"})"), {}},
         {"otherDevice", R"({"colors":[{"idiom":"watch","color":{}}]})", {}},
         {"kinds", R"({"colors":{"idiom":3}})", {}},
