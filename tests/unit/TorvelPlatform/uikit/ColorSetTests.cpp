@@ -1,3 +1,4 @@
+#include "TorvelPlatform/foundation/Text.h"
 #include "TorvelPlatform/uikit/ColorSet.h"
 #include "TorvelTesting/HostFixture.h"
 
@@ -6,78 +7,67 @@ namespace {
 
 using Style = ScreenEnvironment::Style;
 
-std::string setOf(const std::string& color, const std::string& more = "") {
-    return R"({"colors":[{"idiom":"universal","color":)" + color + "}" + more + "]}";
+// A colour set of one colour, and entries behind it. Apostrophes stand for quotes.
+std::string setOf(const std::string& space, const std::string& components, const std::string& more = "") {
+    const std::string color = "{'color-space':'" + space + "','components':{" + components + "}}";
+    const std::string set = "{'colors':[{'idiom':'universal','color':" + color + "}" + more + "]}";
+    return replacingOccurrences(set, "'", "\"");
 }
-std::string srgb(const std::string& components, const std::string& space = "srgb") {
-    return R"({"color-space":")" + space + R"(","components":)" + components + "}";
+std::string srgb(const std::string& r, const std::string& g, const std::string& b, const std::string& a) {
+    return setOf("srgb", "'red':" + r + ",'green':" + g + ",'blue':" + b + ",'alpha':" + a);
 }
-
-struct Row {
-    const char* name;
-    std::string contents;
-    std::optional<UIColor::Components> expected;
-};
+std::string grey(const std::string& white) { return "'alpha':'1.0','white':'" + white + "'"; }
 
 TEST(ColorSet, ReadsEveryNotation) {
-    const double byte = 128 / 255.0;
+    struct Row {
+        std::string name, contents;
+        std::optional<UIColor::Components> expected;
+    };
     const Row rows[] = {
-        {"fractions",
-         setOf(srgb(R"({"red":"0.500","green":"1.000","blue":"0.25","alpha":"0.750"})")),
-         {{0.5, 1, 0.25, 0.75}}},
-        {"bytes",
-         setOf(srgb(R"({"red":"128","green":"255","blue":"1","alpha":"1"})")),
-         {{byte, 1, 1 / 255.0, 1}}},
-        {"hexadecimal",
-         setOf(srgb(R"({"red":"0x80","green":"0xFF","blue":"0X00","alpha":"1.000"})")),
-         {{byte, 1, 0, 1}}},
-        {"numbers", setOf(srgb(R"({"red":128,"green":0.5,"blue":0,"alpha":1})")), {{byte, 0.5, 0, 1}}},
-        {"grey", setOf(srgb(R"({"white":"0.300","alpha":"0.5"})", "gray-gamma-22")), {{0.3, 0.3, 0.3, 0.5}}},
-        {"otherSpace", setOf(srgb(R"({"red":"1","green":"1","blue":"1","alpha":"1"})", "cmyk")), {}},
-        {"missing", setOf(srgb(R"({"red":"1.0","green":"1.0","alpha":"1.0"})")), {}},
-        {"noNumber", setOf(srgb(R"({"red":"0x","green":"1e999","blue":"red","alpha":"1.0"})")), {}},
-        {"beyondNumbers", setOf(srgb(R"({"red":0,"green":0,"blue":0,"alpha":1,"more":1e999})")), {}},
-        {"reference", setOf(R"({"platform":"ios","reference":"systemBlueColor"})"), {}},
-        {"otherDevice", R"({"colors":[{"idiom":"watch","color":{}}]})", {}},
-        {"kinds", R"({"colors":{"idiom":3}})", {}},
-        {"cut", setOf("{}").substr(0, 20), {}}};
+        {"fractions", srgb("'0.5'", "'1.000'", "'0.25'", "'0.75'"), {{0.5, 1, 0.25, 0.75}}},
+        {"bytes", srgb("'51'", "'255'", "'1'", "'1'"), {{0.2, 1, 1 / 255.0, 1}}},
+        {"hexadecimal", srgb("'0x33'", "'0xFF'", "'0X00'", "'1.0'"), {{0.2, 1, 0, 1}}},
+        {"numbers", srgb("51", "0.5", "0", "1"), {{0.2, 0.5, 0, 1}}},
+        {"grey", setOf("gray-gamma-22", grey("0.3")), {{0.3, 0.3, 0.3, 1}}},
+        // As published with the sample conversions of CSS Color 4.
+        {"beyond sRGB",
+         replacingOccurrences(srgb("1.0", "0.0", "0.0", "1.0"), "srgb", "display-p3"),
+         {{1.0930663624351615, -0.22674197356975417, -0.15013458093711934, 1}}},
+        {"other space", setOf("cmyk", grey("1.0")), {}},
+        {"no blue", setOf("srgb", "'red':1,'green':1,'alpha':1"), {}},
+        {"no number", srgb("'0x'", "'1e999'", "'red'", "'1.0'"), {}},
+        {"number too large", srgb("0", "0", "0", "1,'more':1e999"), {}},
+        {"other device", replacingOccurrences(srgb("0", "0", "0", "1"), "universal", "watch"), {}},
+        {"other kinds", R"({"colors":[{"idiom":"universal","color":[]}, 3]})", {}},
+        {"cut", srgb("0", "0", "0", "1").substr(0, 60), {}}};
     for (const Row& row : rows) {
         const auto color = colorOfSet(row.contents, Style::light);
-        EXPECT_EQ(color ? color->components() : std::nullopt, row.expected) << row.name;
+        ASSERT_EQ(color.has_value(), row.expected.has_value()) << row.name;
+        if (!color) continue;
+        EXPECT_NEAR(color->components()->red, row.expected->red, 1e-12) << row.name;
+        EXPECT_NEAR(color->components()->green, row.expected->green, 1e-12) << row.name;
+        EXPECT_NEAR(color->components()->blue, row.expected->blue, 1e-12) << row.name;
+        EXPECT_EQ(color->components()->alpha, row.expected->alpha) << row.name;
     }
 }
 
-// The primary red of Display P3 in extended sRGB, as published with CSS Color 4's sample conversions.
-TEST(ColorSet, TakesDisplayP3BeyondSRGB) {
-    const auto color = colorOfSet(
-        setOf(srgb(R"({"red":"1.000","green":"0.000","blue":"0.000","alpha":"1.000"})", "display-p3")),
-        Style::light);
-    ASSERT_TRUE(color);
-    EXPECT_NEAR(color->components()->red, 1.0930663624351615, 1e-12);
-    EXPECT_NEAR(color->components()->green, -0.22674197356975417, 1e-12);
-    EXPECT_NEAR(color->components()->blue, -0.15013458093711934, 1e-12);
-}
-
 TEST(ColorSet, TakesTheAppearanceInForce) {
-    const auto grey = [](const char* white, const char* appearance) {
-        return std::string(R"(,{"idiom":"universal","appearances":[)") + appearance + R"(],"color":)" +
-               srgb(std::string(R"({"alpha":"1.0","white":")") + white + "\"}", "gray-gamma-22") + "}";
+    const auto more = [](const std::string& appearance, const std::string& white) {
+        return ",{'idiom':'universal','appearances':[{'appearance':" + appearance +
+               "}],'color':{'color-space':'extended-gray','components':{" + grey(white) + "}}}";
     };
-    const char *const dark = R"({"appearance":"luminosity","value":"dark"})",
-                      *const contrast = R"({"appearance":"contrast","value":"high"})";
-    const std::string any = srgb(R"({"white":"0.5","alpha":"1.0"})", "gray-gamma-22");
-    const std::string set = setOf(any, grey("0.1", dark) + grey("0.9", contrast));
+    const std::string contrast = more("'contrast','value':'high'", "0.9");
+    const std::string dark = more("'luminosity','value':'dark'", "0.1");
+    const std::string set = setOf("extended-gray", grey("0.5"), dark + contrast);
     EXPECT_EQ(colorOfSet(set, Style::light), UIColor(0.5, 0.5, 0.5));
     EXPECT_EQ(colorOfSet(set, Style::dark), UIColor(0.1, 0.1, 0.1));
-    EXPECT_EQ(colorOfSet(setOf(any, grey("0.9", contrast)), Style::dark), UIColor(0.5, 0.5, 0.5));
+    EXPECT_EQ(colorOfSet(setOf("extended-gray", grey("0.5"), contrast), Style::dark), UIColor(0.5, 0.5, 0.5));
 }
 
 class NamedColor : public testing::HostFixture {
   protected:
-    // A set in the main bundle, or in the bundle "other" beside it.
-    void add(const std::string& path, const char* white) {
-        addResource(path + ".colorset/Contents.json",
-                    setOf(srgb(std::string(R"({"alpha":"1.0","white":")") + white + "\"}", "extended-gray")));
+    void add(const std::string& path, const std::string& white) {
+        addResource(path + ".colorset/Contents.json", setOf("extended-gray", grey(white)));
     }
 };
 

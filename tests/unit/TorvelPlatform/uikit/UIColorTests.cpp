@@ -1,38 +1,25 @@
 #include "TorvelPlatform/uikit/UIColor.h"
 
+#include <vector>
+
 #include <gtest/gtest.h>
 
 namespace torvel {
 namespace {
 
-struct Row {
-    const char* text;
-    int red, green, blue;
-};
-
 TEST(UIColor, ReadsHexadecimalTextAsThePlatformsScannerDoes) {
-    const Row rows[] = {{"0387D1", 0x03, 0x87, 0xD1},
-                        {"#0387D1", 0x03, 0x87, 0xD1},
-                        {" \t#0387d1\n", 0x03, 0x87, 0xD1},
-                        {"# 0387D1", 0x03, 0x87, 0xD1},
-                        {"FF0387D1", 0x03, 0x87, 0xD1},
-                        {"0x0387D1", 0x03, 0x87, 0xD1},
-                        {"#0X0387D1", 0x03, 0x87, 0xD1},
-                        {"FFF", 0, 0x0F, 0xFF},
-                        {"12G456", 0, 0, 0x12},
-                        {"100000000", 0xFF, 0xFF, 0xFF},
-                        {"000000000387D1", 3, 0x87, 0xD1},
-                        {"ZZZZZZ", 0, 0, 0},
-                        {"0xZZ", 0, 0, 0},
-                        {"", 0, 0, 0},
-                        {"#", 0, 0, 0},
-                        {"##0387D1", 0, 0, 0},
-                        {"-0387D1", 0, 0, 0},
-                        {"0x0x12", 0, 0, 0},
-                        {"\u00A00387D1\u2028", 3, 0x87, 0xD1}};
-    for (const Row& row : rows)
-        EXPECT_EQ(UIColor::hexString(row.text), UIColor(row.red / 255.0, row.green / 255.0, row.blue / 255.0))
-            << row.text;
+    const std::pair<int, std::vector<const char*>> rows[] = {
+        {0x0387D1,
+         {"0387D1", "#0387D1", " \t#0387d1\n", "\u00A00387D1\u2028", "# 0387D1", "FF0387D1", "0x0387D1",
+          "#0X0387D1", "000000000387D1", "0387D1G5"}},
+        {0x000FFF, {"FFF"}},
+        {0x000012, {"12G456"}},
+        {0xFFFFFF, {"100000000", "FFFFFFFFFFFFFFFFFFFFFFFF"}},
+        {0x000000, {"ZZZZZZ", "0xZZ", "", "#", "##0387D1", "-0387D1", "0x0x12"}}};
+    for (const auto& [value, texts] : rows) {
+        const UIColor color((value >> 16) / 255.0, ((value >> 8) & 255) / 255.0, (value & 255) / 255.0);
+        for (const char* text : texts) EXPECT_EQ(UIColor::hexString(text), color) << text;
+    }
 }
 
 TEST(UIColor, ComparesExactlyAndAPatternEqualsNothing) {
