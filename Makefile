@@ -4,7 +4,8 @@ WERROR ?= $(if $(CI),ON,OFF)
 export CMAKE_BUILD_PARALLEL_LEVEL = $(JOBS)
 
 SECONDS ?= 60
-.PHONY: help demo build test core format check asan tsan fuzz clean
+MINUTES ?= 15
+.PHONY: help demo build test core format check asan tsan fuzz soak coverage clean
 
 help:
 	@echo "make demo     build the command-line tool and watch encrypted requests run over pinned TLS"
@@ -16,6 +17,8 @@ help:
 	@echo "make asan     the tests under AddressSanitizer and UBSan (build-asan)"
 	@echo "make tsan     the tests under ThreadSanitizer (build-tsan)"
 	@echo "make fuzz     every fuzz target for SECONDS=60 each (build-fuzz)"
+	@echo "make soak     a million requests with random faults, MINUTES=15 at most"
+	@echo "make coverage the lines and functions that no test reaches (build-coverage)"
 	@echo "make clean    remove the build folders"
 
 demo:
@@ -51,6 +54,18 @@ fuzz:
 	cmake --preset fuzz
 	cmake --build build-fuzz
 	tools/fuzz $(SECONDS)
+
+soak:
+	tools/install-deps core test
+	cmake --preset release -DTORVEL_TESTS=ON
+	cmake --build build --target soak
+	build/tests/soak 1000000 $(MINUTES)
+
+coverage:
+	tools/install-deps core test cover
+	cmake --preset coverage
+	cmake --build build-coverage
+	tools/coverage
 
 format:
 	tools/install-deps test

@@ -213,22 +213,21 @@ TEST(Session, TimesOutWhenNoByteMoves) {
         const char* name;
         ScriptedServer::Script script;
         int status;
-        std::string data;
     };
     const Row rows[] = {
-        {"nothing is answered", [](Peer& peer) { peer.stall(); }, 0, "(absent)"},
+        {"nothing is answered", [](Peer& peer) { peer.stall(); }, 0},
         {"the head stalls",
          [](Peer& peer) {
              peer.answer("HTTP/1.1 200 OK\r\nContent-");
              peer.stall();
          },
-         0, "(absent)"},
+         0},
         {"the body stalls",
          [](Peer& peer) {
              peer.answer("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nabc");
              peer.stall();
          },
-         200, "abc"},
+         200},
     };
     Session session = plainSession();
     for (const Row& row : rows) {
@@ -241,7 +240,7 @@ TEST(Session, TimesOutWhenNoByteMoves) {
                   "The request timed out after 0.05 s without a byte from or to 127.0.0.1.");
         EXPECT_EQ(failureOf(answer), Kind::timedOut);
         EXPECT_EQ(answer.status(), row.status);
-        EXPECT_EQ(answer.data(), row.data);
+        EXPECT_EQ(answer.data(), "(absent)");
     }
 }
 
