@@ -28,13 +28,13 @@ demo:
 	build/bin/torvel demo
 
 build:
-	tools/install-deps core
-	cmake --preset release -DTORVEL_WERROR=$(WERROR)
+	tools/install-deps core ui
+	cmake --preset release -DTORVEL_UI=ON -DTORVEL_WERROR=$(WERROR)
 	cmake --build build
 
 test:
-	tools/install-deps core test
-	cmake --preset release -DTORVEL_TESTS=ON -DTORVEL_WERROR=$(WERROR)
+	tools/install-deps core ui test
+	cmake --preset release -DTORVEL_UI=ON -DTORVEL_TESTS=ON -DTORVEL_WERROR=$(WERROR)
 	cmake --build build
 	ctest --test-dir build --output-on-failure -j $(JOBS)
 
@@ -44,8 +44,8 @@ core:
 	cmake --build build-core
 
 asan tsan:
-	tools/install-deps core test
-	cmake --preset $@
+	tools/install-deps core ui test
+	cmake --preset $@ -DTORVEL_UI=ON
 	cmake --build build-$@
 	TSAN_OPTIONS="suppressions=$(CURDIR)/tests/support/tsan.supp" ctest --test-dir build-$@ --output-on-failure -j $(JOBS)
 
