@@ -183,6 +183,15 @@ TEST_F(Trust, AProtocolBelowTLS12IsRefused) {
     EXPECT_FALSE(contains(server.transcript(), "HTTP/1."));
 }
 
+TEST_F(Trust, RenegotiationIsRefused) {
+    // After the request the server's operator types R: it asks for a new handshake.
+    OpenSSLServer server(directory(), m_leaf, {m_intermediate}, {"-tls1_2"}, "R\n");
+    const DataResponse response =
+        get(*sessionWith({{"localhost", pinned({m_leaf})}}), server.url("localhost"));
+    EXPECT_EQ(response.error.value().kind, SessionError::Kind::connectionLost);
+    EXPECT_TRUE(contains(server.transcript(), "no renegotiation"));
+}
+
 TEST_F(Trust, AHostWithoutAnEvaluatorIsRefusedBeforeAnyConnection) {
     testing::ScriptedServer server(testing::ScriptedServer::answering(""));
     const auto session = sessionWith({{"elsewhere.example", std::make_shared<DisabledEvaluator>()}});

@@ -5,6 +5,7 @@
 #include "TorvelLibrary/Utils/LogUtils.h"
 #include "TorvelLibrary/Utils/Utils.h"
 #include "TorvelPlatform/foundation/FatalError.h"
+#include "TorvelPlatform/foundation/MainThread.h"
 #include "TorvelPlatform/foundation/ScreenEnvironment.h"
 #include "TorvelPlatform/uikit/qt/Fonts.h"
 
@@ -87,6 +88,7 @@ using Fonts = std::array<std::optional<UIFont>, keyCount>;
 // The fonts of the current language. Asking for the language reads the store, so it is asked for only after
 // a change: a getter is called for every label of every screen.
 Fonts& cachedFonts() {
+    expectMainThread("FontCache");
     static auto& cacheDict = *new std::map<std::string, Fonts>;
     static Fonts* current = nullptr;
     static std::uint64_t seenChanges = 0;

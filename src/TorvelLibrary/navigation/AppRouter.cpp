@@ -1,6 +1,7 @@
 #include "TorvelLibrary/navigation/AppRouter.h"
 
 #include "TorvelLibrary/Utils/Extenstions.h"
+#include "TorvelPlatform/foundation/MainThread.h"
 
 namespace torvel {
 namespace {
@@ -13,6 +14,7 @@ std::shared_ptr<AppRouter>& slot() {
 }  // namespace
 
 std::shared_ptr<AppRouter> AppRouter::sharedInstance() {
+    expectMainThread("AppRouter");
     if (!slot()) slot() = std::make_shared<AppRouter>();
     return slot();
 }

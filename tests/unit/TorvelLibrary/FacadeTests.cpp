@@ -1,7 +1,17 @@
+#include "TorvelLibrary/Data/Local/EndpointsHelper.h"
 #include "TorvelLibrary/TorvelLibrary.h"
 #include "TorvelLibrary/TorvelLibraryBuilder.h"
+#include "TorvelLibrary/Utils/Amounts.h"
+#include "TorvelLibrary/Utils/ColorUtils.h"
+#include "TorvelLibrary/Utils/LocaleHelper.h"
+#include "TorvelLibrary/crypto/AES256CBC.h"
+#include "TorvelLibrary/validation/CardUtils.h"
+#include "TorvelLibrary/validation/ValidationHelper.h"
 #include "TorvelTesting/Certificates.h"
 #include "TorvelTesting/HostFixture.h"
+
+#include <functional>
+#include <thread>
 
 #include <gmock/gmock.h>
 
@@ -145,6 +155,29 @@ TEST_F(Facade, DeploymentFaultsOfPinsStopTheProcess) {
     for (const std::string& text : {std::string("no key"), std::string(), "\u00E9\n" + key})
         EXPECT_DEATH(TorvelLibrary::getSSLPinningPublicKeys({text}), "Fatal error");
     EXPECT_TRUE(TorvelLibrary::getSSLPinningCerts({}).empty());
+}
+
+// Every shared thing is made at its first use, whichever thread that is.
+TEST_F(Facade, FirstUsesRaceCleanly) {
+    addResource("EndpointsConfig.plist",
+                "<plist><dict><key>login</key><string>api/login</string></dict></plist>");
+    TorvelLibraryBuilder().setServerURL("https://first.example/").build();
+    const std::function<void()> uses[] = {
+        [] { EXPECT_NE(TorvelLibrary::sharedInstance(), nullptr); },
+        [] { EXPECT_NE(TorvelLibrary::sharedInstance()->getAlamofireServiceManager(secondHost), nullptr); },
+        [] { EXPECT_EQ(std::string(EndpointsHelper::getEndPoint("login")), "api/login"); },
+        [] { EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "en"); },
+        [] { EXPECT_EQ(getLocalisedValue("absent", Bundle::main(), "Localizable"), "absent"); },
+        [] { EXPECT_EQ(ColorUtils::sharedInstance().theme->primaryColor, "0387D1"); },
+        [] { EXPECT_FALSE(ValidationHelper::validateData("x", "[0-9]+")); },
+        [] { EXPECT_FALSE(CardUtils::sharedInstance().validateCardNumber("4111")); },
+        [] { EXPECT_FALSE(getDisplayAmountWithoutCurrency("1", "$", true).empty()); },
+        [] { EXPECT_TRUE(AES256CBC::encryptString("text", AES256CBC::generatePassword()).has_value()); },
+    };
+    std::vector<std::thread> threads;
+    for (int round = 0; round < 3; ++round)
+        for (const auto& use : uses) threads.emplace_back(use);
+    for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace
