@@ -10,7 +10,6 @@
 #include "TorvelPlatform/uikit/qt/Fonts.h"
 
 #include <array>
-#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -85,19 +84,15 @@ enum Key : std::size_t {
 
 using Fonts = std::array<std::optional<UIFont>, keyCount>;
 
-// The fonts of the current language. Asking for the language reads the store, so it is asked for only after
-// a change: a getter is called for every label of every screen.
+// The fonts of the current language.
 Fonts& cachedFonts() {
     expectMainThread("FontCache");
     static auto& cacheDict = *new std::map<std::string, Fonts>;
-    static Fonts* current = nullptr;
-    static std::uint64_t seenChanges = 0;
-    const std::uint64_t changes = LocaleHelper::changeCount();
-    if (current == nullptr || changes != seenChanges) {
-        current = &cacheDict[LocaleHelper::currentAppleLanguage()];
-        seenChanges = changes;
-    }
-    return *current;
+    static decltype(cacheDict.begin()) current = cacheDict.end();
+    const std::string language = LocaleHelper::currentAppleLanguage();
+    if (current == cacheDict.end() || current->first != language)
+        current = cacheDict.try_emplace(language).first;
+    return current->second;
 }
 
 const UIFont& cached(Key key, const Base& base, double (*size)()) {

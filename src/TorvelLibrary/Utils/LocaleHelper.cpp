@@ -5,7 +5,6 @@
 #include "TorvelPlatform/foundation/Locale.h"
 #include "TorvelPlatform/foundation/ScreenEnvironment.h"
 
-#include <atomic>
 #include <vector>
 
 namespace torvel {
@@ -16,8 +15,6 @@ Guarded<std::string>& defaultAppLanguage() {
     return language;
 }
 
-std::atomic<std::uint64_t> defaultLanguageChanges{0};
-
 constexpr std::string_view languagesKey = "AppleLanguages";
 
 // The stored languages, the one in force first. Always in the shared store: a host that sets a default suite
@@ -27,6 +24,20 @@ std::vector<std::string> appleLanguages() {
     const auto value = store ? store->object(languagesKey) : std::nullopt;
     auto languages = value ? value->stringArrayValue() : std::nullopt;
     return std::move(languages).value_or(std::vector<std::string>());
+}
+
+// The code of the language in force, absent when none was stored. It is asked for with every text, so each
+// thread keeps what it read until the store changes.
+const std::optional<std::string>& storedLanguage() {
+    thread_local std::optional<SecureDefaults::ChangeMark> seen;
+    thread_local std::optional<std::string> language;
+    const std::optional<SecureDefaults::ChangeMark> mark = SecureDefaults::shared().changeMark();
+    if (mark && mark == seen) return language;
+    const std::vector<std::string> languages = appleLanguages();
+    language.reset();
+    if (!languages.empty()) language = languages.front().substr(0, languages.front().find('-'));
+    seen = mark;  // taken before the reading: a write in between is read once more
+    return language;
 }
 
 std::optional<Bundle> languageFolder(const Bundle& bundle, std::string_view current,
@@ -42,9 +53,8 @@ void LocaleHelper::doTheSwizzling() {
 }
 
 std::string LocaleHelper::currentAppleLanguage() {
-    const std::vector<std::string> languages = appleLanguages();
-    if (languages.empty()) return getDefaultAppLanguage();
-    return languages.front().substr(0, languages.front().find('-'));
+    const std::optional<std::string>& stored = storedLanguage();
+    return stored ? *stored : getDefaultAppLanguage();
 }
 
 void LocaleHelper::setAppleLanguageTo(std::string_view lang) {
@@ -56,10 +66,7 @@ void LocaleHelper::setAppleLanguageTo(std::string_view lang) {
 
 void LocaleHelper::setDefaultAppLanguageTo(std::string_view lang) {
     defaultAppLanguage().store(std::string(lang));
-    ++defaultLanguageChanges;
 }
-
-std::uint64_t LocaleHelper::changeCount() { return SecureDefaults::changeCount() + defaultLanguageChanges; }
 
 std::string LocaleHelper::getDefaultAppLanguage() { return defaultAppLanguage().load(); }
 

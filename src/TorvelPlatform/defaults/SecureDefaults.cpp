@@ -22,6 +22,8 @@ Guarded<std::shared_ptr<const SecureDefaults::DamageHandler>>& damageHandler() {
     return *handler;
 }
 
+// The operations of this process that may have changed any store: they show in marks even where the sequence
+// number could not be written.
 std::atomic<std::uint64_t> changes{0};
 
 // Counted when it is done: whoever sees the number sees the change.
@@ -131,6 +133,10 @@ StoreReport SecureDefaults::verify() const { return m_engine->verify(); }
 
 StoreStatus SecureDefaults::reset() const { return counted(m_engine->reset()); }
 
-std::uint64_t SecureDefaults::changeCount() { return changes; }
+std::optional<SecureDefaults::ChangeMark> SecureDefaults::changeMark() const {
+    const SequencePage* const page = m_engine->sequencePage();
+    if (page == nullptr || __atomic_load_n(&page->isRetired, __ATOMIC_ACQUIRE) != 0) return std::nullopt;
+    return ChangeMark{page, __atomic_load_n(&page->sequence, __ATOMIC_ACQUIRE), changes.load()};
+}
 
 }  // namespace torvel

@@ -93,6 +93,7 @@ StoreStatus StoreEngine::openUnderLock() {
     if (status != StoreStatus::ok) return status;
     if (isDamaged) note(StoreStatus::damaged);
     m_open.emplace(Opened{sealer, std::move(database).value(), isDamaged});
+    m_sequence = m_files.mapLastSequence();
     return StoreStatus::ok;
 }
 
@@ -325,6 +326,8 @@ StoreStatus StoreEngine::reset() {
             if (const auto database = Database::open(m_files.database())) database.value()->retire();
         }
         m_open.reset();
+        m_sequence = nullptr;
+        m_files.retireLastSequence();
         return note(m_files.moveAside());
     });
 }

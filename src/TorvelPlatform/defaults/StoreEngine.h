@@ -5,6 +5,7 @@
 #include "TorvelPlatform/defaults/SecureDefaults.h"
 #include "TorvelPlatform/defaults/StoreFiles.h"
 
+#include <atomic>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -31,6 +32,8 @@ class StoreEngine {
     std::vector<std::string> keys();
     StoreReport verify();
     StoreStatus reset();
+    // Without the lock; nullptr while there is nothing to see.
+    const SequencePage* sequencePage() const { return m_sequence.load(std::memory_order_acquire); }
 
     // Around a fork: closes the connection and keeps every thread out.
     void suspend();
@@ -72,6 +75,7 @@ class StoreEngine {
     const StoreFiles m_files;
     std::mutex m_mutex;
     std::optional<Opened> m_open;
+    std::atomic<const SequencePage*> m_sequence{nullptr};
     std::vector<StoreFault> m_faults;  // of the operation that is running
 };
 

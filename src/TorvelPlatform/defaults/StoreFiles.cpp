@@ -4,9 +4,11 @@
 #include "TorvelPlatform/foundation/UserDirectories.h"
 
 #include <cerrno>
+#include <cstddef>
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 
 namespace torvel {
@@ -62,6 +64,22 @@ void StoreFiles::setLastSequence(std::string_view sealed) const {
         ::open(m_last.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
     if (!opened) return;
     [[maybe_unused]] const ssize_t written = ::pwrite(opened.get(), sealed.data(), sealed.size(), 0);
+}
+
+const SequencePage* StoreFiles::mapLastSequence() const {
+    const Descriptor opened(::open(m_last.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status {};
+    if (!opened || ::fstat(opened.get(), &status) != 0 || status.st_size == 0) return nullptr;
+    void* const page = ::mmap(nullptr, sizeof(SequencePage), PROT_READ, MAP_SHARED, opened.get(), 0);
+    return page == MAP_FAILED ? nullptr : static_cast<const SequencePage*>(page);
+}
+
+void StoreFiles::retireLastSequence() const {
+    const Descriptor opened(::open(m_last.c_str(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC));
+    if (!opened) return;
+    constexpr std::uint8_t retired = 1;
+    [[maybe_unused]] const ssize_t written =
+        ::pwrite(opened.get(), &retired, sizeof retired, offsetof(SequencePage, isRetired));
 }
 
 // Data first: whatever stops this half way, no data is left without its key.

@@ -3,11 +3,20 @@
 #include "TorvelPlatform/defaults/Descriptor.h"
 #include "TorvelPlatform/defaults/StoreKey.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
 
 namespace torvel {
+
+// The head of the file with the sequence number of the last write, mapped: every write of any process shows
+// in it at once, without a system call. It stays mapped as long as the process lives.
+struct SequencePage {
+    std::uint64_t sequence;
+    std::uint8_t rest[56];
+    std::uint8_t isRetired;  // beyond the file's end, hence 0, until the store is moved aside
+};
 
 // Where one store lies. Its data has a directory of its own, so that it can be moved aside in one step; its
 // key lies in another tree. Beside the key stands the sequence number of the last write, which is never
@@ -32,6 +41,9 @@ class StoreFiles {
 
     std::string lastSequence() const;  // empty when there is none
     void setLastSequence(std::string_view sealed) const;
+    const SequencePage* mapLastSequence() const;  // nullptr when there is none
+    // Has all who have it mapped look anew.
+    void retireLastSequence() const;
 
     // Renames data, key and sequence number to the same names with a number behind.
     StoreStatus moveAside() const;

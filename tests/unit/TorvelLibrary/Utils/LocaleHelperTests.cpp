@@ -1,9 +1,12 @@
 #include "TorvelLibrary/Utils/LocaleHelper.h"
 #include "TorvelLibrary/Utils/UserStorageHelper.h"
+#include "TorvelPlatform/defaults/SecureDefaults.h"
 #include "TorvelPlatform/foundation/ScreenEnvironment.h"
 #include "TorvelTesting/HostFixture.h"
 
 #include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace torvel {
 namespace {
@@ -111,6 +114,25 @@ TEST_F(Localisation, ReadsWhatIsStored) {
         UserStorageHelper::save(value, "AppleLanguages");
         EXPECT_EQ(LocaleHelper::currentAppleLanguage(), language);
     }
+}
+
+TEST_F(Localisation, FollowsOtherProcessesAndAStoreThatIsMovedAside) {
+    const auto elsewhere = [](auto change) {
+        const pid_t process = ::fork();
+        if (process == 0) {
+            change();
+            ::_exit(0);
+        }
+        ::waitpid(process, nullptr, 0);
+    };
+    LocaleHelper::setAppleLanguageTo("fr");
+    EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "fr");
+    elsewhere([] { LocaleHelper::setAppleLanguageTo("ar"); });
+    EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "ar");
+    elsewhere([] { SecureDefaults::shared().reset(); });
+    EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "en");
+    LocaleHelper::setAppleLanguageTo("fr");
+    EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "fr");
 }
 
 TEST_F(Localisation, TheLanguageSetsTheWritingDirection) {
