@@ -11,11 +11,12 @@ namespace torvel::cli {
 namespace {
 
 constexpr Option options[] = {
-    {"ACTION", "", "list, get, set, remove, clear or verify", Occurs::once},
+    {"ACTION", "", "list, get, set, remove, clear, verify or accept", Occurs::once},
     {"KEY", "", "the entry's name, for get, set and remove"},
     {"VALUE", "", "the text to keep, for set"},
     {"--host", "ID", "whose store: the identifier of a host (torvel)"},
     {"--suite", "NAME", "the suite; the host's own store by default"},
+    {"--secret-service", "", "the key lies in the desktop's Secret Service, not in a file"},
     {"--show", "", "print values, not only names and kinds"},
 };
 
@@ -100,6 +101,8 @@ int verify(const StoreCall& call) {
     return call.done(report.status);
 }
 
+int accept(const StoreCall& call) { return call.done(call.store.acceptRestored()); }
+
 struct Action {
     std::string_view name;
     bool takesKey, takesValue;
@@ -107,8 +110,9 @@ struct Action {
 };
 
 constexpr Action actions[] = {
-    {"list", false, false, list},    {"get", true, false, get},      {"set", true, true, set},
-    {"remove", true, false, remove}, {"clear", false, false, clear}, {"verify", false, false, verify},
+    {"list", false, false, list},     {"get", true, false, get},      {"set", true, true, set},
+    {"remove", true, false, remove},  {"clear", false, false, clear}, {"verify", false, false, verify},
+    {"accept", false, false, accept},
 };
 
 int store(const Arguments& arguments) {
@@ -120,6 +124,8 @@ int store(const Arguments& arguments) {
                                          : action->takesKey ? " takes a KEY"
                                                             : " takes no KEY"));
     Bundle::setMain(Bundle::main().directory(), arguments.text("--host", "torvel"));
+    if (arguments.has("--secret-service"))
+        SecureDefaults::setKeyPlace(SecureDefaults::KeyPlace::secretService);
     const std::optional<std::string> suite = arguments.text("--suite");
     const auto chosen = suite ? SecureDefaults::suite(*suite) : SecureDefaults::shared();
     if (!chosen) return arguments.misused("--suite: this is the name of no suite");
@@ -132,7 +138,8 @@ const Command storeCommand = {
     "store",
     "looks into a host's encrypted store, for developers",
     "Works on the stores of this user ($XDG_DATA_HOME, keys in $XDG_STATE_HOME). Prints names and kinds;\n"
-    "values only with --show. For instance:\n\n"
+    "values only with --show. 'accept' takes a backup that was put back for the newest data. For "
+    "instance:\n\n"
     "  torvel store set language en --suite settings\n"
     "  torvel store list --suite settings --show",
     options,

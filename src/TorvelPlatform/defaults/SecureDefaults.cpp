@@ -92,6 +92,8 @@ void SecureDefaults::setDamageHandler(DamageHandler handler) {
     damageHandler().store(std::make_shared<const DamageHandler>(std::move(handler)));
 }
 
+void SecureDefaults::setKeyPlace(KeyPlace place) { torvel::setKeyPlace(place); }
+
 SecureDefaults SecureDefaults::shared() { return SecureDefaults(StoreRegistry::instance().shared()); }
 
 std::optional<SecureDefaults> SecureDefaults::suite(std::string_view name) {
@@ -132,6 +134,8 @@ std::vector<std::string> SecureDefaults::keys() const { return m_engine->keys();
 StoreReport SecureDefaults::verify() const { return m_engine->verify(); }
 
 StoreStatus SecureDefaults::reset() const { return counted(m_engine->reset()); }
+
+StoreStatus SecureDefaults::acceptRestored() const { return counted(m_engine->acceptRestored()); }
 
 std::optional<SecureDefaults::ChangeMark> SecureDefaults::changeMark() const {
     const SequencePage* const page = m_engine->sequencePage();

@@ -47,11 +47,16 @@ struct StoreReport {
 // sizes and the times of writes can be seen. Removed entries stay in the files, sealed, until their space is
 // used again.
 //
-// Older data is refused (rolledBack) also where a backup was put back on purpose: it is accepted once the
-// file
-// "<hash>.last" beside the key is removed.
+// Older data is refused (rolledBack) also where a backup was put back on purpose, until acceptRestored().
 class SecureDefaults {
   public:
+    // Where keys are kept: in a file of the user's, or in the desktop's Secret Service, where the user's own
+    // password guards them. A host chooses before its first use of a store, and never anew for stores that
+    // have a key: that of the other place is not looked for (keyMissing). Calls that open a store then wait
+    // for the service; in a process that was forked from one that used the service they may not return.
+    enum class KeyPlace { file, secretService };
+    static void setKeyPlace(KeyPlace place);
+
     // The host's own store; its domain is the identifier of the main bundle. That and the folders are read
     // once, when the process first uses a store.
     static SecureDefaults shared();
@@ -98,6 +103,8 @@ class SecureDefaults {
     // Moves the files of the store aside, data and key, under names that end in ".aside-1" and so on, and
     // leaves nothing in their place. Nothing is lost; setPassword starts over.
     StoreStatus reset() const;
+    // Takes older data, or none, for what was last written: after a backup was put back on purpose.
+    StoreStatus acceptRestored() const;
 
     // Called for every operation that failed and for damage found while opening, on the thread concerned,
     // after the diagnostics got the fault's description as a line. An empty handler is none.

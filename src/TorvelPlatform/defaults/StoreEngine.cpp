@@ -36,7 +36,7 @@ StoreStatus StoreEngine::note(StoreStatus status, std::string_view key) {
 bool StoreEngine::isKeyCreated() {
     const std::lock_guard lock(m_mutex);
     if (m_open) return true;
-    const auto key = loadKeyFile(m_files.key());
+    const auto key = m_files.loadKey();
     return key || key.error() != StoreStatus::noKey || m_files.hasData();
 }
 
@@ -45,7 +45,7 @@ StoreStatus StoreEngine::setPassword(std::string_view password) {
         if (const StoreStatus made = m_files.makeDirectory(); made != StoreStatus::ok) return note(made);
         const Descriptor lock = m_files.lock();
         const RootKey root = deriveRootKey(password, m_id);
-        const auto present = loadKeyFile(m_files.key());
+        const auto present = m_files.loadKey();
         if (present && present.value() != root) return note(StoreStatus::keyMismatch);
         if (!present && present.error() != StoreStatus::noKey) return note(present.error());
         if (!present) {
@@ -58,7 +58,7 @@ StoreStatus StoreEngine::setPassword(std::string_view password) {
 // Never a new key over old data.
 StoreStatus StoreEngine::adoptKey(const RootKey& root) {
     if (m_files.hasData() && !dataBelongsTo(root)) return StoreStatus::keyMissing;
-    return writeKeyFile(m_files.key(), root);
+    return m_files.saveKey(root);
 }
 
 bool StoreEngine::dataBelongsTo(const RootKey& root) {
@@ -76,7 +76,7 @@ StoreStatus StoreEngine::open() {
 
 StoreStatus StoreEngine::openUnderLock() {
     if (m_open) return StoreStatus::ok;
-    const auto root = loadKeyFile(m_files.key());
+    const auto root = m_files.loadKey();
     if (!root) {
         const bool isLost = root.error() == StoreStatus::noKey && m_files.hasData();
         return isLost ? StoreStatus::keyMissing : root.error();
@@ -122,6 +122,7 @@ StoreStatus StoreEngine::check(const StoreSealer& sealer, Database& database, bo
         const bool isUnreadable = sealed.value() && summary.error() != StoreStatus::damaged;
         return isUnreadable ? summary.error() : StoreStatus::ok;
     }
+    if (!lastSequence) m_files.setLastSequence(sealer.sealSequence(summary.value().sequence));
     if (lastSequence.value_or(0) > summary.value().sequence) return StoreStatus::rolledBack;
 
     Walk all = walk(sealer, database, false);
@@ -329,6 +330,16 @@ StoreStatus StoreEngine::reset() {
         m_sequence = nullptr;
         m_files.retireLastSequence();
         return note(m_files.moveAside());
+    });
+}
+
+StoreStatus StoreEngine::acceptRestored() {
+    return locked([&] {
+        const Descriptor lock = m_files.lock();
+        m_open.reset();
+        m_sequence = nullptr;
+        const StoreStatus forgotten = m_files.forgetLastSequence();
+        return note(forgotten == StoreStatus::ok ? openUnderLock() : forgotten);
     });
 }
 

@@ -32,6 +32,7 @@ class StoreEngine {
     std::vector<std::string> keys();
     StoreReport verify();
     StoreStatus reset();
+    StoreStatus acceptRestored();
     // Without the lock; nullptr while there is nothing to see.
     const SequencePage* sequencePage() const { return m_sequence.load(std::memory_order_acquire); }
 

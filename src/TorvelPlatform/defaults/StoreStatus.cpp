@@ -9,11 +9,13 @@ std::string_view describe(StoreStatus status) {
         case StoreStatus::noKey:
             return "no key has been created yet";
         case StoreStatus::keyMissing:
-            return "the key file is missing, though there is data";
+            return "the key is missing, though there is data";
         case StoreStatus::keyUnsafe:
             return "the key file is a link, of another user, or open to others";
+        case StoreStatus::keyServiceFailed:
+            return "the desktop's Secret Service is absent, locked or refuses the key";
         case StoreStatus::keyDamaged:
-            return "the key file is damaged";
+            return "the key is damaged";
         case StoreStatus::keyMismatch:
             return "the key is not that of the data";
         case StoreStatus::damaged:
@@ -22,6 +24,8 @@ std::string_view describe(StoreStatus status) {
             return "the data is older than what was last written, or gone";
         case StoreStatus::newerFormat:
             return "the data was written by a newer version";
+        case StoreStatus::networkFileSystem:
+            return "its place is a network file system, where locks cannot be relied on";
         case StoreStatus::readOnly:
             return "its place cannot be written to";
         case StoreStatus::diskFull:
