@@ -103,7 +103,8 @@ class SecureDefaults {
     // Moves the files of the store aside, data and key, under names that end in ".aside-1" and so on, and
     // leaves nothing in their place. Nothing is lost; setPassword starts over.
     StoreStatus reset() const;
-    // Takes older data, or none, for what was last written: after a backup was put back on purpose.
+    // Takes older data, or none, for what was last written: after a backup was put back on purpose. Stays
+    // rolledBack where parts are older than others.
     StoreStatus acceptRestored() const;
 
     // Called for every operation that failed and for damage found while opening, on the thread concerned,

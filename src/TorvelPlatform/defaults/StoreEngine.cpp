@@ -338,8 +338,10 @@ StoreStatus StoreEngine::acceptRestored() {
         const Descriptor lock = m_files.lock();
         m_open.reset();
         m_sequence = nullptr;
-        const StoreStatus forgotten = m_files.forgetLastSequence();
-        return note(forgotten == StoreStatus::ok ? openUnderLock() : forgotten);
+        StoreStatus status = m_files.forgetLastSequence();
+        if (status == StoreStatus::ok) status = openUnderLock();
+        if (status != StoreStatus::ok) return note(status);
+        return m_open->isDamaged ? StoreStatus::damaged : StoreStatus::ok;
     });
 }
 
