@@ -1,7 +1,6 @@
 #include "TorvelPlatform/dispatch/DispatchQueue.h"
 #include "TorvelPlatform/http/Session.h"
 #include "TorvelTesting/HostFixture.h"
-#include "TorvelTesting/ScriptedServer.h"
 #include "TorvelTesting/TLSPeers.h"
 #include "support/Fetching.h"
 
@@ -181,14 +180,6 @@ TEST_F(Trust, AProtocolBelowTLS12IsRefused) {
         get(*sessionWith({{"localhost", std::make_shared<DisabledEvaluator>()}}), server.url("localhost"));
     EXPECT_EQ(response.error.value().kind, SessionError::Kind::secureConnectionFailed);
     EXPECT_FALSE(contains(server.transcript(), "HTTP/1."));
-}
-
-TEST_F(Trust, AHostWithoutAnEvaluatorIsRefusedBeforeAnyConnection) {
-    testing::ScriptedServer server(testing::ScriptedServer::answering(""));
-    const auto session = sessionWith({{"elsewhere.example", std::make_shared<DisabledEvaluator>()}});
-    const std::string url = "https" + server.url("/", "localhost").substr(4);
-    EXPECT_EQ(refusal(get(*session, url)), Reason::noRequiredEvaluator);
-    EXPECT_EQ(server.connections(), 0U);
 }
 
 TEST_F(Trust, TheDefaultSessionUsesTheTrustStore) {
