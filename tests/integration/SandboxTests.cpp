@@ -2,7 +2,6 @@
 #include "support/SandboxTest.h"
 
 #include <algorithm>
-#include <chrono>
 
 #include <arpa/inet.h>
 #include <sys/socket.h>
@@ -10,8 +9,7 @@
 namespace torvel::sandbox {
 namespace {
 
-using testing::ContainsRegex;
-using testing::HasSubstr;
+using namespace testing;
 
 TEST_F(SandboxTest, WalletStory) {
     start();
@@ -26,12 +24,10 @@ TEST_F(SandboxTest, WalletStory) {
          R"("balance":"0.00".*200$)"},
         {"statement", R"("$URL/api/v1/statement")", 0,
          R"(TX1.*"balance":"0.00","note":"","reference":"TX2".*200$)"},
-        {"amount of three places", R"("$URL/api/v1/transfer" -d '{"to":"0711","amount":"1.005"}')", 0,
+        {"three places", R"("$URL/api/v1/transfer" -d '{"to":"0711","amount":"1.005"}')", 0,
          "BAD_AMOUNT.*400$"},
-        {"negative amount", R"("$URL/api/v1/transfer" -d '{"to":"0711","amount":"-1"}')", 0,
-         "BAD_AMOUNT.*400$"},
-        {"amount as a number", R"("$URL/api/v1/transfer" -d '{"to":"0711","amount":1}')", 0,
-         "BAD_AMOUNT.*400$"},
+        {"negative", R"("$URL/api/v1/transfer" -d '{"to":"0711","amount":"-1"}')", 0, "BAD_AMOUNT.*400$"},
+        {"a number", R"("$URL/api/v1/transfer" -d '{"to":"0711","amount":1}')", 0, "BAD_AMOUNT.*400$"},
         {"no recipient", R"("$URL/api/v1/transfer" -d '{"amount":"1"}')", 0, "BAD_RECIPIENT.*400$"},
         {"body not JSON", R"("$URL/api/v1/transfer" -d '{"amount":')", 0, "MALFORMED.*400$"},
         {"plain-text error", R"("$URL/api/v1/rates")", 0, "^The rates service is down.*500$"},
@@ -62,7 +58,7 @@ TEST_F(SandboxTest, DocumentsAreHashedAsTheyArrive) {
             R"("bytes":12000000,"contentType":"image/png","field":"file","fileName":"front page.png")"));
     EXPECT_THAT(ran.out, HasSubstr("\"sha256\":\"" + ran.out.substr(0, 64) + "\""));
     const Exchange last = m_sandbox->exchanges().back();
-    EXPECT_THAT(last.body.size(), testing::AllOf(testing::Gt(1000000U), testing::Le(1U << 20)));
+    EXPECT_THAT(last.body.size(), AllOf(Gt(1000000U), Le(1U << 20)));
     EXPECT_GT(last.bodyBytes, 12000000U);
 }
 
@@ -134,7 +130,7 @@ TEST_F(SandboxTest, MisbehavesOverTls) {
                      R"( HTTP/1.1\r\n\r\n' | openssl s_client -quiet -connect "127.0.0.1:$PORT" 2>&1)");
     };
     EXPECT_THAT(endOfBody("cut").out, HasSubstr("unexpected eof while reading"));
-    EXPECT_THAT(endOfBody("orderly").out, testing::Not(HasSubstr("unexpected eof")));
+    EXPECT_THAT(endOfBody("orderly").out, Not(HasSubstr("unexpected eof")));
 }
 
 TEST_F(SandboxTest, MisbehavesOverPlainHttp) {
@@ -191,10 +187,7 @@ TEST_F(SandboxTest, StopsWhateverItsPeersDo) {
                              "GET /misbehave/drip?bytes=99&ms=60000 HTTP/1.1\r\n\r\n",
                              "GET /misbehave/large?bytes=9000000 HTTP/1.1\r\n\r\n"})
         for (int i = 0; i < 20; ++i) peers.push_back(connectTo(m_sandbox->port(), text));
-    const auto from = std::chrono::steady_clock::now();
-    m_sandbox.reset();
-    const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - from;
-    RecordProperty("stopMilliseconds", std::to_string(took.count()));
+    m_sandbox.reset();  // or the test hangs
     for (const int peer : peers) close(peer);
 }
 

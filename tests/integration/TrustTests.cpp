@@ -1,7 +1,6 @@
 #include "TorvelPlatform/dispatch/DispatchQueue.h"
 #include "TorvelPlatform/http/Session.h"
 #include "TorvelTesting/HostFixture.h"
-#include "TorvelTesting/ScriptedServer.h"
 #include "TorvelTesting/TLSPeers.h"
 #include "support/Fetching.h"
 
@@ -190,14 +189,6 @@ TEST_F(Trust, RenegotiationIsRefused) {
         get(*sessionWith({{"localhost", pinned({m_leaf})}}), server.url("localhost"));
     EXPECT_EQ(response.error.value().kind, SessionError::Kind::connectionLost);
     EXPECT_TRUE(contains(server.transcript(), "no renegotiation"));
-}
-
-TEST_F(Trust, AHostWithoutAnEvaluatorIsRefusedBeforeAnyConnection) {
-    testing::ScriptedServer server(testing::ScriptedServer::answering(""));
-    const auto session = sessionWith({{"elsewhere.example", std::make_shared<DisabledEvaluator>()}});
-    const std::string url = "https" + server.url("/", "localhost").substr(4);
-    EXPECT_EQ(refusal(get(*session, url)), Reason::noRequiredEvaluator);
-    EXPECT_EQ(server.connections(), 0U);
 }
 
 TEST_F(Trust, TheDefaultSessionUsesTheTrustStore) {

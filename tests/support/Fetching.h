@@ -1,15 +1,22 @@
 #pragma once
 
 #include "TorvelPlatform/http/Session.h"
+#include "TorvelTesting/ScriptedServer.h"
 
 #include <chrono>
 #include <string>
 
 namespace torvel::testing {
 
-inline URLRequest requestTo(const std::string& url, std::string method = "GET") {
+using Kind = SessionError::Kind;
+using Peer = ScriptedServer::Peer;
+
+inline const std::string okAnswer = response("200 OK", "hello");
+
+inline URLRequest requestTo(const std::string& url, std::string method = "GET", double timeout = 60) {
     URLRequest request(*URL::parse(url));
     request.httpMethod = std::move(method);
+    request.timeoutInterval = timeout;
     return request;
 }
 
@@ -21,6 +28,9 @@ struct Answer {
     std::string outcome() const {
         if (completions == 0) return "never completed";
         return response.error ? response.error->localizedDescription : "ok";
+    }
+    std::optional<Kind> failure() const {
+        return response.error ? std::optional(response.error->kind) : std::nullopt;
     }
     int status() const { return response.response ? response.response->statusCode : 0; }
     std::string data() const { return response.data ? response.data->raw() : "(absent)"; }
@@ -44,5 +54,10 @@ inline Answer fetch(Session& session, URLRequest request) {
 }
 
 inline Session plainSession() { return Session(URLSessionConfiguration{}); }
+
+inline Answer fetch(URLRequest request) {
+    Session session = plainSession();
+    return fetch(session, std::move(request));
+}
 
 }  // namespace torvel::testing

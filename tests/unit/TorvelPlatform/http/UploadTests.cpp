@@ -1,4 +1,3 @@
-#include "TorvelTesting/ScriptedServer.h"
 #include "support/Fetching.h"
 
 #include <algorithm>
@@ -10,12 +9,7 @@
 namespace torvel {
 namespace {
 
-using testing::Answer;
-using testing::complete;
-using testing::plainSession;
-using testing::requestTo;
-using testing::response;
-using testing::ScriptedServer;
+using namespace testing;
 
 MultipartFormData formOf(std::string content) {
     MultipartFormData form;
@@ -53,7 +47,7 @@ TEST(Upload, ArrivesWholeAndIsSpooledFromTheThresholdOn) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         int files = -1;
-        ScriptedServer server([&](ScriptedServer::Peer& peer) {
+        ScriptedServer server([&](Peer& peer) {
             peer.receive();
             files = namelessFiles();
             peer.send(response("200 OK", "thanks"));
@@ -96,7 +90,7 @@ TEST(Upload, ProgressRisesToOneBeforeTheCompletion) {
 
 TEST(Upload, IsRewoundForARedirectToTheSameHost) {
     for (const std::size_t threshold : {std::size_t{0}, Session::defaultEncodingMemoryThreshold}) {
-        ScriptedServer server([](ScriptedServer::Peer& peer) {
+        ScriptedServer server([](Peer& peer) {
             peer.answer(response("307 Temporary Redirect", "", "Location: /next\r\n"));
             peer.answer(response("200 OK", "thanks"));
         });
@@ -110,7 +104,7 @@ TEST(Upload, IsRewoundForARedirectToTheSameHost) {
 }
 
 TEST(Upload, AnsweredBeforeItsEndKeepsTheAnswer) {
-    ScriptedServer server([](ScriptedServer::Peer& peer) {
+    ScriptedServer server([](Peer& peer) {
         peer.send(response("413 Content Too Large", "too large", "Connection: close\r\n"));
     });
     Session session = plainSession();
