@@ -4,7 +4,8 @@ WERROR ?= $(if $(CI),ON,OFF)
 export CMAKE_BUILD_PARALLEL_LEVEL = $(JOBS)
 
 SECONDS ?= 60
-.PHONY: help demo build test core format check asan tsan fuzz clean
+BENCHES = bench-cipher bench-network bench-store bench-text bench-images bench-startup
+.PHONY: help demo build test core format check asan tsan fuzz bench $(BENCHES) clean
 
 help:
 	@echo "make demo     build the command-line tool and watch encrypted requests run over pinned TLS"
@@ -16,6 +17,7 @@ help:
 	@echo "make asan     the tests under AddressSanitizer and UBSan (build-asan)"
 	@echo "make tsan     the tests under ThreadSanitizer (build-tsan)"
 	@echo "make fuzz     every fuzz target for SECONDS=60 each (build-fuzz)"
+	@echo "make bench    every benchmark program and one table (build-bench); bench-cipher, bench-network, ... run one"
 	@echo "make clean    remove the build folders"
 
 demo:
@@ -51,6 +53,18 @@ fuzz:
 	cmake --preset fuzz
 	cmake --build build-fuzz
 	tools/fuzz $(SECONDS)
+
+bench:
+	tools/install-deps core bench
+	cmake --preset bench >/dev/null
+	cmake --build build-bench --target benchmarks
+	tools/bench
+
+$(BENCHES): bench-%:
+	tools/install-deps core bench
+	cmake --preset bench >/dev/null
+	cmake --build build-bench --target $@
+	tools/bench $*
 
 format:
 	tools/install-deps test

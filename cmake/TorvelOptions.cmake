@@ -4,6 +4,7 @@ include(GNUInstallDirs)
 option(BUILD_SHARED_LIBS "Build libtorvel as a shared library" OFF)
 option(TORVEL_TESTS "Build the tests (needs the test packages)" OFF)
 option(TORVEL_FUZZ "Build the fuzz targets for libFuzzer (needs clang)" OFF)
+option(TORVEL_BENCH "Build the benchmark programs (needs the bench packages)" OFF)
 option(TORVEL_WERROR "Treat warnings as errors" OFF)
 set(TORVEL_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize takes them (address,undefined or thread)")
 
