@@ -1,27 +1,11 @@
+#include "TorvelLibrary/crypto/CipherBlocksX86.h"
 #include "TorvelLibrary/crypto/CipherKernels.h"
 #include "TorvelLibrary/crypto/CipherKernelsX86.h"
 
-#include <immintrin.h>
-#include <string.h>
-
-// AES instructions with SSSE3 base64. CBC encryption waits for each block's AES, so that base64 of finished
-// blocks costs nothing beside it; decryption keeps six blocks in flight between decoded text and stored
+// AES instructions with SSSE3 base64. Decryption keeps six blocks in flight between decoded text and stored
 // bytes.
 namespace torvel {
 namespace {
-
-__m128i load(const void* from) { return _mm_loadu_si128(static_cast<const __m128i*>(from)); }
-void store(void* to, __m128i value) { _mm_storeu_si128(static_cast<__m128i*>(to), value); }
-
-// Round keys in the order in which a direction takes them.
-struct RoundKeys {
-    const __m128i* key;
-    unsigned rounds;
-};
-
-RoundKeys encryptingKeys(const AESKeySchedule& schedule) {
-    return {reinterpret_cast<const __m128i*>(schedule.roundKeys), schedule.rounds};
-}
 
 // For the equivalent inverse cipher (FIPS-197 5.3.5): reversed, InvMixColumns on the inner keys. Wiped when
 // it goes.
@@ -33,7 +17,7 @@ class DecryptingKeys {
         for (unsigned i = 1; i < m_rounds; ++i) m_keys[i] = _mm_aesimc_si128(keys[m_rounds - i]);
         m_keys[m_rounds] = keys[0];
     }
-    ~DecryptingKeys() { explicit_bzero(m_keys, (m_rounds + 1) * sizeof m_keys[0]); }
+    ~DecryptingKeys() { wipe(m_keys, m_rounds + 1); }
     DecryptingKeys(const DecryptingKeys&) = delete;
     DecryptingKeys& operator=(const DecryptingKeys&) = delete;
 
@@ -43,58 +27,6 @@ class DecryptingKeys {
     __m128i m_keys[15];
     unsigned m_rounds;
 };
-
-// --- Key schedule
-
-std::uint32_t substitutedWord(std::uint32_t word) {
-    const __m128i state = _mm_set1_epi32(static_cast<int>(word));
-    return static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_aeskeygenassist_si128(state, 0)));
-}
-
-// FIPS-197 5.2, word by word (little-endian, so that RotWord turns right).
-void expandAnyKey(const std::uint8_t* key, unsigned keyWords, AESKeySchedule& schedule) {
-    std::uint32_t words[60];
-    memcpy(words, key, 4 * keyWords);
-    std::uint32_t constant = 1;
-    for (unsigned i = keyWords; i < 4 * (schedule.rounds + 1); ++i) {
-        std::uint32_t word = words[i - 1];
-        if (i % keyWords == 0) {
-            word = substitutedWord(word >> 8 | word << 24) ^ constant;
-            constant = (constant << 1 ^ (constant >> 7) * 0x11B) & 0xFF;
-        } else if (keyWords == 8 && i % keyWords == 4) {
-            word = substitutedWord(word);
-        }
-        words[i] = words[i - keyWords] ^ word;
-    }
-    memcpy(schedule.roundKeys, words, 16 * (schedule.rounds + 1));
-    explicit_bzero(words, sizeof words);
-}
-
-template <int constant>
-__m128i nextKey128(__m128i key, std::uint8_t* out) {
-    const __m128i word = _mm_shuffle_epi32(_mm_aeskeygenassist_si128(key, constant), 0xFF);
-    key = _mm_xor_si128(key, _mm_slli_si128(key, 4));
-    key = _mm_xor_si128(key, _mm_slli_si128(key, 8));
-    key = _mm_xor_si128(key, word);
-    store(out, key);
-    return key;
-}
-
-void expandKey128(const std::uint8_t* key, AESKeySchedule& schedule) {
-    std::uint8_t* const out = schedule.roundKeys;
-    __m128i last = load(key);
-    store(out, last);
-    last = nextKey128<0x01>(last, out + 16);
-    last = nextKey128<0x02>(last, out + 32);
-    last = nextKey128<0x04>(last, out + 48);
-    last = nextKey128<0x08>(last, out + 64);
-    last = nextKey128<0x10>(last, out + 80);
-    last = nextKey128<0x20>(last, out + 96);
-    last = nextKey128<0x40>(last, out + 112);
-    last = nextKey128<0x80>(last, out + 128);
-    last = nextKey128<0x1B>(last, out + 144);
-    nextKey128<0x36>(last, out + 160);
-}
 
 // --- Blocks
 
@@ -125,33 +57,10 @@ void encryptGroup(RoundKeys keys, const std::uint8_t* in, std::uint8_t* out) {
 
 // --- CBC
 
-// Between blocks the chain already holds the next plain block and the first round key: they go in through the
-// last round key of the block before, which keeps their XORs out of the chain of dependent instructions.
-class EncryptingChain {
-  public:
-    EncryptingChain(RoundKeys keys, const std::uint8_t* iv, __m128i firstBlock)
-        : m_keys(keys), m_state(_mm_xor_si128(load(iv), _mm_xor_si128(firstBlock, keys.key[0]))) {}
-
-    // Finishes the current block and takes in the one after it.
-    __m128i step(__m128i nextBlock) {
-        const __m128i next = _mm_xor_si128(nextBlock, m_keys.key[0]);
-        const __m128i lastKey = _mm_xor_si128(m_keys.key[m_keys.rounds], next);
-        for (unsigned round = 1; round < m_keys.rounds; ++round)
-            m_state = _mm_aesenc_si128(m_state, m_keys.key[round]);
-        m_state = _mm_aesenclast_si128(m_state, lastKey);
-        return _mm_xor_si128(m_state, next);
-    }
-
-  private:
-    RoundKeys m_keys;
-    __m128i m_state;
-};
-
 // Decrypts runs of blocks one behind the other.
 class DecryptingChain {
   public:
-    DecryptingChain(const AESKeySchedule& schedule, const std::uint8_t* iv)
-        : m_keys(schedule), m_before(load(iv)) {}
+    DecryptingChain(const AESKeySchedule& schedule, __m128i iv) : m_keys(schedule), m_before(iv) {}
 
     template <int count>
     void decrypt(const __m128i* cipher, std::uint8_t* out) {
@@ -251,31 +160,6 @@ bool any(__m128i faults) { return _mm_movemask_epi8(_mm_cmpeq_epi8(faults, _mm_s
 
 // --- CBC and base64 in one pass
 
-// Plain text as blocks, the last one filled up with PKCS#7 padding (RFC 5652 6.3). Wiped when it goes.
-class PaddedBlocks {
-  public:
-    PaddedBlocks(const std::uint8_t* bytes, std::size_t size) : m_bytes(bytes), m_whole(size / 16) {
-        const std::size_t rest = size % 16;
-        memset(m_last, static_cast<int>(16 - rest), sizeof m_last);
-        if (rest > 0) memcpy(m_last, bytes + 16 * m_whole, rest);
-    }
-    ~PaddedBlocks() { explicit_bzero(m_last, sizeof m_last); }
-    PaddedBlocks(const PaddedBlocks&) = delete;
-    PaddedBlocks& operator=(const PaddedBlocks&) = delete;
-
-    std::size_t count() const { return m_whole + 1; }
-    // Past the end there are zeros, which the chain may take in after its last block.
-    __m128i operator[](std::size_t i) const {
-        if (i < m_whole) return load(m_bytes + 16 * i);
-        return i == m_whole ? load(m_last) : _mm_setzero_si128();
-    }
-
-  private:
-    const std::uint8_t* m_bytes;
-    std::size_t m_whole;
-    std::uint8_t m_last[16];
-};
-
 // The last one or two blocks, whose text ends in "==" or "=". Read with loads that stay inside the text;
 // whatever stands where the padding does is taken as "A" and falls behind the last block.
 bool decodeTail(const char* text, std::size_t blocks, __m128i* cipher, __m128i& faults) {
@@ -297,13 +181,7 @@ bool decodeTail(const char* text, std::size_t blocks, __m128i* cipher, __m128i& 
 
 namespace aesni {
 
-void expandKey(const std::uint8_t* key, unsigned keyWords, AESKeySchedule& schedule) {
-    schedule.rounds = keyWords + 6;
-    if (keyWords == 4)
-        expandKey128(key, schedule);
-    else
-        expandAnyKey(key, keyWords, schedule);
-}
+void expandKey(AESKey key, AESKeySchedule& schedule) { expandAESKey(key, schedule); }
 
 void encryptBlocks(const AESKeySchedule& schedule, const std::uint8_t* in, std::uint8_t* out,
                    std::size_t blocks) {
@@ -315,45 +193,33 @@ void encryptBlocks(const AESKeySchedule& schedule, const std::uint8_t* in, std::
 void cbcEncrypt(const AESKeySchedule& schedule, const std::uint8_t* iv, const std::uint8_t* in,
                 std::uint8_t* out, std::size_t blocks) {
     if (blocks == 0) return;
-    const RoundKeys keys = encryptingKeys(schedule);
-    EncryptingChain chain(keys, iv, load(in));
+    EncryptingChain chain(encryptingKeys(schedule), iv, load(in));
     for (std::size_t i = 1; i < blocks; ++i, out += 16) store(out, chain.step(load(in + 16 * i)));
     store(out, chain.step(_mm_setzero_si128()));
 }
 
 void cbcDecrypt(const AESKeySchedule& schedule, const std::uint8_t* iv, const std::uint8_t* in,
                 std::uint8_t* out, std::size_t blocks) {
-    DecryptingChain chain(schedule, iv);
+    DecryptingChain chain(schedule, load(iv));
     for (; blocks >= 8; blocks -= 8, in += 128, out += 128) chain.decrypt<8>(in, out);
     for (; blocks > 0; --blocks, in += 16, out += 16) chain.decrypt<1>(in, out);
 }
 
-void cbcEncryptToBase64(const AESKeySchedule& schedule, const std::uint8_t* iv, const std::uint8_t* in,
-                        std::size_t size, char* out) {
-    const RoundKeys keys = encryptingKeys(schedule);
-    const PaddedBlocks plain(in, size);
-    EncryptingChain chain(keys, iv, plain[0]);
-    __m128i group[3];
-    std::size_t i = 0;
-    for (; i + 3 <= plain.count(); i += 3, out += 64) {
-        for (unsigned b = 0; b < 3; ++b) group[b] = chain.step(plain[i + b + 1]);
-        encode48(group, out);
-    }
-    const std::size_t rest = plain.count() - i;
-    if (rest == 0) return;
-    group[0] = chain.step(plain[i + 1]);
-    group[1] = rest == 2 ? chain.step(_mm_setzero_si128()) : _mm_setzero_si128();
-    group[2] = _mm_setzero_si128();
-    char text[64];
-    encode48(group, text);
-    memcpy(out, text, rest == 2 ? 44 : 24);
-    memcpy(out + (rest == 2 ? 43 : 22), "==", rest == 2 ? 1 : 2);
+}  // namespace aesni
+
+namespace {
+
+void encryptToBase64(AESKey key, const std::uint8_t* iv, const std::uint8_t* in, std::size_t size,
+                     char* out) {
+    encryptToBase64By(encode48, key, iv, in, size, out);
 }
 
-DecryptedText cbcDecryptFromBase64(const AESKeySchedule& schedule, const std::uint8_t* iv, const char* text,
-                                   std::uint8_t* out, std::size_t blocks) {
-    DecryptingChain chain(schedule, iv);
+DecryptedText decryptFromBase64(AESKey key, const char* ivText, const char* text, std::uint8_t* out,
+                                std::size_t blocks) {
     __m128i faults = _mm_setzero_si128(), cipher[6];
+    decodeTail(ivText, 1, cipher, faults);
+    const ExpandedKey expanded(key);
+    DecryptingChain chain(expanded.schedule(), cipher[0]);
     for (; blocks >= 6; blocks -= 6, text += 128, out += 96) {
         decode64(text, cipher, faults);
         decode64(text + 64, cipher + 3, faults);
@@ -374,11 +240,11 @@ DecryptedText cbcDecryptFromBase64(const AESKeySchedule& schedule, const std::ui
     return chain.isASCII() ? DecryptedText::ascii : DecryptedText::otherBytes;
 }
 
-}  // namespace aesni
+}  // namespace
 
 constinit const CipherKernels aesniCipherKernels = {
-    "aesni",           aesni::expandKey,          aesni::encryptBlocks,        aesni::cbcEncrypt,
-    aesni::cbcDecrypt, aesni::cbcEncryptToBase64, aesni::cbcDecryptFromBase64,
+    "aesni",           aesni::expandKey, aesni::encryptBlocks, aesni::cbcEncrypt,
+    aesni::cbcDecrypt, encryptToBase64,  decryptFromBase64,
 };
 
 }  // namespace torvel

@@ -24,7 +24,7 @@ struct CPUFeatures {
         constexpr std::uint32_t avx512State = 0xE6;  // XMM, YMM, opmask and both halves of ZMM
         if (!aesni || !has(c, bit_OSXSAVE) || !has(savedRegisters(), avx512State)) return;
         if (__get_cpuid_count(7, 0, &a, &b, &c, &d) == 0) return;
-        vaes = has(b, bit_AVX512F | bit_AVX512BW) && has(c, bit_AVX512VBMI | bit_VAES);
+        vaes = has(b, bit_AVX512F | bit_AVX512BW | bit_AVX512VL) && has(c, bit_AVX512VBMI | bit_VAES);
     }
 
     static bool has(std::uint32_t bits, std::uint32_t wanted) { return (bits & wanted) == wanted; }
