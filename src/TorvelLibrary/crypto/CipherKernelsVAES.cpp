@@ -1,6 +1,6 @@
-#include "TorvelLibrary/crypto/CipherBlocksX86.h"
 #include "TorvelLibrary/crypto/CipherKernels.h"
 #include "TorvelLibrary/crypto/CipherKernelsX86.h"
+#include "TorvelLibrary/crypto/CipherMessagesX86.h"
 
 // Decryption with 512-bit registers: 512 characters become 24 cipher blocks and those 24 plain blocks without
 // leaving the registers. Encryption is bound by the latency of one AES block after another, which wider
@@ -88,69 +88,64 @@ class Decoder {
     __m512i m_faults = _mm512_setzero_si512();
 };
 
-// Chained decryption of vectors of four blocks, by the equivalent inverse cipher (FIPS-197 5.3.5).
+// Chained decryption of vectors of four blocks.
 template <unsigned rounds>
 class Decryptor {
   public:
-    // The IV is the first block of `iv`.
-    Decryptor(const AESKeySchedule& schedule, __m512i iv) : m_before(_mm512_shuffle_i64x2(iv, iv, 0)) {
-        const __m128i* const keys = encryptingKeys(schedule).key;
-        m_keys[0] = _mm512_broadcast_i32x4(keys[rounds]);
-        for (unsigned i = 1; i < rounds; ++i)
-            m_keys[i] = _mm512_broadcast_i32x4(_mm_aesimc_si128(keys[rounds - i]));
-        m_keys[rounds] = _mm512_broadcast_i32x4(keys[0]);
-    }
-    ~Decryptor() { wipe(m_keys, rounds + 1); }
-    Decryptor(const Decryptor&) = delete;
-    Decryptor& operator=(const Decryptor&) = delete;
+    // The IV is the first block of `iv`. The keys stay where they are, so that the rest of it can stay in
+    // registers.
+    Decryptor(const DecryptingKeys<__m512i, rounds>& keys, __m512i iv)
+        : m_keys(keys.key), m_before(_mm512_shuffle_i64x2(iv, iv, 0)) {}
 
-    // Leaves the plain blocks in place of the cipher blocks. After every round but the last there is time for
-    // something else, beside(round).
+    // Writes the plain blocks. After every round but the last there is time for something else,
+    // beside(round).
     template <unsigned count, class Beside>
-    void decrypt(__m512i* blocks, Beside beside) {
-        __m512i state[count], lastKey[count];
-        for (unsigned i = 0; i < count; ++i) {
-            const __m512i before = _mm512_alignr_epi64(blocks[i], i == 0 ? m_before : blocks[i - 1], 6);
-            lastKey[i] = _mm512_xor_si512(before, m_keys[rounds]);
-            state[i] = _mm512_xor_si512(blocks[i], m_keys[0]);
-        }
-        m_before = blocks[count - 1];
-        for (unsigned round = 1; round < rounds; ++round) {
-            for (unsigned i = 0; i < count; ++i) state[i] = _mm512_aesdec_epi128(state[i], m_keys[round]);
-            beside(round);
-        }
-        for (unsigned i = 0; i < count; ++i) blocks[i] = _mm512_aesdeclast_epi128(state[i], lastKey[i]);
-    }
-
-    template <unsigned count>
-    void decrypt(__m512i* blocks) {
-        decrypt<count>(blocks, [](unsigned) {});
-    }
-
-    template <unsigned count>
-    void store(const __m512i* plain, std::uint8_t* out) {
+    [[gnu::always_inline]] inline void decrypt(const __m512i* blocks, std::uint8_t* out, Beside beside) {
+        __m512i plain[count];
+        transform<count>(blocks, plain, beside);
         for (unsigned i = 0; i < count; ++i) {
             m_seen = _mm512_or_si512(m_seen, plain[i]);
             _mm512_storeu_si512(out + 64 * i, plain[i]);
         }
     }
+    template <unsigned count>
+    void decrypt(const __m512i* blocks, std::uint8_t* out) {
+        decrypt<count>(blocks, out, [](unsigned) {});
+    }
 
-    // One to three blocks in one vector, which is written as a whole: a short store would hold up the
-    // reading of its last byte, which tells the padding.
+    // One to three blocks in one vector. Written block by block: the padding is read from the last one at
+    // once, which takes long behind a wide store that crosses lines of the cache.
     void decryptFew(__m512i blocks, std::size_t count, std::uint8_t* out) {
-        const __m512i third = _mm512_shuffle_i64x2(blocks, blocks, 0xA4);  // moved to where the fourth stands
-        decrypt<1>(&blocks);
-        m_before = third;
-        const __mmask8 halves = static_cast<__mmask8>((1U << 2 * count) - 1);
-        m_seen = _mm512_mask_or_epi64(m_seen, halves, m_seen, blocks);
-        _mm512_storeu_si512(out, blocks);
+        __m512i plain;
+        transform<1>(&blocks, &plain, [](unsigned) {});
+        m_before = _mm512_shuffle_i64x2(blocks, blocks, 0xA4);  // the third, where the fourth stands
+        m_seen = _mm512_mask_or_epi64(m_seen, static_cast<__mmask8>((1U << 2 * count) - 1), m_seen, plain);
+        store(out, _mm512_castsi512_si128(plain));
+        store(out + 16, _mm512_extracti32x4_epi32(plain, 1));
+        store(out + 32, _mm512_extracti32x4_epi32(plain, 2));
     }
 
     // Of all plain bytes stored so far.
     bool isASCII() const { return _mm512_movepi8_mask(m_seen) == 0; }
 
   private:
-    __m512i m_keys[rounds + 1];
+    template <unsigned count, class Beside>
+    [[gnu::always_inline]] inline void transform(const __m512i* blocks, __m512i* plain, Beside beside) {
+        __m512i lastKey[count];
+        for (unsigned i = 0; i < count; ++i) {
+            const __m512i before = _mm512_alignr_epi64(blocks[i], i == 0 ? m_before : blocks[i - 1], 6);
+            lastKey[i] = _mm512_xor_si512(before, m_keys[rounds]);
+            plain[i] = _mm512_xor_si512(blocks[i], m_keys[0]);
+        }
+        m_before = blocks[count - 1];
+        for (unsigned round = 1; round < rounds; ++round) {
+            for (unsigned i = 0; i < count; ++i) plain[i] = _mm512_aesdec_epi128(plain[i], m_keys[round]);
+            beside(round);
+        }
+        for (unsigned i = 0; i < count; ++i) plain[i] = _mm512_aesdeclast_epi128(plain[i], lastKey[i]);
+    }
+
+    const __m512i* m_keys;
     __m512i m_before;  // whose last block comes before the next one
     __m512i m_seen = _mm512_setzero_si512();
 };
@@ -172,41 +167,18 @@ bool decryptTail(Decryptor<rounds>& decryptor, Decoder& decoder, const char* tex
     return blocks == 1 ? text[22] == '=' && text[23] == '=' : text[43] == '=';
 }
 
-// Two groups at a time while there are two. The next two are decoded between the rounds of these: behind them
-// they would wait for a place among the instructions that the processor looks at.
-template <unsigned rounds>
-void decryptMany(Decryptor<rounds>& decryptor, Decoder& decoder, const char*& text, std::uint8_t*& out,
-                 std::size_t& blocks) {
-    constexpr std::size_t many = 2 * groupBlocks;
-    if (blocks < many) return;
-    __m512i current[6], next[6];
-    decoder.decode<8>(text, current);
-    for (; blocks >= 2 * many; blocks -= many, out += 2 * groupBytes) {
-        text += 2 * groupText;
-        decryptor.template decrypt<6>(current, [&](unsigned round) {
-            if (round <= 8) decoder.step(round - 1, text, next);
-        });
-        decryptor.template store<6>(current, out);
-        for (unsigned i = 0; i < 6; ++i) current[i] = next[i];
-    }
-    decryptor.template decrypt<6>(current);
-    decryptor.template store<6>(current, out);
-    blocks -= many, text += 2 * groupText, out += 2 * groupBytes;
-}
-
 template <unsigned rounds>
 DecryptedText decryptRounds(AESKey key, const char* ivText, const char* text, std::uint8_t* out,
                             std::size_t blocks) {
     Decoder decoder;
     const __m512i iv = decoder.decode(loadDigits(ivText, 1));
-    const ExpandedKey expanded({key.bytes, rounds - 6});
-    Decryptor<rounds> decryptor(expanded.schedule(), iv);
-    decryptMany(decryptor, decoder, text, out, blocks);
+    const DecryptingKeys<__m512i, rounds> keys(ExpandedKey({key.bytes, rounds - 6}).schedule());
+    Decryptor<rounds> decryptor(keys, iv);
+    decryptMany<__m512i>(decryptor, decoder, text, out, blocks);
     __m512i few[3];
     if (blocks >= groupBlocks) {
-        decoder.decode<4>(text, few);
-        decryptor.template decrypt<3>(few);
-        decryptor.template store<3>(few, out);
+        decoder.template decode<4>(text, few);
+        decryptor.template decrypt<3>(few, out);
         blocks -= groupBlocks, text += groupText, out += groupBytes;
     }
     const bool padded = decryptTail(decryptor, decoder, text, out, blocks);
@@ -238,6 +210,8 @@ void encryptToBase64(AESKey key, const std::uint8_t* iv, const std::uint8_t* in,
 
 DecryptedText decryptFromBase64(AESKey key, const char* ivText, const char* text, std::uint8_t* out,
                                 std::size_t blocks) {
+    // Short messages do not win back what the wide keys cost.
+    if (blocks < groupBlocks) return avx2CipherKernels.decryptFromBase64(key, ivText, text, out, blocks);
     if (key.words == 4) return decryptRounds<10>(key, ivText, text, out, blocks);
     if (key.words == 6) return decryptRounds<12>(key, ivText, text, out, blocks);
     return decryptRounds<14>(key, ivText, text, out, blocks);

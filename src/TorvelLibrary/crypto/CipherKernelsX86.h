@@ -5,6 +5,7 @@
 namespace torvel {
 
 extern const CipherKernels aesniCipherKernels;  // AES, SSSE3, SSE4.1
+extern const CipherKernels avx2CipherKernels;   // and AVX2
 extern const CipherKernels vaesCipherKernels;   // and VAES, AVX-512 F, BW, VL and VBMI
 
 // Those of the AES-NI tier, for tiers above it.

@@ -39,46 +39,6 @@ std::size_t blocksInBase64(std::string_view text) {
     return bytes % aesBlockSize == 0 ? bytes / aesBlockSize : 0;
 }
 
-// What a message is in the common case: a whole IV, a valid key, whole blocks, base64 without faults. In such
-// a text an IV text that ends in "==" can only occur again at the very end, so that no search is needed. (One
-// that ends in a single "=" might also stand right before the last "=" of the text.)
-struct WellFormed {
-    std::string_view iv, data;
-    std::size_t blocks = 0;
-
-    WellFormed(std::string_view text, std::size_t ivLength)
-        : iv(text.substr(0, ivLength)), data(text.substr(ivLength)) {
-        if (iv.size() != 24 || !iv.ends_with("==")) return;
-        while (data.ends_with(iv)) data.remove_suffix(iv.size());
-        blocks = blocksInBase64(data);
-    }
-};
-
-// In one pass, without looking first whether the text is base64: that shows on the way.
-DecryptedText decryptAtOnce(const WellFormed& text, std::string_view key, const CipherKernels& kernels,
-                            std::string& plain) {
-    DecryptedText found = DecryptedText::notBase64;
-    const std::size_t size = text.blocks * aesBlockSize;
-    overwrite(plain, size + CipherKernels::slack, [&](char* out) -> std::size_t {
-        found = kernels.decryptFromBase64(asKey(key), text.iv.data(), text.data.data(), bytePointer(out),
-                                          text.blocks);
-        if (found != DecryptedText::notBase64) return PKCS7::remove({out, size}).size();
-        explicit_bzero(out, size);
-        return 0;
-    });
-    return found;
-}
-
-// Step by step, for every text.
-[[gnu::cold]] std::optional<std::string> decryptInSteps(std::string_view text, std::string_view prefix,
-                                                        std::string_view key, const CipherKernels& kernels) {
-    const auto iv = Base64::decode(prefix), cipher = Base64::decode(removingOccurrences(text, prefix));
-    if (!cipher) fatalError("AES: the cipher text is not base64");
-    const auto ivBytes = iv ? std::optional<std::string_view>(iv->raw()) : std::nullopt;
-    const auto plain = AESCipher(key, ivBytes, kernels).decrypt(cipher->raw());
-    return plain ? plain.value().utf8Text() : std::nullopt;
-}
-
 std::optional<std::string> encryptInSteps(std::string_view plain, std::string_view key, std::string_view iv,
                                           const CipherKernels& kernels) {
     const auto cipher = AESCipher(key, iv, kernels).encrypt(plain);
@@ -104,18 +64,40 @@ std::optional<std::string> encryptText(std::string_view plain, std::string_view 
     return text;
 }
 
-std::optional<std::string> decryptText(std::string_view text, std::size_t ivLength, std::string_view key,
-                                       const CipherKernels& kernels) {
+// An IV text that ends in "==" can occur again in well-formed base64 at the very end alone, so that no search
+// is needed. (One that ends in a single "=" might also stand right before the last "=" of the text.)
+std::optional<std::string> decryptAtOnce(std::string_view text, std::string_view key,
+                                         const CipherKernels& kernels) {
+    constexpr std::size_t ivLength = 24;
+    if (kernels.decryptFromBase64 == nullptr || !isKey(key) || text.size() <= ivLength) return std::nullopt;
+    const std::string_view iv = text.substr(0, ivLength);
+    if (!iv.ends_with("==")) return std::nullopt;
+    text.remove_prefix(ivLength);
+    while (text.ends_with(iv)) text.remove_suffix(ivLength);
+    const std::size_t blocks = blocksInBase64(text), size = blocks * aesBlockSize;
+    if (blocks == 0) return std::nullopt;
+
+    // Whether all of it is base64 shows on the way.
     std::optional<std::string> plain(std::in_place);
-    const WellFormed wellFormed(text, ivLength);
     DecryptedText found = DecryptedText::notBase64;
-    if (kernels.decryptFromBase64 != nullptr && wellFormed.blocks > 0 && isKey(key))
-        found = decryptAtOnce(wellFormed, key, kernels, *plain);
-    if (found == DecryptedText::notBase64)
-        plain = decryptInSteps(text, text.substr(0, ivLength), key, kernels);
-    else if (found == DecryptedText::otherBytes && !isValidUTF8(*plain))
+    overwrite(*plain, size + CipherKernels::slack, [&](char* out) {
+        found = kernels.decryptFromBase64(asKey(key), iv.data(), text.data(), bytePointer(out), blocks);
+        return PKCS7::remove({out, size}).size();
+    });
+    if (found == DecryptedText::notBase64 || (found == DecryptedText::otherBytes && !isValidUTF8(*plain))) {
+        explicit_bzero(plain->data(), plain->size());
         plain.reset();
+    }
     return plain;
+}
+
+std::optional<std::string> decryptInSteps(std::string_view text, std::string_view ivText,
+                                          std::string_view key, const CipherKernels& kernels) {
+    const auto iv = Base64::decode(ivText), cipher = Base64::decode(removingOccurrences(text, ivText));
+    if (!cipher) fatalError("AES: the cipher text is not base64");
+    const auto ivBytes = iv ? std::optional<std::string_view>(iv->raw()) : std::nullopt;
+    const auto plain = AESCipher(key, ivBytes, kernels).decrypt(cipher->raw());
+    return plain ? plain.value().utf8Text() : std::nullopt;
 }
 
 }  // namespace torvel

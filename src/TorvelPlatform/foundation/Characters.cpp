@@ -24,7 +24,7 @@ std::uint64_t specialBytes(const char* bytes) {
 }
 
 // Whether every byte is a character by itself whatever stands beside it: ASCII, and no half of a CR LF.
-bool isPlain(std::string_view text) {
+inline bool isPlain(std::string_view text) {
     if (text.size() < 8)
         return std::none_of(text.begin(), text.end(),
                             [](char c) { return (static_cast<unsigned char>(c) & 0x80) != 0 || c == '\r'; });
@@ -62,7 +62,9 @@ void visitClusters(std::string_view text, Visit visit) {
 
 }  // namespace
 
-std::size_t characterCount(std::string_view text) { return characterPrefix(text, text.size()).count; }
+std::size_t characterCount(std::string_view text) {
+    return isPlain(text) ? text.size() : prefixByClusters(text, text.size()).count;
+}
 
 CharacterPrefix characterPrefix(std::string_view text, std::size_t count) {
     // The byte behind the last character must not join it either.

@@ -36,9 +36,13 @@ class EveryTier : public testing::TestWithParam<const CipherKernels*> {
     AESCipher cipher(std::string_view key, std::optional<std::string_view> iv) {
         return {key, iv, *GetParam()};
     }
-    // What is read of an IV and cipher bytes.
+    // What is read of an IV and cipher bytes, by every way that there is.
     std::optional<std::string> decrypted(std::string_view key, std::string_view iv, std::string_view bytes) {
-        return decryptText(base64(iv) + base64(bytes), base64(iv).size(), key, *GetParam());
+        const std::string text = base64(iv) + base64(bytes);
+        const auto plain = decryptInSteps(text, base64(iv), key, *GetParam());
+        const bool atOnce = GetParam()->decryptFromBase64 != nullptr && iv.size() == 16;
+        EXPECT_EQ(decryptAtOnce(text, key, *GetParam()), atOnce ? plain : std::nullopt);
+        return plain;
     }
 };
 
