@@ -4,8 +4,9 @@ WERROR ?= $(if $(CI),ON,OFF)
 export CMAKE_BUILD_PARALLEL_LEVEL = $(JOBS)
 
 SECONDS ?= 60
+MINUTES ?= 15
 BENCHES = bench-cipher bench-network bench-store bench-text bench-images bench-startup
-.PHONY: help demo build test core format check asan tsan fuzz bench $(BENCHES) clean
+.PHONY: help demo build test core format check asan tsan fuzz soak coverage bench $(BENCHES) clean
 
 help:
 	@echo "make demo     build the command-line tool and watch encrypted requests run over pinned TLS"
@@ -18,6 +19,8 @@ help:
 	@echo "make tsan     the tests under ThreadSanitizer (build-tsan)"
 	@echo "make fuzz     every fuzz target for SECONDS=60 each (build-fuzz)"
 	@echo "make bench    every benchmark program and one table (build-bench); bench-cipher, bench-network, ... run one"
+	@echo "make soak     a million requests with random faults, MINUTES=15 at most"
+	@echo "make coverage the lines and functions that no test reaches (build-coverage)"
 	@echo "make clean    remove the build folders"
 
 demo:
@@ -27,13 +30,13 @@ demo:
 	build/bin/torvel demo
 
 build:
-	tools/install-deps core
-	cmake --preset release -DTORVEL_WERROR=$(WERROR)
+	tools/install-deps core ui
+	cmake --preset release -DTORVEL_UI=ON -DTORVEL_WERROR=$(WERROR)
 	cmake --build build
 
 test:
-	tools/install-deps core test
-	cmake --preset release -DTORVEL_TESTS=ON -DTORVEL_WERROR=$(WERROR)
+	tools/install-deps core ui test
+	cmake --preset release -DTORVEL_UI=ON -DTORVEL_TESTS=ON -DTORVEL_WERROR=$(WERROR)
 	cmake --build build
 	ctest --test-dir build --output-on-failure -j $(JOBS)
 
@@ -43,8 +46,8 @@ core:
 	cmake --build build-core
 
 asan tsan:
-	tools/install-deps core test
-	cmake --preset $@
+	tools/install-deps core ui test
+	cmake --preset $@ -DTORVEL_UI=ON
 	cmake --build build-$@
 	TSAN_OPTIONS="suppressions=$(CURDIR)/tests/support/tsan.supp" ctest --test-dir build-$@ --output-on-failure -j $(JOBS)
 
@@ -65,6 +68,18 @@ $(BENCHES): bench-%:
 	cmake --preset bench >/dev/null
 	cmake --build build-bench --target $@
 	tools/bench $*
+
+soak:
+	tools/install-deps core test
+	cmake --preset release -DTORVEL_TESTS=ON
+	cmake --build build --target soak
+	build/tests/soak 1000000 $(MINUTES)
+
+coverage:
+	tools/install-deps core test cover
+	cmake --preset coverage
+	cmake --build build-coverage
+	tools/coverage
 
 format:
 	tools/install-deps test

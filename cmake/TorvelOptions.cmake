@@ -2,6 +2,14 @@
 include(GNUInstallDirs)
 
 option(BUILD_SHARED_LIBS "Build libtorvel as a shared library" OFF)
+# Asked here for the default alone; TorvelDependencies.cmake insists when it is to be built.
+find_package(Qt6 6.4 QUIET COMPONENTS Widgets UiTools)
+find_package(Fontconfig QUIET)
+find_package(PNG QUIET)
+if(Qt6_FOUND AND Fontconfig_FOUND AND PNG_FOUND)
+    set(hasScreenToolkit ON)
+endif()
+option(TORVEL_UI "Build Torvel::UI (on where Qt 6, fontconfig and libpng are installed)" ${hasScreenToolkit})
 option(TORVEL_TESTS "Build the tests (needs the test packages)" OFF)
 option(TORVEL_FUZZ "Build the fuzz targets for libFuzzer (needs clang)" OFF)
 option(TORVEL_BENCH "Build the benchmark programs (needs the bench packages)" OFF)

@@ -1,9 +1,9 @@
 #include "TorvelPlatform/dispatch/DispatchQueue.h"
 #include "TorvelPlatform/http/Session.h"
 #include "TorvelTesting/HostFixture.h"
-#include "TorvelTesting/TLSServer.h"
-
-#include <chrono>
+#include "TorvelTesting/ScriptedServer.h"
+#include "TorvelTesting/TLSPeers.h"
+#include "support/Fetching.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -14,7 +14,8 @@ namespace {
 using testing::CertificateRequest;
 using testing::Identity;
 using testing::issue;
-using testing::TLSServer;
+using testing::NginxServer;
+using testing::OpenSSLServer;
 using Reason = TrustFailure::Reason;
 using Evaluator = std::shared_ptr<const ServerTrustEvaluating>;
 
@@ -50,16 +51,20 @@ class Trust : public testing::HostFixture {
                                          std::make_shared<ServerTrustManager>(true, std::move(evaluators)));
     }
 
-    // The outcome of one GET; fails the test when it is not delivered exactly once.
-    static DataResponse get(Session& session, const std::string& url) {
-        std::vector<DataResponse> responses;
-        session.request(URLRequest(*URL::parse(url)))
-            .validate()
-            .responseData(DispatchQueue::main(),
-                          [&](DataResponse response) { responses.push_back(std::move(response)); });
-        DispatchQueue::main().runUntil([&] { return !responses.empty(); }, std::chrono::seconds(20));
-        EXPECT_EQ(responses.size(), 1U) << url;
-        return responses.empty() ? DataResponse{} : std::move(responses.front());
+    // The outcome of one GET, or of one POST with a body.
+    static DataResponse get(Session& session, const std::string& url, std::optional<std::string> body = {}) {
+        URLRequest request = testing::requestTo(url, body ? "POST" : "GET");
+        request.timeoutInterval = 2;
+        if (body) request.httpBody = Data(*body);
+        DataRequest sent = session.request(request);
+        sent.validate();
+        const testing::Answer answer = testing::complete(std::move(sent));
+        EXPECT_EQ(answer.completions, 1) << url;
+        return answer.response;
+    }
+
+    static bool contains(const std::string& text, const char* part) {
+        return text.find(part) != std::string::npos;
     }
 
     static std::optional<Reason> refusal(const DataResponse& response) {
@@ -89,6 +94,12 @@ TEST_F(Trust, Matrix) {
     const Identity weakKey = leaf({.rsaBits = 1024}, m_intermediate);
     const Identity weakSignature = leaf({.digest = "SHA1"}, m_intermediate);
     const Identity byLeaf = leaf({}, m_leaf);
+    const Identity authority = leaf({.isAuthority = true}, m_root);
+    const Identity lapsed =
+        issue({.commonName = "lapsed", .firstDay = -9, .lastDay = -1, .isAuthority = true}, &m_root);
+    const Identity byLapsed = leaf({}, lapsed);
+    const Identity wildcard = leaf({.alternativeNames = "DNS:*.shop.localhost"}, m_intermediate);
+    const Identity partial = leaf({.alternativeNames = "DNS:p*.shop.localhost"}, m_intermediate);
     const Identity renewed = leaf({.keyOf = &m_leaf}, m_intermediate);
     const Identity otherLeaf = leaf({}, m_root);
     const auto defaults = std::make_shared<DefaultTrustEvaluator>();
@@ -102,9 +113,19 @@ TEST_F(Trust, Matrix) {
         Evaluator evaluator;
         std::optional<Reason> refused;
         const char* host = "localhost";
+        std::vector<std::string> options = {};  // of the server
     };
     const Row rows[] = {
         {"default", m_leaf, chain, defaults, {}},
+        {"TLS 1.2", m_leaf, chain, defaults, {}, "localhost", {"-tls1_2"}},
+        {"wildcard", wildcard, chain, defaults, {}, "pay.shop.localhost"},
+        {"wildcard, two labels", wildcard, chain, defaults, Reason::hostValidationFailed,
+         "a.pay.shop.localhost"},
+        {"wildcard, no label", wildcard, chain, defaults, Reason::hostValidationFailed, "shop.localhost"},
+        {"part of a label as a wildcard", partial, chain, defaults, Reason::hostValidationFailed,
+         "pay.shop.localhost"},
+        {"an authority as the server", authority, {}, defaults, Reason::chainValidationFailed},
+        {"expired intermediate", byLapsed, {lapsed}, defaults, Reason::chainValidationFailed},
         {"default, by address", m_leaf, chain, defaults, {}, "127.0.0.1"},
         {"host in upper case", m_leaf, chain, defaults, {}, "LOCALHOST"},
         {"pin on the leaf", m_leaf, chain, pinned({m_leaf}), {}},
@@ -143,31 +164,97 @@ TEST_F(Trust, Matrix) {
         {"disabled, another name", elsewhere, chain, disabled, {}},
     };
     for (const Row& row : rows) {
-        TLSServer server(row.served, row.others);
-        const auto session = sessionWith({{row.host, row.evaluator}});
-        const DataResponse response = get(*session, server.url(row.host));
+        OpenSSLServer server(directory(), row.served, row.others, row.options);
+        const DataResponse response = get(*sessionWith({{row.host, row.evaluator}}), server.url(row.host));
         EXPECT_EQ(refusal(response), row.refused)
             << row.name << ": " << (response.error ? response.error->localizedDescription : "accepted");
-        if (row.refused)
-            EXPECT_EQ(server.requestBytes(), 0U) << row.name;
-        else
-            EXPECT_EQ(server.requests(), 1U) << row.name;
+        // A refused server sees no byte of the request; names are announced to it, addresses never.
+        const std::string seen = server.transcript();
+        EXPECT_NE(contains(seen, "HTTP/1."), row.refused.has_value()) << row.name << seen;
+        EXPECT_NE(contains(seen, "\"server name\""), row.host == std::string("127.0.0.1")) << row.name;
     }
 }
 
+TEST_F(Trust, AProtocolBelowTLS12IsRefused) {
+    OpenSSLServer server(directory(), m_leaf, {m_intermediate}, {"-tls1_1"});
+    const DataResponse response =
+        get(*sessionWith({{"localhost", std::make_shared<DisabledEvaluator>()}}), server.url("localhost"));
+    EXPECT_EQ(response.error.value().kind, SessionError::Kind::secureConnectionFailed);
+    EXPECT_FALSE(contains(server.transcript(), "HTTP/1."));
+}
+
 TEST_F(Trust, AHostWithoutAnEvaluatorIsRefusedBeforeAnyConnection) {
-    TLSServer server(m_leaf, {m_intermediate});
+    testing::ScriptedServer server(testing::ScriptedServer::answering(""));
     const auto session = sessionWith({{"elsewhere.example", std::make_shared<DisabledEvaluator>()}});
-    EXPECT_EQ(refusal(get(*session, server.url("localhost"))), Reason::noRequiredEvaluator);
+    const std::string url = "https" + server.url("/", "localhost").substr(4);
+    EXPECT_EQ(refusal(get(*session, url)), Reason::noRequiredEvaluator);
     EXPECT_EQ(server.connections(), 0U);
 }
 
 TEST_F(Trust, TheDefaultSessionUsesTheTrustStore) {
-    TLSServer good(m_leaf, {m_intermediate});
+    OpenSSLServer good(directory(), m_leaf, {m_intermediate});
     EXPECT_EQ(refusal(get(*Session::defaultSession(), good.url("localhost"))), std::nullopt);
-    TLSServer bad(leaf({}, m_foreignRoot));
+    OpenSSLServer bad(directory(), leaf({}, m_foreignRoot));
     EXPECT_EQ(refusal(get(*Session::defaultSession(), bad.url("localhost"))), Reason::chainValidationFailed);
 }
+
+TEST_F(Trust, WithoutAReadableStoreNobodyIsTrusted) {
+    ::setenv("SSL_CERT_FILE", (directory() / "absent.pem").c_str(), 1);
+    OpenSSLServer server(directory(), m_leaf, {m_intermediate});
+    const auto session = sessionWith({{"localhost", std::make_shared<DefaultTrustEvaluator>()}});
+    EXPECT_EQ(refusal(get(*session, server.url("localhost"))), Reason::chainValidationFailed);
+    EXPECT_FALSE(contains(server.transcript(), "HTTP/1."));
+}
+
+// A frame of HTTP/2 (RFC 9113, 4.1).
+std::string frame(char type, char flags, char stream, std::string_view payload) {
+    return std::string{static_cast<char>(payload.size() >> 16),
+                       static_cast<char>(payload.size() >> 8),
+                       static_cast<char>(payload.size()),
+                       type,
+                       flags,
+                       0,
+                       0,
+                       0,
+                       stream} +
+           std::string(payload);
+}
+
+TEST_F(Trust, FaultsOfHTTP2EndInOneError) {
+    using Kind = SessionError::Kind;
+    constexpr char data = 0, headers = 1, reset = 3, settings = 4, goAway = 7, endStream = 1, endHeaders = 4,
+                   ack = 1;
+    const std::string head = frame(headers, endHeaders, 1, "\x88");  // ":status: 200", RFC 7541, appendix A
+    struct Row {
+        const char* name;
+        std::string frames;
+        std::optional<Kind> error;
+    };
+    const Row rows[] = {
+        {"whole", head + frame(data, endStream, 1, "ok"), {}},
+        {"stream reset", frame(reset, 0, 1, std::string("\0\0\0\2", 4)), Kind::connectionLost},
+        {"stream reset in the body",
+         head + frame(data, 0, 1, "o") + frame(reset, 0, 1, std::string("\0\0\0\2", 4)),
+         Kind::connectionLost},
+        {"the server goes away", frame(goAway, 0, 0, std::string(8, '\0')), Kind::connectionLost},
+        {"stalled", head + frame(data, 0, 1, "o"), Kind::timedOut},
+        {"a header block that is none", frame(headers, endHeaders, 1, "\xFF\xFF\xFF\xFF\xFF"),
+         Kind::connectionLost},
+        {"a frame larger than agreed", frame(data, 0, 1, std::string(20'000, 'x')), Kind::connectionLost},
+        {"data before the head", frame(data, endStream, 1, "ok"), Kind::connectionLost},
+        {"not HTTP/2", "HTTP/1.1 200 OK\r\n\r\nok", Kind::connectionLost},
+    };
+    for (const Row& row : rows) {
+        OpenSSLServer server(directory(), m_leaf, {m_intermediate}, {"-alpn", "h2"},
+                             frame(settings, 0, 0, "") + frame(settings, ack, 0, "") + row.frames);
+        const DataResponse response =
+            get(*sessionWith({{"localhost", pinned({m_leaf})}}), server.url("localhost"));
+        EXPECT_EQ(response.error ? std::optional(response.error->kind) : std::nullopt, row.error)
+            << row.name << ": " << (response.error ? response.error->localizedDescription : "ok");
+    }
+}
+
+// nginx keeps connections open, offers session tickets and speaks HTTP/2.
 
 TEST_F(Trust, ARedirectAsksTheNewHostsEvaluator) {
     struct Row {
@@ -180,63 +267,50 @@ TEST_F(Trust, ARedirectAsksTheNewHostsEvaluator) {
         {"wrong pin", pinned({m_foreignRoot}), Reason::certificatePinningFailed},
         {"no evaluator", nullptr, Reason::noRequiredEvaluator},
     };
-    for (const Row& row : rows) {
-        TLSServer target(m_leaf, {m_intermediate});
-        TLSServer first(
-            m_leaf, {m_intermediate},
-            "HTTP/1.1 302 Found\r\nLocation: " + target.url("127.0.0.1") + "\r\nContent-Length: 0\r\n\r\n");
-        ServerTrustManager::Evaluators evaluators{{"localhost", std::make_shared<DefaultTrustEvaluator>()}};
-        if (row.evaluator) evaluators["127.0.0.1"] = row.evaluator;
-        EXPECT_EQ(refusal(get(*sessionWith(std::move(evaluators)), first.url("localhost"))), row.refused)
-            << row.name;
-        EXPECT_EQ(first.requests(), 1U);
-        EXPECT_EQ(target.requestBytes() > 0, !row.refused) << row.name;
-    }
+    for (const auto& [from, to] : {std::pair("localhost", "127.0.0.1"), std::pair("127.0.0.1", "localhost")})
+        for (const Row& row : rows) {
+            SCOPED_TRACE(std::string(row.name) + " from " + from);
+            std::filesystem::remove(directory() / "requests.log");
+            NginxServer server(directory(), m_leaf, {m_intermediate});
+            ServerTrustManager::Evaluators evaluators{{from, std::make_shared<DefaultTrustEvaluator>()}};
+            if (row.evaluator) evaluators[to] = row.evaluator;
+            const std::string away = std::string("/away/") + to;
+            EXPECT_EQ(refusal(get(*sessionWith(std::move(evaluators)), server.url(from, away))), row.refused);
+            std::vector<std::string> requests{"GET " + away + " HTTP/2.0 " + from + " ."};
+            if (!row.refused) requests.push_back(std::string("GET / HTTP/2.0 ") + to + " .");
+            EXPECT_EQ(server.requests(), requests);
+        }
 }
 
-TEST_F(Trust, EveryNewConnectionIsJudgedAgain) {
-    // The server closes after each answer and offers resumption; what it serves changes in between.
-    TLSServer server(m_leaf, {m_intermediate},
-                     "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: 2\r\n\r\nok");
+TEST_F(Trust, EveryNewConnectionIsJudgedAgainAndNoneIsResumed) {
+    NginxServer server(directory(), m_leaf, {m_intermediate});
     const auto session = sessionWith({{"localhost", pinned({m_leaf})}});
-    EXPECT_EQ(refusal(get(*session, server.url("localhost"))), std::nullopt);
+    const std::string once = server.url("localhost", "/once");
+    EXPECT_EQ(refusal(get(*session, once, "x")), std::nullopt);
+    EXPECT_EQ(refusal(get(*session, once, "x")), std::nullopt);
     server.serve(leaf({}, m_intermediate), {m_intermediate});
-    EXPECT_EQ(refusal(get(*session, server.url("localhost"))), Reason::certificatePinningFailed);
-    EXPECT_EQ(server.requests(), 1U);
+    EXPECT_EQ(refusal(get(*session, once, "x")), Reason::certificatePinningFailed);
+    const std::string request = "POST /once HTTP/1.1 localhost .";
+    EXPECT_EQ(server.requests(), (std::vector{request, request}));
 }
 
 TEST_F(Trust, AnotherSessionNeverInheritsATrustedConnection) {
-    TLSServer server(m_leaf, {m_intermediate});
+    NginxServer server(directory(), m_leaf, {m_intermediate});
     const auto trusting = sessionWith({{"localhost", std::make_shared<DisabledEvaluator>()}});
     EXPECT_EQ(refusal(get(*trusting, server.url("localhost"))), std::nullopt);
     const auto pinning = sessionWith({{"localhost", pinned({m_foreignRoot})}});
     EXPECT_EQ(refusal(get(*pinning, server.url("localhost"))), Reason::certificatePinningFailed);
-    EXPECT_EQ(server.requests(), 1U);
-}
-
-TEST_F(Trust, WithoutAReadableStoreNobodyIsTrusted) {
-    ::setenv("SSL_CERT_FILE", (directory() / "absent.pem").c_str(), 1);
-    TLSServer server(m_leaf, {m_intermediate});
-    const auto session = sessionWith({{"localhost", std::make_shared<DefaultTrustEvaluator>()}});
-    EXPECT_EQ(refusal(get(*session, server.url("localhost"))), Reason::chainValidationFailed);
-    EXPECT_EQ(server.requestBytes(), 0U);
+    EXPECT_EQ(server.requests().size(), 1U);
 }
 
 // The client loses or waits in vain for HTTP/2 answers that come before it has sent the whole body.
 TEST_F(Trust, BodiesAreOfferedToHTTP1Alone) {
-    TLSServer server(m_leaf, {m_intermediate});
-    server.claimHTTP2();
+    NginxServer server(directory(), m_leaf, {m_intermediate});
     const auto session = sessionWith({{"localhost", std::make_shared<DefaultTrustEvaluator>()}});
-    EXPECT_TRUE(get(*session, server.url("localhost")).error) << "HTTP/2 is offered without a body";
-    std::vector<DataResponse> responses;
-    URLRequest request(*URL::parse(server.url("localhost")));
-    request.httpMethod = "POST";
-    request.httpBody = Data("pin=1234\r\n\r\n");  // as the server knows a request's end
-    session->request(request).responseData(
-        DispatchQueue::main(), [&](DataResponse response) { responses.push_back(std::move(response)); });
-    DispatchQueue::main().runUntil([&] { return !responses.empty(); }, std::chrono::seconds(20));
-    ASSERT_EQ(responses.size(), 1U);
-    EXPECT_EQ(responses.front().data, Data("ok"));
+    EXPECT_EQ(refusal(get(*session, server.url("localhost"))), std::nullopt);
+    EXPECT_EQ(refusal(get(*session, server.url("localhost"), "pin=1234")), std::nullopt);
+    EXPECT_EQ(server.requests(),
+              (std::vector<std::string>{"GET / HTTP/2.0 localhost .", "POST / HTTP/1.1 localhost ."}));
 }
 
 }  // namespace

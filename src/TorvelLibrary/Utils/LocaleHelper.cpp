@@ -5,6 +5,7 @@
 #include "TorvelPlatform/foundation/Locale.h"
 #include "TorvelPlatform/foundation/ScreenEnvironment.h"
 
+#include <atomic>
 #include <vector>
 
 namespace torvel {
@@ -14,6 +15,8 @@ Guarded<std::string>& defaultAppLanguage() {
     static auto& language = *new Guarded<std::string>("en");
     return language;
 }
+
+std::atomic<std::uint64_t> defaultLanguageChanges{0};
 
 constexpr std::string_view languagesKey = "AppleLanguages";
 
@@ -53,7 +56,10 @@ void LocaleHelper::setAppleLanguageTo(std::string_view lang) {
 
 void LocaleHelper::setDefaultAppLanguageTo(std::string_view lang) {
     defaultAppLanguage().store(std::string(lang));
+    ++defaultLanguageChanges;
 }
+
+std::uint64_t LocaleHelper::changeCount() { return SecureDefaults::changeCount() + defaultLanguageChanges; }
 
 std::string LocaleHelper::getDefaultAppLanguage() { return defaultAppLanguage().load(); }
 

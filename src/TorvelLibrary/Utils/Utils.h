@@ -17,6 +17,11 @@ class Utils {
     // The bytes of a file; a failure is logged as an error and gives an absent result.
     static std::optional<Data> loadFileContents(const URL& url);
 
+    // The PostScript name of the font file `forName`.ttf of the main bundle, which is read anew at each call.
+    // A file that is missing, is no font or has no name is logged as an error and gives an absent result. It
+    // is not registered with the system: that is the host's to do.
+    static std::optional<std::string> loadFontName(std::string_view forName);
+
     // --- Text files in the host's Documents directory (UserDirectories), which the first write makes. A name
     // is a single path component, used as given; any other, or a text that is not UTF-8, is a failure.
     // Writing replaces a file of that name, not atomically; false when it failed.

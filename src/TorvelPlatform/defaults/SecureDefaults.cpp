@@ -6,6 +6,7 @@
 #include "TorvelPlatform/foundation/FatalError.h"
 #include "TorvelPlatform/foundation/Guarded.h"
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -19,6 +20,14 @@ namespace {
 Guarded<std::shared_ptr<const SecureDefaults::DamageHandler>>& damageHandler() {
     static auto* const handler = new Guarded<std::shared_ptr<const SecureDefaults::DamageHandler>>;
     return *handler;
+}
+
+std::atomic<std::uint64_t> changes{0};
+
+// Counted when it is done: whoever sees the number sees the change.
+StoreStatus counted(StoreStatus status) {
+    ++changes;
+    return status;
 }
 
 // The engines of the process by the names of their domains. They are never destroyed: whoever still writes
@@ -90,13 +99,13 @@ std::optional<SecureDefaults> SecureDefaults::suite(std::string_view name) {
 }
 
 StoreStatus SecureDefaults::removePersistentDomain(std::string_view name) {
-    return StoreRegistry::instance().engine(name).removeAll();
+    return counted(StoreRegistry::instance().engine(name).removeAll());
 }
 
 bool SecureDefaults::isKeyCreated() const { return m_engine->isKeyCreated(); }
 
 StoreStatus SecureDefaults::setPassword(std::string_view password) const {
-    return m_engine->setPassword(password);
+    return counted(m_engine->setPassword(password));
 }
 
 StoreStatus SecureDefaults::status() const { return m_engine->status(); }
@@ -111,15 +120,17 @@ std::optional<PropertyValue> SecureDefaults::object(std::string_view key) const 
 }
 
 StoreStatus SecureDefaults::set(std::string_view key, const PropertyValue& value) const {
-    return m_engine->write(key, value);
+    return counted(m_engine->write(key, value));
 }
 
-StoreStatus SecureDefaults::remove(std::string_view key) const { return m_engine->remove(key); }
+StoreStatus SecureDefaults::remove(std::string_view key) const { return counted(m_engine->remove(key)); }
 
 std::vector<std::string> SecureDefaults::keys() const { return m_engine->keys(); }
 
 StoreReport SecureDefaults::verify() const { return m_engine->verify(); }
 
-StoreStatus SecureDefaults::reset() const { return m_engine->reset(); }
+StoreStatus SecureDefaults::reset() const { return counted(m_engine->reset()); }
+
+std::uint64_t SecureDefaults::changeCount() { return changes; }
 
 }  // namespace torvel

@@ -5,6 +5,7 @@
 #include "TorvelPlatform/foundation/Outcome.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -78,6 +79,10 @@ class SecureDefaults {
     // Removes every entry of a domain at once, or none: a suite's name, or the host's identifier for the
     // shared store. Its key stays. This also ends its being damaged, as far as its file can be written.
     static StoreStatus removePersistentDomain(std::string_view name);
+
+    // How many operations of this process may have changed what is stored in any store: a reader that keeps a
+    // value reads it anew when this has grown.
+    static std::uint64_t changeCount();
 
     // The names of all entries that can be read, sorted.
     std::vector<std::string> keys() const;

@@ -13,6 +13,7 @@ using simdjson::dom::element;
 
 struct JSON::Document {
     simdjson::dom::document tape;
+    bool hasNumbers = true;
 };
 
 namespace {
@@ -47,7 +48,7 @@ std::size_t stringLength(std::string_view text) {
 }
 
 // The document with every well-formed number replaced by 0. The parser refuses numbers that no machine word
-// holds, which are JSON all the same; nobody reads numbers here, so that their values do not matter.
+// holds, which are JSON all the same.
 std::string withoutNumbers(std::string_view text) {
     std::string result;
     result.reserve(text.size());
@@ -126,7 +127,10 @@ Outcome<JSON, JSONError> JSON::parse(std::string_view text) {
     if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
     auto document = std::make_shared<Document>();
     auto root = parseInto(document->tape, text);
-    if (root.error() == simdjson::NUMBER_ERROR) root = parseInto(document->tape, withoutNumbers(text));
+    if (root.error() == simdjson::NUMBER_ERROR) {
+        root = parseInto(document->tape, withoutNumbers(text));
+        document->hasNumbers = false;
+    }
     if (root.error() != simdjson::SUCCESS) {
         std::string description = std::string("The data is not valid JSON: ") + error_message(root.error());
         if (!description.ends_with('.')) description += '.';
@@ -138,6 +142,11 @@ Outcome<JSON, JSONError> JSON::parse(std::string_view text) {
 bool JSON::isObject() const { return std::bit_cast<element>(m_element).is_object(); }
 
 bool JSON::isNull() const { return std::bit_cast<element>(m_element).is_null(); }
+
+bool JSON::isTrue() const {
+    bool value = false;
+    return std::bit_cast<element>(m_element).get(value) == simdjson::SUCCESS && value;
+}
 
 std::optional<JSON> JSON::member(std::string_view name) const {
     simdjson::dom::object object;
@@ -153,6 +162,20 @@ std::optional<std::string_view> JSON::string() const {
     std::string_view text;
     if (std::bit_cast<element>(m_element).get(text) != simdjson::SUCCESS) return std::nullopt;
     return text;
+}
+
+std::optional<double> JSON::number() const {
+    double value = 0;
+    const bool isNumber = std::bit_cast<element>(m_element).get(value) == simdjson::SUCCESS;
+    return isNumber && m_document->hasNumbers ? std::optional(value) : std::nullopt;
+}
+
+std::vector<JSON> JSON::elements() const {
+    std::vector<JSON> all;
+    simdjson::dom::array array;
+    if (std::bit_cast<element>(m_element).get(array) != simdjson::SUCCESS) return all;
+    for (const element value : array) all.push_back(JSON(m_document, std::bit_cast<Element>(value)));
+    return all;
 }
 
 std::optional<std::string> prettyPrintedJSON(std::initializer_list<JSONMember> members) {

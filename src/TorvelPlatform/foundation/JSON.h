@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace torvel {
 
@@ -27,11 +28,17 @@ class JSON {
 
     bool isObject() const;
     bool isNull() const;
+    bool isTrue() const;
     // The member of an object; absent when this is no object or has no such member. Of members with the
     // same name the last one counts.
     std::optional<JSON> member(std::string_view name) const;
     // The text of a string value, valid as long as any value of the document lives; absent for other kinds.
     std::optional<std::string_view> string() const;
+    // The value of a number; absent for other kinds, and for every number of a document that holds one which
+    // no machine word does.
+    std::optional<double> number() const;
+    // The elements of an array, in order; empty for other kinds.
+    std::vector<JSON> elements() const;
 
   private:
     struct Document;

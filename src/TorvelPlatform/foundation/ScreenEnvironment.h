@@ -9,8 +9,12 @@ namespace torvel {
 struct ScreenEnvironment {
     enum class Direction { leftToRight, rightToLeft };
 
+    enum class Style { light, dark };
+
     static inline std::atomic<double> widthInPoints{375.0};
     static inline std::atomic<Direction> direction{Direction::leftToRight};
+    // Which of their appearances named colours and images take.
+    static inline std::atomic<Style> style{Style::light};
 };
 
 }  // namespace torvel

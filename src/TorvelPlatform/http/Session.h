@@ -16,7 +16,8 @@
 namespace torvel {
 
 // How a request ended. Success is the absence of an error; `data` then is present (and empty for 204, 205
-// and HEAD). A failure keeps what had arrived: the response head, and the bytes if there were any.
+// and HEAD). A failure keeps the response head that had arrived, and the bytes of an answer that arrived
+// whole and was refused for its status or content type.
 struct DataResponse {
     std::optional<HTTPURLResponse> response;
     std::optional<Data> data;

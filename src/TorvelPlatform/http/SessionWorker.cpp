@@ -253,12 +253,15 @@ SessionWorker::Task SessionWorker::take(Transfer& transfer) {
 }
 
 void SessionWorker::finish(Task task, TransferResult result) {
+    // Half an answer is withheld: it could pass for an error payload of the server's, which hosts read as
+    // success.
+    const bool whole = !result.error;
     DataResponse response{std::move(result.response), std::nullopt, std::move(result.error)};
     const bool empty = result.body.empty();
     if (!response.error && task->validates)
         response.error = validationError(task->accept, *response.response, empty);
     if (!response.error) response.error = emptinessError(task->request.httpMethod, *response.response, empty);
-    if (!response.error || !empty) response.data = Data(std::move(result.body));
+    if (whole && (!response.error || !empty)) response.data = Data(std::move(result.body));
     m_completions.emplace_back(
         task->queue, [completion = std::move(task->completion), response = std::move(response)]() mutable {
             completion(std::move(response));

@@ -35,7 +35,9 @@ Kind kindOf(CURLcode code, std::string_view detail) {
         case CURLE_FILESIZE_EXCEEDED:
         case CURLE_OUT_OF_MEMORY:  // one header field over the client's bound
             return Kind::badServerResponse;
-        case CURLE_RECV_ERROR:  // a reset, or chunks that are none: only the text tells
+        case CURLE_RECV_ERROR:  // only the text tells a reset from a proxy that refuses and chunks that are
+                                // none
+            if (detail.starts_with("CONNECT tunnel failed")) return Kind::cannotConnect;
             return detail.find("chunked-encoding") == std::string_view::npos ? Kind::connectionLost
                                                                              : Kind::badServerResponse;
         default:
@@ -67,7 +69,7 @@ std::string sentence(Kind kind, const std::string& host) {
 SessionError transferError(CURLcode code, std::string_view host, std::string_view detail, long systemError) {
     const Kind kind = kindOf(code, detail);
     std::string description = sentence(kind, std::string(host)) + ": ";
-    if (systemError != 0 && kind == Kind::cannotConnect) {
+    if (systemError != 0 && code == CURLE_COULDNT_CONNECT) {
         description += std::generic_category().message(static_cast<int>(systemError));
     } else {
         description += detail.empty() ? std::string_view(curl_easy_strerror(code)) : detail;

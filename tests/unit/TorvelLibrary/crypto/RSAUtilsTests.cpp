@@ -14,27 +14,23 @@ SecKey keyOf(const testing::Identity& identity) {
 }
 
 TEST(RSAUtils, OneBlockAPieceOpensWithThePrivateKey) {
-    struct Row {
-        int bits;
-        std::size_t bytes;
-        std::size_t blocks;
-    };
-    const Row rows[] = {{2048, 0, 0},   {2048, 1, 1},   {2048, 245, 1}, {2048, 246, 2},
-                        {2048, 600, 3}, {1024, 117, 1}, {1024, 118, 2}};
-    const testing::Identity large = testing::issue({.rsaBits = 2048});
-    const testing::Identity small = testing::issue({.rsaBits = 1024});
-    for (const Row& row : rows) {
-        const testing::Identity& identity = row.bits == 2048 ? large : small;
-        std::string plain(row.bytes, '\0');
-        for (std::size_t i = 0; i < plain.size(); ++i) plain[i] = static_cast<char>(i * 7);
-        const auto cipher = RSAUtils::encryptWithRSAKey(Data(plain), keyOf(identity), SecPadding::PKCS1);
-        ASSERT_TRUE(cipher.has_value());
-        const std::size_t blockSize = static_cast<std::size_t>(row.bits) / 8;
-        ASSERT_EQ(cipher->size(), row.blocks * blockSize) << row.bytes;
-        std::string opened;
-        for (std::size_t at = 0; at < cipher->size(); at += blockSize)
-            opened += testing::rsaDecrypted(identity, std::string_view(cipher->raw()).substr(at, blockSize));
-        EXPECT_EQ(opened, plain) << row.bytes;
+    constexpr std::size_t overhead = 11;  // of PKCS #1 v1.5 in a block (RFC 8017, 7.2.1)
+    for (const int bits : {1024, 2048, 3072, 4096}) {
+        const testing::Identity identity = testing::issue({.rsaBits = bits});
+        const std::size_t block = static_cast<std::size_t>(bits) / 8, room = block - overhead;
+        for (const std::size_t size :
+             {std::size_t{0}, std::size_t{1}, room - 1, room, room + 1, 2 * room, 2 * room + 1}) {
+            SCOPED_TRACE(std::to_string(bits) + " bits, " + std::to_string(size) + " bytes");
+            std::string plain(size, '\0');
+            for (std::size_t i = 0; i < size; ++i) plain[i] = static_cast<char>(i * 7);
+            const auto cipher = RSAUtils::encryptWithRSAKey(Data(plain), keyOf(identity), SecPadding::PKCS1);
+            ASSERT_TRUE(cipher.has_value());
+            ASSERT_EQ(cipher->size(), (size + room - 1) / room * block);
+            std::string opened;
+            for (std::size_t at = 0; at < cipher->size(); at += block)
+                opened += testing::rsaDecrypted(identity, std::string_view(cipher->raw()).substr(at, block));
+            EXPECT_EQ(opened, plain);
+        }
     }
 }
 

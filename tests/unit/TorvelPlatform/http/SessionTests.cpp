@@ -12,6 +12,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace torvel {
@@ -140,15 +141,51 @@ TEST(Session, DefaultFieldsGiveWayToTheRequests) {
 }
 
 TEST(Session, SaysThatAServerCannotBeReached) {
-    std::string url;
+    std::string gone;
     {
-        ScriptedServer gone(ScriptedServer::answering(okAnswer));
-        url = gone.url();
+        ScriptedServer server(ScriptedServer::answering(okAnswer));
+        gone = server.url();
     }
+    ScriptedServer refusing(ScriptedServer::answering(response("403 Forbidden", "no")));
+    struct Row {
+        std::string url;
+        std::string proxy;
+        Kind kind;
+        const char* outcome;
+    };
+    const Row rows[] = {
+        {gone, "", Kind::cannotConnect, "The server 127.0.0.1 cannot be reached: Connection refused."},
+        {"http://nowhere.invalid/", "", Kind::cannotFindHost,
+         "The host nowhere.invalid cannot be found: Could not resolve host: nowhere.invalid."},
+        {"https://a.example/", gone, Kind::cannotConnect,
+         "The server a.example cannot be reached: Connection refused."},
+        {"https://a.example/", refusing.url(), Kind::cannotConnect,
+         "The server a.example cannot be reached: CONNECT tunnel failed, response 403."},
+    };
     Session session = plainSession();
-    const Answer answer = fetch(session, requestTo(url));
-    EXPECT_EQ(failureOf(answer), Kind::cannotConnect);
-    EXPECT_EQ(answer.outcome(), "The server 127.0.0.1 cannot be reached: Connection refused.");
+    for (const Row& row : rows) {
+        ::setenv("https_proxy", row.proxy.c_str(), 1);
+        const Answer answer = fetch(session, requestTo(row.url));
+        EXPECT_EQ(failureOf(answer), row.kind) << row.url << row.proxy;
+        EXPECT_EQ(answer.outcome(), row.outcome);
+    }
+}
+
+TEST(Session, SurvivesThatNoDescriptorIsLeft) {
+    ScriptedServer server(ScriptedServer::answering(okAnswer));
+    Session session = plainSession();
+    EXPECT_EQ(fetch(session, requestTo(server.url())).outcome(), "ok");
+    rlimit before{};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none{3, before.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    const Answer answer = fetch(session, requestTo(server.url("/", "localhost")));
+    Session late = plainSession();
+    const Answer other = fetch(late, requestTo(server.url()));
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(failureOf(answer), Kind::cannotConnect) << answer.outcome();
+    EXPECT_EQ(failureOf(other), Kind::cannotConnect) << other.outcome();
+    EXPECT_EQ(fetch(session, requestTo(server.url("/", "localhost"))).outcome(), "ok");
 }
 
 TEST(Session, OneSlowAnswerHoldsUpNoOther) {
@@ -213,22 +250,21 @@ TEST(Session, TimesOutWhenNoByteMoves) {
         const char* name;
         ScriptedServer::Script script;
         int status;
-        std::string data;
     };
     const Row rows[] = {
-        {"nothing is answered", [](Peer& peer) { peer.stall(); }, 0, "(absent)"},
+        {"nothing is answered", [](Peer& peer) { peer.stall(); }, 0},
         {"the head stalls",
          [](Peer& peer) {
              peer.answer("HTTP/1.1 200 OK\r\nContent-");
              peer.stall();
          },
-         0, "(absent)"},
+         0},
         {"the body stalls",
          [](Peer& peer) {
              peer.answer("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nabc");
              peer.stall();
          },
-         200, "abc"},
+         200},
     };
     Session session = plainSession();
     for (const Row& row : rows) {
@@ -241,7 +277,7 @@ TEST(Session, TimesOutWhenNoByteMoves) {
                   "The request timed out after 0.05 s without a byte from or to 127.0.0.1.");
         EXPECT_EQ(failureOf(answer), Kind::timedOut);
         EXPECT_EQ(answer.status(), row.status);
-        EXPECT_EQ(answer.data(), row.data);
+        EXPECT_EQ(answer.data(), "(absent)");
     }
 }
 

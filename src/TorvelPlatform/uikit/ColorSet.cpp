@@ -1,0 +1,137 @@
+#include "TorvelPlatform/uikit/ColorSet.h"
+
+#include "TorvelPlatform/foundation/Diagnostics.h"
+#include "TorvelPlatform/foundation/File.h"
+#include "TorvelPlatform/foundation/JSON.h"
+#include "TorvelPlatform/foundation/Text.h"
+#include "TorvelPlatform/uikit/AssetCatalog.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <string>
+
+namespace torvel {
+namespace {
+
+using RGB = std::array<double, 3>;
+
+std::optional<double> hexByte(std::string_view digits) {
+    unsigned value = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
+    const bool isWhole = !digits.empty() && error == std::errc() && end == digits.data() + digits.size();
+    return isWhole ? std::optional(value / 255.0) : std::nullopt;
+}
+
+// A component in any notation, as a fraction. A whole number counts 255ths; a whole alpha is said as 0 or 1,
+// and so is a number that is no text.
+std::optional<double> component(const JSON& components, std::string_view name) {
+    const auto member = components.member(name);
+    if (!member) return std::nullopt;
+    const auto text = member->string();
+    if (text && (text->starts_with("0x") || text->starts_with("0X"))) return hexByte(text->substr(2));
+    const auto value = text ? decimalNumber(*text) : member->number();
+    if (!value) return std::nullopt;
+    const bool isFraction = text && text->find('.') != text->npos;
+    const bool isUnit = *value <= 1 && (!text || name == "alpha");
+    const bool isByte = !isFraction && !isUnit && *value == std::floor(*value);
+    return isByte ? *value / 255 : *value;
+}
+
+// The transfer functions of sRGB (IEC 61966-2-1), carried on below 0, where its extended form goes.
+double encoded(double linear) {
+    const double size = std::abs(linear);
+    return std::copysign(size <= 0.0031308 ? size * 12.92 : 1.055 * std::pow(size, 1 / 2.4) - 0.055, linear);
+}
+double decoded(double color) {
+    const double size = std::abs(color);
+    return std::copysign(size <= 0.04045 ? size / 12.92 : std::pow((size + 0.055) / 1.055, 2.4), color);
+}
+RGB encoded(const RGB& linear) { return {encoded(linear[0]), encoded(linear[1]), encoded(linear[2])}; }
+
+// Display P3 has the white point and the transfer function of sRGB, and other primaries.
+RGB fromDisplayP3(const RGB& color) {
+    const double r = decoded(color[0]), g = decoded(color[1]), b = decoded(color[2]);
+    return encoded({1.2249401762805598 * r - 0.2249401762805600 * g,
+                    -0.0420569547096882 * r + 1.0420569547096880 * g,
+                    -0.0196375545903344 * r - 0.0786360455506319 * g + 1.0982736001409663 * b});
+}
+
+std::optional<RGB> inSRGB(const RGB& color, std::string_view space) {
+    if (space == "srgb" || space == "extended-srgb") return color;
+    if (space == "display-p3") return fromDisplayP3(color);
+    if (space == "extended-linear-srgb") return encoded(color);
+    return std::nullopt;
+}
+
+std::optional<RGB> readRGB(const JSON& components, std::string_view space) {
+    if (space == "gray-gamma-22" || space == "extended-gray") {
+        const auto white = component(components, "white");
+        return white ? std::optional(RGB{*white, *white, *white}) : std::nullopt;
+    }
+    const auto red = component(components, "red");
+    const auto green = component(components, "green");
+    const auto blue = component(components, "blue");
+    return red && green && blue ? inSRGB({*red, *green, *blue}, space) : std::nullopt;
+}
+
+std::optional<UIColor> readColor(const JSON& color) {
+    const auto components = color.member("components");
+    const auto space = color.member("color-space");
+    if (!components || !space) return std::nullopt;
+    const auto rgb = readRGB(*components, space->string().value_or(""));
+    const auto alpha = component(*components, "alpha");
+    if (!rgb || !alpha) return std::nullopt;
+    for (const double value : *rgb)
+        if (!std::isfinite(value)) return std::nullopt;  // converted beyond all bounds
+    return UIColor((*rgb)[0], (*rgb)[1], (*rgb)[2], *alpha);
+}
+
+bool says(const JSON& object, std::string_view name, std::string_view value) {
+    const auto member = object.member(name);
+    return member && member->string() == value;
+}
+
+// How well an entry suits an appearance: 0 not at all, 1 as the one for any, 2 as its own.
+int fitness(const JSON& entry, ScreenEnvironment::Style style) {
+    if (!says(entry, "idiom", "universal")) return 0;
+    const auto appearances = entry.member("appearances");
+    if (!appearances) return 1;
+    const std::string_view wanted = style == ScreenEnvironment::Style::dark ? "dark" : "light";
+    for (const JSON& appearance : appearances->elements())
+        if (!says(appearance, "appearance", "luminosity") || !says(appearance, "value", wanted)) return 0;
+    return 2;
+}
+
+}  // namespace
+
+std::optional<UIColor> colorOfSet(std::string_view contents, ScreenEnvironment::Style style) {
+    const auto root = JSON::parse(contents);
+    const auto colors = root ? root.value().member("colors") : std::nullopt;
+    if (!colors) return std::nullopt;
+    std::optional<JSON> best;
+    int bestFitness = 0;
+    for (const JSON& entry : colors->elements()) {
+        const int fit = fitness(entry, style);
+        if (fit <= bestFitness) continue;
+        bestFitness = fit;
+        best = entry.member("color");
+    }
+    return best ? readColor(*best) : std::nullopt;
+}
+
+std::optional<UIColor> UIColor::named(std::string_view name, const Bundle& bundle) {
+    const auto folder = assetFolder(bundle, name, "colorset");
+    if (!folder) return std::nullopt;
+    const auto contents = readFile(*folder / "Contents.json");
+    const auto color = contents ? colorOfSet(contents.value().raw(), ScreenEnvironment::style) : std::nullopt;
+    if (!color) reportDiagnostic("The colour set \"" + folder->string() + "\" gives no colour.");
+    return color;
+}
+
+UIColor UIColor::initColor(std::string_view colorName, const Bundle& targetBundle) {
+    if (const auto color = named(colorName, Bundle::main())) return *color;
+    return named(colorName, targetBundle).value_or(darkGray());
+}
+
+}  // namespace torvel
