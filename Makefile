@@ -5,7 +5,8 @@ export CMAKE_BUILD_PARALLEL_LEVEL = $(JOBS)
 
 SECONDS ?= 60
 MINUTES ?= 15
-.PHONY: help demo build test core format check asan tsan fuzz soak coverage clean
+BENCHES = bench-cipher bench-network bench-store bench-text bench-images bench-startup
+.PHONY: help demo build test core format check asan tsan fuzz soak coverage bench $(BENCHES) clean
 
 help:
 	@echo "make demo     build the command-line tool and watch encrypted requests run over pinned TLS"
@@ -17,6 +18,7 @@ help:
 	@echo "make asan     the tests under AddressSanitizer and UBSan (build-asan)"
 	@echo "make tsan     the tests under ThreadSanitizer (build-tsan)"
 	@echo "make fuzz     every fuzz target for SECONDS=60 each (build-fuzz)"
+	@echo "make bench    every benchmark program and one table (build-bench); bench-cipher, bench-network, ... run one"
 	@echo "make soak     a million requests with random faults, MINUTES=15 at most"
 	@echo "make coverage the lines and functions that no test reaches (build-coverage)"
 	@echo "make clean    remove the build folders"
@@ -54,6 +56,18 @@ fuzz:
 	cmake --preset fuzz
 	cmake --build build-fuzz
 	tools/fuzz $(SECONDS)
+
+bench:
+	tools/install-deps core bench
+	cmake --preset bench >/dev/null
+	cmake --build build-bench --target benchmarks
+	tools/bench
+
+$(BENCHES): bench-%:
+	tools/install-deps core bench
+	cmake --preset bench >/dev/null
+	cmake --build build-bench --target $@
+	tools/bench $*
 
 soak:
 	tools/install-deps core test

@@ -12,6 +12,7 @@ endif()
 option(TORVEL_UI "Build Torvel::UI (on where Qt 6, fontconfig and libpng are installed)" ${hasScreenToolkit})
 option(TORVEL_TESTS "Build the tests (needs the test packages)" OFF)
 option(TORVEL_FUZZ "Build the fuzz targets for libFuzzer (needs clang)" OFF)
+option(TORVEL_BENCH "Build the benchmark programs (needs the bench packages)" OFF)
 option(TORVEL_WERROR "Treat warnings as errors" OFF)
 set(TORVEL_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize takes them (address,undefined or thread)")
 

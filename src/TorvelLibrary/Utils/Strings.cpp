@@ -21,7 +21,7 @@ std::string getFirstCharacters(std::string_view text) {
     std::string initials;
     while (!text.empty()) {
         const std::string_view part = text.substr(0, text.find(' '));
-        initials += part.substr(0, characterPrefixLength(part, 1));
+        initials += part.substr(0, characterPrefix(part, 1).length);
         text.remove_prefix(std::min(part.size() + 1, text.size()));
     }
     return uppercased(initials);

@@ -1,6 +1,5 @@
 #include "TorvelLibrary/crypto/AESCipher.h"
 
-#include "TorvelPlatform/foundation/Base64.h"
 #include "TorvelPlatform/foundation/FatalError.h"
 
 #include <array>
@@ -14,29 +13,6 @@ const std::uint8_t* bytePointer(std::string_view bytes) {
     return reinterpret_cast<const std::uint8_t*>(bytes.data());
 }
 std::uint8_t* bytePointer(char* bytes) { return reinterpret_cast<std::uint8_t*>(bytes); }
-
-// Makes `text` longer by `added` characters that write(first) stores, and then as long as write says it
-// filled (counted from the same place). Spares writing the characters twice where the standard library can.
-template <class Write>
-void appendWritten(std::string& text, std::size_t added, Write write) {
-    const std::size_t before = text.size();
-#ifdef __cpp_lib_string_resize_and_overwrite
-    text.resize_and_overwrite(before + added,
-                              [&](char* start, std::size_t) { return before + write(start + before); });
-#else
-    text.resize(before + added);
-    text.resize(before + write(text.data() + before));
-#endif
-}
-
-// How many whole blocks a base64 text of this length and padding stands for; absent when they are not whole.
-std::optional<std::size_t> blocksInBase64(std::string_view text) {
-    if (text.empty() || text.size() % 4 != 0) return std::nullopt;
-    const std::size_t padding = text.ends_with("==") ? 2 : text.ends_with('=') ? 1 : 0;
-    const std::size_t bytes = text.size() / 4 * 3 - padding;
-    if (bytes % aesBlockSize != 0) return std::nullopt;
-    return bytes / aesBlockSize;
-}
 
 }  // namespace
 
@@ -54,7 +30,7 @@ const AESKeySchedule& AESCipher::schedule() {
     if (m_expanded) return m_schedule;
     if (m_key.size() != 16 && m_key.size() != 24 && m_key.size() != 32)
         fatalError("AES: a key has 16, 24 or 32 bytes, not " + std::to_string(m_key.size()));
-    m_kernels.expandKey(bytePointer(m_key), static_cast<unsigned>(m_key.size() / 4), m_schedule);
+    m_kernels.expandKey({bytePointer(m_key), static_cast<unsigned>(m_key.size() / 4)}, m_schedule);
     m_expanded = true;
     return m_schedule;
 }
@@ -87,53 +63,6 @@ Outcome<Data, AESCipher::Failure> AESCipher::decrypt(std::string_view bytes) {
     plain.erase(ivSize, aesBlockSize - ivSize);  // a block XORed with fewer bytes has only so many
     plain.resize(PKCS7::remove(plain).size());
     return Data(std::move(plain));
-}
-
-Outcome<std::string, AESCipher::Failure> AESCipher::encryptToBase64(std::string head,
-                                                                    std::string_view bytes) {
-    if (m_kernels.cbcEncryptToBase64 == nullptr || !hasWholeIV()) {
-        const auto cipher = encrypt(bytes);
-        if (!cipher) return cipher.error();
-        head += Base64::encode(cipher.value().bytes());
-        return head;
-    }
-    const AESKeySchedule& keys = schedule();
-    const std::size_t cipherSize = (bytes.size() / aesBlockSize + 1) * aesBlockSize;
-    const std::size_t textSize = (cipherSize + 2) / 3 * 4;
-    appendWritten(head, textSize, [&](char* out) {
-        m_kernels.cbcEncryptToBase64(keys, bytePointer(*m_iv), bytePointer(bytes), bytes.size(), out);
-        return textSize;
-    });
-    return head;
-}
-
-Outcome<AESCipher::Plain, AESCipher::Failure> AESCipher::decryptFromBase64(std::string_view text) {
-    if (auto plain = decryptWellFormed(text)) return std::move(*plain);
-    const auto cipher = Base64::decode(text);
-    if (!cipher) fatalError("AES: the cipher text is not base64");
-    auto plain = decrypt(cipher->raw());
-    if (!plain) return plain.error();
-    return Plain{std::move(plain).value().raw()};
-}
-
-std::optional<AESCipher::Plain> AESCipher::decryptWellFormed(std::string_view text) {
-    if (m_kernels.cbcDecryptFromBase64 == nullptr || !hasWholeIV()) return std::nullopt;
-    const auto blocks = blocksInBase64(text);
-    if (!blocks) return std::nullopt;
-    const AESKeySchedule& keys = schedule();
-    const std::size_t size = *blocks * aesBlockSize;
-    DecryptedText found = DecryptedText::notBase64;
-    Plain plain;
-    appendWritten(plain.text, size, [&](char* out) -> std::size_t {
-        found =
-            m_kernels.cbcDecryptFromBase64(keys, bytePointer(*m_iv), text.data(), bytePointer(out), *blocks);
-        if (found != DecryptedText::notBase64) return PKCS7::remove({out, size}).size();
-        explicit_bzero(out, size);
-        return 0;
-    });
-    if (found == DecryptedText::notBase64) return std::nullopt;
-    plain.isASCII = found == DecryptedText::ascii;
-    return plain;
 }
 
 }  // namespace torvel

@@ -50,24 +50,8 @@ class AESCipher {
     // A length that is not a multiple of 16 is blockSizeExceeded. No bytes at all stop the process.
     Outcome<Data, Failure> decrypt(std::string_view bytes);
 
-    // `head` followed by the base64 of encrypt(bytes).
-    Outcome<std::string, Failure> encryptToBase64(std::string head, std::string_view bytes);
-
-    struct Plain {
-        std::string text;
-        bool isASCII = false;  // false as well when nobody looked
-    };
-
-    // decrypt() of the bytes that `text` stands for. A text that is not base64 stops the process.
-    Outcome<Plain, Failure> decryptFromBase64(std::string_view text);
-
-    // The same in one pass over the text. Absent when the text is not the base64 of whole blocks, there is
-    // no whole IV, or the processor has no such pass: decryptFromBase64 tells which.
-    std::optional<Plain> decryptWellFormed(std::string_view text);
-
   private:
     const AESKeySchedule& schedule();
-    bool hasWholeIV() const { return m_iv && m_iv->size() >= aesBlockSize; }
 
     std::string_view m_key;
     std::optional<std::string_view> m_iv;

@@ -10,6 +10,12 @@ namespace torvel {
 
 inline constexpr std::size_t aesBlockSize = 16;
 
+// 4, 6 or 8 words of 32 bits (FIPS-197 5.2).
+struct AESKey {
+    const std::uint8_t* bytes;
+    unsigned words;
+};
+
 // Round keys as FIPS-197 writes them (bytes of w[0], w[1], ...), for encryption. Whoever holds one wipes it.
 struct AESKeySchedule {
     alignas(16) std::uint8_t roundKeys[15 * aesBlockSize];
@@ -23,8 +29,7 @@ enum class DecryptedText { notBase64, ascii, otherBytes };
 struct CipherKernels {
     const char* name;
 
-    // `keyWords` is 4, 6 or 8 (32-bit words, FIPS-197 5.2).
-    void (*expandKey)(const std::uint8_t* key, unsigned keyWords, AESKeySchedule& schedule);
+    void (*expandKey)(AESKey key, AESKeySchedule& schedule);
 
     // Every block by itself.
     void (*encryptBlocks)(const AESKeySchedule& schedule, const std::uint8_t* in, std::uint8_t* out,
@@ -36,14 +41,18 @@ struct CipherKernels {
     void (*cbcDecrypt)(const AESKeySchedule& schedule, const std::uint8_t* iv, const std::uint8_t* in,
                        std::uint8_t* out, std::size_t blocks);
 
-    // The same with PKCS#7 padding and base64 in one pass; null where a tier gains nothing by it.
-    // Encrypting writes exactly the padded base64 text of `size / 16 + 1` blocks.
-    void (*cbcEncryptToBase64)(const AESKeySchedule& schedule, const std::uint8_t* iv, const std::uint8_t* in,
-                               std::size_t size, char* out);
-    // Decrypting takes the base64 text of `blocks` blocks, of the length that RFC 4648 gives it, and writes
-    // all of them, padding included, which counts for ascii as well. After notBase64 `out` is of no use.
-    DecryptedText (*cbcDecryptFromBase64)(const AESKeySchedule& schedule, const std::uint8_t* iv,
-                                          const char* text, std::uint8_t* out, std::size_t blocks);
+    // A whole message in one pass, from the key to the base64; null where a tier gains nothing by it. What
+    // they write may run over by at most `slack` bytes of no use, which spares them short last stores.
+    static constexpr std::size_t slack = 64;
+
+    // Writes the padded base64 text of `size / 16 + 1` blocks, the last of them filled by PKCS#7.
+    void (*encryptToBase64)(AESKey key, const std::uint8_t* iv, const std::uint8_t* in, std::size_t size,
+                            char* out);
+    // Takes the base64 texts of the IV, 24 characters that end in "==", and of `blocks` blocks, of the length
+    // that RFC 4648 gives it, and writes all of them, padding included, which counts for ascii as well.
+    // After notBase64 `out` is of no use.
+    DecryptedText (*decryptFromBase64)(AESKey key, const char* ivText, const char* text, std::uint8_t* out,
+                                       std::size_t blocks);
 };
 
 // The tiers that this processor runs, fastest first, ended by a null pointer. The last one is always the

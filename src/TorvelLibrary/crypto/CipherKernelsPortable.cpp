@@ -221,24 +221,24 @@ void substituteWord(std::uint8_t* word) {
 }
 
 // FIPS-197 5.2, byte by byte.
-void expandKey(const std::uint8_t* key, unsigned keyWords, AESKeySchedule& schedule) {
-    schedule.rounds = keyWords + 6;
-    memcpy(schedule.roundKeys, key, 4 * keyWords);
+void expandKey(AESKey key, AESKeySchedule& schedule) {
+    schedule.rounds = key.words + 6;
+    memcpy(schedule.roundKeys, key.bytes, 4 * key.words);
     std::uint8_t constant = 1;
-    for (unsigned i = keyWords; i < 4 * (schedule.rounds + 1); ++i) {
+    for (unsigned i = key.words; i < 4 * (schedule.rounds + 1); ++i) {
         std::uint8_t* const word = schedule.roundKeys + 4 * i;
         memcpy(word, word - 4, 4);
-        if (i % keyWords == 0) {
+        if (i % key.words == 0) {
             const std::uint8_t first = word[0];
             memmove(word, word + 1, 3);
             word[3] = first;
         }
-        if (i % keyWords == 0 || (keyWords == 8 && i % keyWords == 4)) substituteWord(word);
-        if (i % keyWords == 0) {
+        if (i % key.words == 0 || (key.words == 8 && i % key.words == 4)) substituteWord(word);
+        if (i % key.words == 0) {
             word[0] ^= constant;
             constant = static_cast<std::uint8_t>(constant << 1 ^ (constant >> 7) * 0x1B);
         }
-        for (unsigned j = 0; j < 4; ++j) word[j] ^= (word - 4 * keyWords)[j];
+        for (unsigned j = 0; j < 4; ++j) word[j] ^= (word - 4 * key.words)[j];
     }
 }
 

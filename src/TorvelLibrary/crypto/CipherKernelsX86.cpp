@@ -15,28 +15,31 @@ std::uint32_t savedRegisters() {
 }
 
 struct CPUFeatures {
-    bool aesni = false, vaes = false;
+    bool aesni = false, avx2 = false, vaes = false;
 
     CPUFeatures() {
         unsigned a = 0, b = 0, c = 0, d = 0;
         if (__get_cpuid(1, &a, &b, &c, &d) == 0) return;
         aesni = has(c, bit_AES | bit_SSSE3 | bit_SSE4_1);
-        constexpr std::uint32_t avx512State = 0xE6;  // XMM, YMM, opmask and both halves of ZMM
-        if (!aesni || !has(c, bit_OSXSAVE) || !has(savedRegisters(), avx512State)) return;
-        if (__get_cpuid_count(7, 0, &a, &b, &c, &d) == 0) return;
-        vaes = has(b, bit_AVX512F | bit_AVX512BW) && has(c, bit_AVX512VBMI | bit_VAES);
+        if (!aesni || !has(c, bit_OSXSAVE) || __get_cpuid_count(7, 0, &a, &b, &c, &d) == 0) return;
+        constexpr std::uint32_t avxState = 0x06,
+                                avx512State = 0xE6;  // XMM, YMM; opmask and both halves of ZMM
+        avx2 = has(savedRegisters(), avxState) && has(b, bit_AVX2);
+        vaes = has(savedRegisters(), avx512State) && has(b, bit_AVX512F | bit_AVX512BW | bit_AVX512VL) &&
+               has(c, bit_AVX512VBMI | bit_VAES);
     }
 
     static bool has(std::uint32_t bits, std::uint32_t wanted) { return (bits & wanted) == wanted; }
 };
 
-using Tiers = std::array<const CipherKernels*, 4>;
+using Tiers = std::array<const CipherKernels*, 5>;
 
 Tiers supportedTiers() {
     const CPUFeatures features;
     Tiers tiers{};
     std::size_t count = 0;
     if (features.vaes) tiers[count++] = &vaesCipherKernels;
+    if (features.avx2) tiers[count++] = &avx2CipherKernels;
     if (features.aesni) tiers[count++] = &aesniCipherKernels;
     tiers[count] = &portableCipherKernels;
     return tiers;

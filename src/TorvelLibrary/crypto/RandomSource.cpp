@@ -43,28 +43,6 @@ void RandomSource::Unmap::operator()(State* state) const {
     munmap(state, sizeof *state);
 }
 
-// All are drawn again when one is, which keeps them uniform and the loop without branches.
-RandomSource::Batch RandomSource::batchBelow(std::uint16_t bound) {
-    constexpr std::uint32_t needed = sizeof(Batch) / sizeof(std::uint32_t);
-    const std::uint32_t surplus = 0x10000U % bound;
-    Batch drawn, values;
-    bool again = true;
-    while (again) {
-        if (m_state->unused < needed) refill();
-        m_state->unused -= needed;
-        std::uint32_t* const words = m_state->words + m_state->unused;
-        memcpy(drawn.data(), words, sizeof drawn);
-        memset(words, 0, sizeof drawn);
-        again = false;
-        for (std::size_t i = 0; i < drawn.size(); ++i) {
-            const std::uint32_t product = std::uint32_t{drawn[i]} * bound;
-            again |= (product & 0xFFFF) < surplus;
-            values[i] = static_cast<std::uint16_t>(product >> 16);
-        }
-    }
-    return values;
-}
-
 // Counter mode over one run: the first two blocks are the next key, the rest are the words to draw.
 void RandomSource::refill() {
     State& state = *m_state;
@@ -77,7 +55,7 @@ void RandomSource::refill() {
 
     const CipherKernels& kernels = cipherKernels();
     AESKeySchedule schedule;
-    kernels.expandKey(state.key, 8, schedule);
+    kernels.expandKey({state.key, 8}, schedule);
     static_assert(offsetof(State, words) == sizeof state.key, "key and words are written as one run");
     kernels.encryptBlocks(schedule, counters, reinterpret_cast<std::uint8_t*>(&state), blocks);
     explicit_bzero(&schedule, sizeof schedule);

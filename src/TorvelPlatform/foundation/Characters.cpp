@@ -3,6 +3,9 @@
 #include "TorvelPlatform/foundation/FatalError.h"
 #include "TorvelPlatform/foundation/UnicodeText.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <memory>
 
 #include <unicode/brkiter.h>
@@ -11,13 +14,22 @@
 namespace torvel {
 namespace {
 
+// Not zero when one of eight bytes is not ASCII or is a CR.
+std::uint64_t specialBytes(const char* bytes) {
+    constexpr std::uint64_t ones = 0x0101010101010101;
+    std::uint64_t word;
+    std::memcpy(&word, bytes, sizeof word);
+    const std::uint64_t zeroForCR = word ^ '\r' * ones;
+    return (word | ((zeroForCR - ones) & ~zeroForCR)) & 0x80 * ones;
+}
+
 // Whether every byte is a character by itself whatever stands beside it: ASCII, and no half of a CR LF.
-bool isPlain(std::string_view text) {
-    unsigned char special = 0;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        special |= static_cast<unsigned char>((byte & 0x80) | (byte == '\r'));
-    }
+inline bool isPlain(std::string_view text) {
+    if (text.size() < 8)
+        return std::none_of(text.begin(), text.end(),
+                            [](char c) { return (static_cast<unsigned char>(c) & 0x80) != 0 || c == '\r'; });
+    std::uint64_t special = specialBytes(text.data() + text.size() - 8);
+    for (std::size_t i = 0; i + 8 < text.size(); i += 8) special |= specialBytes(text.data() + i);
     return special == 0;
 }
 
@@ -37,36 +49,29 @@ void visitClusters(std::string_view text, Visit visit) {
         if (!visit(static_cast<std::size_t>(end))) return;
 }
 
-struct Walk {
-    std::size_t characters = 0;
-    std::size_t length = 0;
-};
-
 // Walks over at most `limit` characters.
-Walk walkClusters(std::string_view text, std::size_t limit) {
-    Walk walk;
-    if (limit == 0) return walk;
+[[gnu::noinline]] CharacterPrefix prefixByClusters(std::string_view text, std::size_t limit) {
+    CharacterPrefix prefix;
+    if (limit == 0) return prefix;
     visitClusters(text, [&](std::size_t end) {
-        walk.length = end;
-        return ++walk.characters < limit;
+        prefix.length = end;
+        return ++prefix.count < limit;
     });
-    return walk;
-}
-
-Walk walk(std::string_view text, std::size_t limit) {
-    // The byte behind the last character must not join it either.
-    const std::string_view seen = limit < text.size() ? text.substr(0, limit + 1) : text;
-    if (!isPlain(seen)) return walkClusters(text, limit);
-    const std::size_t length = limit < text.size() ? limit : text.size();
-    return {length, length};
+    return prefix;
 }
 
 }  // namespace
 
-std::size_t characterCount(std::string_view text) { return walk(text, text.size()).characters; }
+std::size_t characterCount(std::string_view text) {
+    return isPlain(text) ? text.size() : prefixByClusters(text, text.size()).count;
+}
 
-std::size_t characterPrefixLength(std::string_view text, std::size_t count) {
-    return walk(text, count).length;
+CharacterPrefix characterPrefix(std::string_view text, std::size_t count) {
+    // The byte behind the last character must not join it either.
+    const std::string_view seen = count < text.size() ? text.substr(0, count + 1) : text;
+    if (!isPlain(seen)) return prefixByClusters(text, count);
+    const std::size_t length = std::min(count, text.size());
+    return {length, length};
 }
 
 std::vector<std::string_view> characters(std::string_view text) {

@@ -11,8 +11,12 @@ namespace torvel {
 
 std::size_t characterCount(std::string_view text);
 
-// The length in bytes of the first `count` characters, or of the whole text when it has no more.
-std::size_t characterPrefixLength(std::string_view text, std::size_t count);
+// The first `count` characters, or all of the text when it has no more.
+struct CharacterPrefix {
+    std::size_t count = 0;
+    std::size_t length = 0;  // in bytes
+};
+CharacterPrefix characterPrefix(std::string_view text, std::size_t count);
 
 // The characters, each a part of the text.
 std::vector<std::string_view> characters(std::string_view text);

@@ -1,4 +1,5 @@
 #include "TorvelLibrary/crypto/AESCipher.h"
+#include "TorvelLibrary/crypto/TextCipher.h"
 #include "unit/TorvelLibrary/crypto/Reference.h"
 
 #include <cstring>
@@ -37,15 +38,30 @@ class EveryTier : public testing::TestWithParam<const CipherKernels*> {
     AESCipher cipher(std::string_view key, std::optional<std::string_view> iv) {
         return {key, iv, *GetParam()};
     }
+    // What is read of an IV and cipher bytes, by every way that there is.
+    std::optional<std::string> decrypted(std::string_view key, std::string_view iv, std::string_view bytes) {
+        const std::string text = base64(iv) + base64(bytes);
+        const auto plain = decryptInSteps(text, base64(iv), key, *GetParam());
+        const bool atOnce = GetParam()->decryptFromBase64 != nullptr && iv.size() == 16;
+        EXPECT_EQ(decryptAtOnce(text, key, *GetParam()), atOnce ? plain : std::nullopt);
+        return plain;
+    }
 };
 
 // The tiers that decode and decrypt in one pass; a processor may have none.
-class OnePassTier : public EveryTier {};
+class OnePassTier : public EveryTier {
+  protected:
+    DecryptedText decrypt(const std::string& ivText, const std::string& text, std::size_t blocks) {
+        std::string out(16 * blocks + CipherKernels::slack, '\0');
+        return GetParam()->decryptFromBase64({bytePointer(key16), 4}, ivText.data(), text.data(),
+                                             reinterpret_cast<std::uint8_t*>(out.data()), blocks);
+    }
+};
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(OnePassTier);
 
 std::vector<const CipherKernels*> onePassTiers() {
     std::vector<const CipherKernels*> tiers = allTiers();
-    std::erase_if(tiers, [](const CipherKernels* tier) { return tier->cbcDecryptFromBase64 == nullptr; });
+    std::erase_if(tiers, [](const CipherKernels* tier) { return tier->decryptFromBase64 == nullptr; });
     return tiers;
 }
 
@@ -83,7 +99,7 @@ TEST_P(EveryTier, AgreesWithThePublishedVectors) {
         const std::string key = fromHex(fields[0]), iv = fromHex(fields[1]), plain = fromHex(fields[2]),
                           cipherText = fromHex(fields[3]);
         AESKeySchedule schedule;
-        GetParam()->expandKey(bytePointer(key), static_cast<unsigned>(key.size() / 4), schedule);
+        GetParam()->expandKey({bytePointer(key), static_cast<unsigned>(key.size() / 4)}, schedule);
         const auto encrypt = GetParam()->cbcEncrypt, decrypt = GetParam()->cbcDecrypt;
         if (set == "MonteCarloEncrypt") {
             ASSERT_EQ(thousandfold(encrypt, schedule, iv, plain, true), cipherText) << lines;
@@ -113,10 +129,12 @@ TEST_P(EveryTier, AgreesWithOpenSSLAtEveryLength) {
             const std::string expected = reference::encrypt(key, iv, plain);
             ASSERT_EQ(cipher(key, iv).encrypt(plain).value().raw(), expected) << keySize << " " << size;
             ASSERT_EQ(cipher(key, iv).decrypt(expected).value().raw(), plain) << keySize << " " << size;
-            ASSERT_EQ(cipher(key, iv).encryptToBase64("head", plain).value(), "head" + base64(expected))
-                << size;
-            ASSERT_EQ(cipher(key, iv).decryptFromBase64(base64(expected)).value().text, plain)
-                << keySize << " " << size;
+            IVText ivText;
+            iv.copy(ivText.data(), ivText.size());
+            ASSERT_EQ(encryptText(plain, key, ivText, *GetParam()), iv + base64(expected)) << size;
+            std::string text = plain;
+            for (char& byte : text) byte &= 0x7F;
+            ASSERT_EQ(decrypted(key, iv, reference::encrypt(key, iv, text)), text) << keySize << " " << size;
         }
     }
 }
@@ -138,13 +156,11 @@ TEST_P(EveryTier, RemovesPaddingWithoutCheckingIt) {
         {"largest", '\xFF', 48},
     };
     for (const Row& row : rows) {
-        std::string plain = reference::bytes(48, 3);
-        plain.back() = row.last;
+        const std::string plain = std::string(47, 'x') + row.last, kept = plain.substr(0, row.kept);
         const std::string bytes = reference::encryptUnpadded(key16, iv16, plain);
-        EXPECT_EQ(cipher(key16, iv16).decrypt(bytes).value().raw(), plain.substr(0, row.kept)) << row.name;
-        EXPECT_EQ(cipher(key16, iv16).decryptFromBase64(base64(bytes)).value().text,
-                  plain.substr(0, row.kept))
-            << row.name;
+        EXPECT_EQ(cipher(key16, iv16).decrypt(bytes).value().raw(), kept) << row.name;
+        const bool isText = kept.empty() || kept.back() != '\xFF';
+        EXPECT_EQ(decrypted(key16, iv16, bytes), isText ? std::optional(kept) : std::nullopt) << row.name;
     }
 }
 
@@ -154,8 +170,7 @@ TEST_P(EveryTier, CutsTheFirstBlockToAShortIV) {
     for (std::size_t size : {0, 1, 15}) {
         const std::string expected = plain.substr(0, size) + plain.substr(16);
         EXPECT_EQ(cipher(key16, iv16.substr(0, size)).decrypt(bytes).value().raw(), expected) << size;
-        EXPECT_EQ(cipher(key16, iv16.substr(0, size)).decryptFromBase64(base64(bytes)).value().text, expected)
-            << size;
+        EXPECT_EQ(decrypted(key16, iv16.substr(0, size), bytes), expected) << size;
     }
     EXPECT_EQ(cipher(key16, iv16 + "xy").decrypt(bytes).value().raw(), plain);
     EXPECT_EQ(cipher(key16, iv16 + "xy").encrypt(plain).value().raw(), bytes);
@@ -165,14 +180,11 @@ TEST_P(EveryTier, TellsFailuresApart) {
     using Error = AESCipher::Error;
     const AESCipher::Failure missing = CBCBlockMode::BlockError::MissingInitializationVector;
     EXPECT_EQ(cipher(key16, std::nullopt).encrypt("text").error(), missing);
-    EXPECT_EQ(cipher(key16, std::nullopt).encryptToBase64("", "text").error(), missing);
     EXPECT_EQ(cipher(key16, std::nullopt).decrypt(iv16).error(), missing);
     EXPECT_EQ(cipher(key16, "short").encrypt("text").error(),
               AESCipher::Failure(Error::invalidInitializationVector));
     // The key is looked at last.
     EXPECT_EQ(cipher("bad key", std::nullopt).decrypt("17 bytes of text.").error(),
-              AESCipher::Failure(Error::blockSizeExceeded));
-    EXPECT_EQ(cipher("bad key", std::nullopt).decryptFromBase64("AAAA").error(),
               AESCipher::Failure(Error::blockSizeExceeded));
 }
 
@@ -180,14 +192,20 @@ TEST_P(OnePassTier, OnePassRefusesWhatIsNotBase64) {
     const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     for (std::size_t blocks : {1, 2, 3, 44, 45, 46}) {
         const std::string valid = base64(reference::bytes(16 * blocks, 4));
+        const std::string iv = base64(iv16);
         const std::size_t padding = valid.size() - valid.find_last_not_of('=') - 1;
+        for (std::size_t offset = 0; offset < 22; ++offset) {
+            std::string broken = iv;
+            broken[offset] = '=';
+            ASSERT_EQ(decrypt(broken, valid, blocks), DecryptedText::notBase64) << offset;
+        }
         for (std::size_t offset = 0; offset < valid.size(); ++offset) {
             const bool inPadding = offset >= valid.size() - padding;
             for (int byte = 0; byte < 256; byte += offset % 64 == 7 ? 1 : 61) {  // 61 meets "=", too
                 std::string text = valid;
                 text[offset] = static_cast<char>(byte);
                 const bool good = inPadding ? byte == '=' : alphabet.find(text[offset]) != std::string::npos;
-                ASSERT_EQ(cipher(key16, iv16).decryptWellFormed(text).has_value(), good)
+                ASSERT_EQ(decrypt(iv, text, blocks) != DecryptedText::notBase64, good)
                     << blocks << " blocks, " << byte << " at " << offset;
             }
         }
@@ -199,7 +217,7 @@ TEST_P(OnePassTier, OnePassSeesEveryByteThatIsNotASCII) {
         std::string plain(size, 'x');
         const auto isASCII = [&] {
             const std::string text = base64(reference::encrypt(key16, iv16, plain));
-            return cipher(key16, iv16).decryptWellFormed(text).value().isASCII;
+            return decrypt(base64(iv16), text, size / 16 + 1) == DecryptedText::ascii;
         };
         EXPECT_TRUE(isASCII()) << size;
         for (char& byte : plain) {
@@ -232,16 +250,18 @@ class GuardedBuffer {
 };
 
 TEST_P(OnePassTier, StaysInsideItsBuffers) {
-    AESKeySchedule schedule;
-    GetParam()->expandKey(bytePointer(key16), 4, schedule);
+    const AESKey key = {bytePointer(key16), 4};
+    GuardedBuffer iv(24);
+    std::memcpy(iv.text(), base64(iv16).data(), 24);
     for (std::size_t size = 0; size < 1000; ++size) {
         const std::size_t blocks = size / 16 + 1, textSize = (16 * blocks + 2) / 3 * 4;
-        GuardedBuffer plain(size), text(textSize), out(16 * blocks);
+        GuardedBuffer plain(size), written(textSize + CipherKernels::slack), text(textSize),
+            out(16 * blocks + CipherKernels::slack);
         std::memset(plain.text(), 'x', size);
-        GetParam()->cbcEncryptToBase64(schedule, bytePointer(iv16), plain.bytes(), size, text.text());
-        ASSERT_EQ(
-            GetParam()->cbcDecryptFromBase64(schedule, bytePointer(iv16), text.text(), out.bytes(), blocks),
-            DecryptedText::ascii);
+        GetParam()->encryptToBase64(key, bytePointer(iv16), plain.bytes(), size, written.text());
+        std::memcpy(text.text(), written.text(), textSize);
+        ASSERT_EQ(GetParam()->decryptFromBase64(key, iv.text(), text.text(), out.bytes(), blocks),
+                  DecryptedText::ascii);
         ASSERT_EQ(std::memcmp(out.text(), plain.text(), size), 0) << size;
     }
 }

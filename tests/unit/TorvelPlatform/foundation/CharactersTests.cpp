@@ -35,9 +35,9 @@ TEST(Characters, AreGraphemeClusters) {
     };
     for (const Row& row : rows) {
         EXPECT_EQ(characterCount(row.text), row.count) << row.name;
-        EXPECT_EQ(characterPrefixLength(row.text, 2), row.firstTwo) << row.name;
-        EXPECT_EQ(characterPrefixLength(row.text, 100), row.text.size()) << row.name;
-        EXPECT_EQ(characterPrefixLength(row.text, 0), 0U) << row.name;
+        EXPECT_EQ(characterPrefix(row.text, 2).length, row.firstTwo) << row.name;
+        EXPECT_EQ(characterPrefix(row.text, 100).length, row.text.size()) << row.name;
+        EXPECT_EQ(characterPrefix(row.text, 0).length, 0U) << row.name;
     }
 }
 
