@@ -55,11 +55,8 @@ TEST_F(UserStorageHelperTest, Readers) {
     const Row rows[] = {
         {"nothing", {}, "-", 0, 0, false, "-"},
         {"text", "3.5", "3.5", 3, 3.5, true, here.c_str()},
-        {"path", "/a", "/a", 0, 0, false, "file:///a"},
-        {"integer", 7, "7", 7, 7, true, "-"},
         {"float", 2.5F, "2.5", 2, 2.5, true, "-"},
         {"double", -0.25, "-0.25", 0, -0.25, true, "-"},
-        {"Boolean", true, "1", 1, 0, true, "-"},
         {"URL", *URL::parse("https://host/a?b=1"), "-", 0, 0, false, "https://host/a?b=1"},
         {"absent URL", std::optional<URL>(), "-", 0, 0, false, "-"},
         {"data", Data("1"), "-", 0, 0, false, "-"},
@@ -69,25 +66,25 @@ TEST_F(UserStorageHelperTest, Readers) {
     };
     using Helper = UserStorageHelper;
     for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
         Helper::save("before", "key");
         Helper::save(row.value, "key");
-        EXPECT_EQ(Helper::object("key"), row.value) << row.name;
-        EXPECT_EQ(Helper::string("key").value_or("-"), row.string) << row.name;
-        EXPECT_EQ(Helper::integer("key"), row.integer) << row.name;
-        EXPECT_EQ(Helper::floatValue("key"), static_cast<float>(row.number)) << row.name;
-        EXPECT_EQ(Helper::doubleValue("key"), row.number) << row.name;
-        EXPECT_EQ(Helper::boolValue("key"), row.boolean) << row.name;
+        EXPECT_EQ(Helper::object("key"), row.value);
+        EXPECT_EQ(Helper::string("key").value_or("-"), row.string);
+        EXPECT_EQ(Helper::integer("key"), row.integer);
+        EXPECT_EQ(Helper::floatValue("key"), static_cast<float>(row.number));
+        EXPECT_EQ(Helper::doubleValue("key"), row.number);
+        EXPECT_EQ(Helper::boolValue("key"), row.boolean);
         const auto url = Helper::url("key");
-        EXPECT_EQ(url ? url->absoluteString() : "-", row.url) << row.name;
+        EXPECT_EQ(url ? url->absoluteString() : "-", row.url);
         const auto holds = [&row](auto kind) {
             const auto* content = row.value ? row.value->as<decltype(kind)>() : nullptr;
             return content != nullptr ? std::optional(*content) : std::nullopt;
         };
-        EXPECT_EQ(Helper::data("key"), holds(Data())) << row.name;
-        EXPECT_EQ(Helper::array("key"), holds(PropertyValue::Array())) << row.name;
-        EXPECT_EQ(Helper::dictionary("key"), holds(PropertyValue::Dictionary())) << row.name;
-        EXPECT_EQ(Helper::stringArray("key").has_value(), row.name == std::string("array of texts"))
-            << row.name;
+        EXPECT_EQ(Helper::data("key"), holds(Data()));
+        EXPECT_EQ(Helper::array("key"), holds(PropertyValue::Array()));
+        EXPECT_EQ(Helper::dictionary("key"), holds(PropertyValue::Dictionary()));
+        EXPECT_EQ(Helper::stringArray("key").has_value(), row.name == std::string("array of texts"));
     }
 }
 

@@ -21,7 +21,7 @@ void exercise(const CipherKernels& tier, unsigned keyWords) {
     VALGRIND_MAKE_MEM_UNDEFINED(key, sizeof key);
     VALGRIND_MAKE_MEM_UNDEFINED(plain, sizeof plain);
     AESKeySchedule schedule;
-    tier.expandKey(key, keyWords, schedule);
+    tier.expandKey({key, keyWords}, schedule);
     tier.encryptBlocks(schedule, plain, out, blocks);
     tier.cbcEncrypt(schedule, iv, plain, out, blocks);
     tier.cbcDecrypt(schedule, iv, out, back, blocks);
