@@ -213,7 +213,8 @@ void upload(const Arguments& arguments, const std::string& target, Data file, En
         [bar = std::make_shared<Progress>()](double sent) { bar->show(sent); });
 }
 
-void send(const Arguments& arguments, const std::string& target, std::optional<Data> body, Ending& ending) {
+RequestHandle send(const Arguments& arguments, const std::string& target, std::optional<Data> body,
+                   Ending& ending) {
     const TorvelNetworkClient client;
     const auto [wrappers, parsers] = interceptors(arguments);
     const std::string type = arguments.text("--type", "application/json");
@@ -233,10 +234,13 @@ void send(const Arguments& arguments, const std::string& target, std::optional<D
         return client.getRequest(target, type, wrappers, parsers, onSuccess, onError);
     // Any other method, as a host sends it that builds its own requests.
     auto request = client.getRequest(target);
-    if (!request) return onError(APITimeError("Unexpected Error", "-1", std::nullopt));
+    if (!request) {
+        onError(APITimeError("Unexpected Error", "-1", std::nullopt));
+        return {};
+    }
     request->httpMethod = method;
     request->httpBody = std::move(body);
-    client.consumeRequest(*request, type, wrappers, parsers, onSuccess, onError);
+    return client.consumeRequest(*request, type, wrappers, parsers, onSuccess, onError);
 }
 
 int call(const Arguments& arguments) {

@@ -116,9 +116,9 @@ TEST_F(Pipeline, ATargetThatIsNoURLFailsAtOnceOnTheCallersThread) {
 }
 
 TEST_F(Pipeline, EveryMethodSendsItsBody) {
-    using Operation =
-        void (NetworkDispatcher::*)(std::string_view, Data, std::string_view, const RequestInterceptors&,
-                                    const ResponseInterceptors&, OnSuccess, OnError) const;
+    using Operation = RequestHandle (NetworkDispatcher::*)(
+        std::string_view, Data, std::string_view, const RequestInterceptors&, const ResponseInterceptors&,
+        OnSuccess, OnError) const;
     const std::pair<const char*, Operation> rows[] = {{"POST", &NetworkDispatcher::postRequest},
                                                       {"PUT", &NetworkDispatcher::putRequest},
                                                       {"DELETE", &NetworkDispatcher::deleteRequest}};
