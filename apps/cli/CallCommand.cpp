@@ -250,7 +250,7 @@ int call(const Arguments& arguments) {
         if (!Bundle::at(*directory)) return arguments.failed("--bundle: there is no directory " + *directory);
         Bundle::setMain(*directory);
     }
-    const std::string target = EndpointsHelper::getEndPoint(arguments.text("TARGET", ""));
+    const std::string target = EndpointsHelper::getEndPoint<std::string>(arguments.text("TARGET", ""));
     if (!target.starts_with("http") && !arguments.has("--server"))
         return arguments.misused("the target is no URL, so --server is needed");
     auto inputs = readInputs(arguments);

@@ -103,6 +103,7 @@ DataResponse SessionTask::outcomeOf(TransferResult result) const {
     const bool empty = result.body.empty();
     if (!response.error && validates) response.error = validationError(accept, *response.response, empty);
     if (!response.error) response.error = emptinessError(request.httpMethod, *response.response, empty);
+    if (response.error) response.error->maybeSent = maybeSent;
     if (whole && (!response.error || !empty)) response.data = Data(std::move(result.body));
     return response;
 }
@@ -125,7 +126,8 @@ DispatchQueue::Work SessionTask::end(std::shared_ptr<SessionTask> task, Transfer
 
 SessionError cancelledError(const SessionTask& task) {
     const std::string host = task.request.url ? task.request.url->host().value_or("") : "";
-    return {Kind::cancelled, "The request to " + host + " was cancelled.", std::nullopt};
+    return {Kind::cancelled, "The request to " + host + " was cancelled.", std::nullopt, std::nullopt,
+            task.maybeSent};
 }
 
 }  // namespace torvel

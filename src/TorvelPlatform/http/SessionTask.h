@@ -48,6 +48,7 @@ struct SessionTask {
     std::optional<std::string> accept;  // the caller's own field
     std::optional<SpoolFile> spool;
     int redirects = 0;
+    bool maybeSent = false;              // any byte of any hop
     std::unique_ptr<Transfer> transfer;  // refers to request and spool
     std::chrono::steady_clock::time_point deadline;
     DataResponse outcome;

@@ -210,6 +210,7 @@ SessionWorker::Task SessionWorker::take(Transfer& transfer) {
     Task task = std::move(m_live.extract(&transfer).mapped());
     m_deadlines.erase({task->deadline, &transfer});
     m_loop->remove(transfer);
+    task->maybeSent |= transfer.maybeSent();
     return task;
 }
 

@@ -66,6 +66,8 @@ class Transfer {
     std::variant<TransferResult, Redirection> conclude(CURLcode code);
     // The outcome of a hop that is given up because of `error`.
     TransferResult abandon(SessionError error);
+    // Whether a byte of the request was handed to the network.
+    bool maybeSent() const { return m_attempts > 0 && handedOver() > m_sentToProxy; }
 
   private:
     struct Verdict {
@@ -85,6 +87,8 @@ class Transfer {
     bool endsWithConnection() const;
     bool isSecure() const;
     std::optional<SessionError> failure(CURLcode code) const;
+    SessionError::Phase phase() const;
+    long handedOver() const;
     bool fail(std::string_view why);
     HTTPURLResponse response() const;
     bool hasBody() const;
@@ -99,7 +103,9 @@ class Transfer {
     std::shared_ptr<Verdict> m_verdict = std::make_shared<Verdict>();
 
     bool m_queued = true;
+    SessionError::Phase m_phase = SessionError::Phase::lookingUpName;
     int m_attempts = 0;
+    long m_sentToProxy = 0;  // in front of the request
     bool m_replayRefused = false;
     std::size_t m_bodyOffset = 0;
     std::uint64_t m_bytesSent = 0;

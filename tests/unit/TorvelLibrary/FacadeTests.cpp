@@ -165,7 +165,7 @@ TEST_F(Facade, FirstUsesRaceCleanly) {
     const std::function<void()> uses[] = {
         [] { EXPECT_NE(TorvelLibrary::sharedInstance(), nullptr); },
         [] { EXPECT_NE(TorvelLibrary::sharedInstance()->getAlamofireServiceManager(secondHost), nullptr); },
-        [] { EXPECT_EQ(std::string(EndpointsHelper::getEndPoint("login")), "api/login"); },
+        [] { EXPECT_EQ(EndpointsHelper::getEndPoint<std::string>("login"), "api/login"); },
         [] { EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "en"); },
         [] { EXPECT_EQ(getLocalisedValue("absent", Bundle::main(), "Localizable"), "absent"); },
         [] { EXPECT_EQ(ColorUtils::sharedInstance().theme->primaryColor, "0387D1"); },

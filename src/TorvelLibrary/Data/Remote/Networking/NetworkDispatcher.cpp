@@ -59,7 +59,10 @@ void succeed(const OnSuccess& onSuccess, Data bytes) {
 }
 
 RequestHandle reportUnexpected(const OnError& onError) {
-    if (onError) onError(APITimeError("Unexpected Error", "-1", std::nullopt));
+    if (onError)
+        onError(APITimeError(
+            "Unexpected Error", "-1", std::nullopt,
+            SessionError{SessionError::Kind::invalidRequest, "The target makes no URL.", std::nullopt}));
     return {};
 }
 
@@ -211,7 +214,9 @@ void NetworkDispatcher::handleResponse(DataResponse response,
         description = json.error().description;
     }
     debug(description, function);
-    if (onError) onError(APITimeError(std::move(description), code, std::move(response.data)));
+    if (onError)
+        onError(
+            APITimeError(std::move(description), code, std::move(response.data), std::move(response.error)));
 }
 
 void NetworkDispatcher::handleResponseData(Data responseData,
