@@ -2,12 +2,15 @@
 #include "TorvelLibrary/Data/Remote/Interceptors/GenericRequestHeaderInterceptor.h"
 #include "TorvelLibrary/Data/Remote/Interceptors/GenericResponseInterceptor.h"
 #include "TorvelLibrary/Data/Remote/Networking/APITimeError.h"
+#include "TorvelLibrary/Data/Remote/Networking/RequestLog.h"
 #include "TorvelLibrary/Data/Remote/Networking/TorvelNetworkClient.h"
+#include "TorvelLibrary/TorvelLibrary.h"
 #include "TorvelLibrary/TorvelLibraryBuilder.h"
 #include "TorvelLibrary/Utils/LogUtils.h"
 #include "TorvelPlatform/foundation/Bundle.h"
 #include "TorvelPlatform/security/SecKey.h"
 #include "cli/Command.h"
+#include "cli/HarRecorder.h"
 #include "cli/HostFiles.h"
 #include "cli/Output.h"
 
@@ -70,7 +73,8 @@ constexpr Option options[] = {
     {"--bypass", "", "trusts any server"},
     {"--timeout", "S", "seconds without a byte moving before the request fails (30)", Occurs::atMostOnce,
      checkSeconds},
-    {"--log", "", "the library's log, on standard error"},
+    {"--log", "", "the library's log, on standard error, with a line on the request's course"},
+    {"--har", "FILE", "records the request as an HTTP archive for browsers, without secrets"},
 };
 
 // What a host would add to each of its requests.
@@ -257,6 +261,10 @@ int call(const Arguments& arguments) {
     if (!inputs) return arguments.failed(inputs.error());
 
     configure(arguments, inputs.value(), target);
+    const auto recorder = std::make_shared<HarRecorder>();
+    auto& monitors = TorvelLibrary::sharedInstance()->eventMonitors;
+    if (arguments.has("--har")) monitors.push_back(recorder);
+    if (arguments.has("--log")) monitors.push_back(std::make_shared<RequestLog>());
     Ending ending;
     if (inputs.value().upload)
         upload(arguments, target, std::move(*inputs.value().upload), ending);
@@ -265,6 +273,8 @@ int call(const Arguments& arguments) {
     // The library's own time-out ends the request; an upload or an answer that moves may take its time.
     constexpr std::chrono::hours aWhile{1};
     while (!ending.exit) DispatchQueue::main().runUntil([&] { return ending.exit.has_value(); }, aWhile);
+    if (const auto file = arguments.text("--har"))
+        if (const auto fault = recorder->write(*file)) return arguments.failed("--har: " + *fault);
     return *ending.exit;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TorvelPlatform/dispatch/DispatchQueue.h"
+#include "TorvelPlatform/http/EventMonitor.h"
 #include "TorvelPlatform/http/HTTPURLResponse.h"
 #include "TorvelPlatform/http/MultipartFormData.h"
 #include "TorvelPlatform/http/RequestHandle.h"
@@ -13,6 +14,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace torvel {
 
@@ -34,6 +36,8 @@ struct URLSessionConfiguration {
     std::size_t maximumConnectionsPerHost = 6;
     // Bound on a response body, as received and as decompressed; a larger one fails.
     std::size_t maximumResponseBytes = std::size_t{256} * 1024 * 1024;
+    // Hear of every request. None costs nothing.
+    std::vector<std::shared_ptr<EventMonitor>> eventMonitors = {};
 };
 
 class Session;

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <numeric>
 #include <system_error>
+#include <utility>
 
 namespace torvel {
 namespace {
@@ -34,6 +35,28 @@ bool SessionTask::isCancelled() const { return m_cancelled.load() || m_generatio
 void SessionTask::cancelAll() {
     ++generation;
     SessionCore::sweepAll();
+}
+
+void SessionTask::begin() {
+    const auto& monitors = core->configuration.eventMonitors;
+    if (monitors.empty()) return;
+    hops.emplace_back();
+    for (const auto& monitor : monitors) monitor->requestDidStart(request);
+}
+
+// Takes over the hop's request, which is not needed any more.
+void SessionTask::closeHop() {
+    HopMetrics& hop = hops.back();
+    hop.end = std::chrono::duration<double>(std::chrono::system_clock::now() - hop.start).count();
+    hop.method = request.httpMethod;
+    hop.url = request.url;
+    hop.fields = request.headers;
+    hop.body = std::exchange(request.httpBody, std::nullopt);
+}
+
+void SessionTask::report() {
+    closeHop();
+    for (const auto& monitor : core->configuration.eventMonitors) monitor->requestDidEnd(hops, outcome);
 }
 
 std::optional<SessionError> SessionTask::prepare() {
@@ -88,6 +111,10 @@ std::optional<SessionError> SessionTask::turn(Redirection next) {
     if (++redirects > mostRedirects)
         return SessionError{Kind::redirectFailed, from + " redirected too many times.", std::nullopt};
     transfer.reset();
+    if (isWatched()) {
+        closeHop();
+        hops.emplace_back();
+    }
     request = std::move(next.request);
     if (!next.keepsBody) spool.reset();
     auto error = requestError(request, hasBody());
@@ -111,6 +138,7 @@ DataResponse SessionTask::outcomeOf(TransferResult result) const {
 DispatchQueue::Work SessionTask::end(std::shared_ptr<SessionTask> task, TransferResult result) {
     task->outcome = task->outcomeOf(std::move(result));
     task->transfer.reset();
+    if (task->isWatched()) task->report();
     task->spool.reset();
     task->request.httpBody.reset();
     task->progress.reset();

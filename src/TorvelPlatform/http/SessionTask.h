@@ -24,6 +24,8 @@ struct SessionTask {
     // Cancels every request of the process that has not called back.
     static void cancelAll();
 
+    // Tells the monitors, if there are any.
+    void begin();
     // Completes the fields and encodes the form. What is wrong with the request is found before anything of
     // it is sent.
     std::optional<SessionError> prepare();
@@ -52,9 +54,13 @@ struct SessionTask {
     std::unique_ptr<Transfer> transfer;  // refers to request and spool
     std::chrono::steady_clock::time_point deadline;
     DataResponse outcome;
+    std::vector<HopMetrics> hops;  // when somebody watches; the last is under way
 
   private:
     std::optional<SessionError> encodeForm();
+    bool isWatched() const { return !hops.empty(); }
+    void closeHop();
+    void report();
     DataResponse outcomeOf(TransferResult result) const;
 
     const std::shared_ptr<RequestRunner> m_runner;

@@ -119,6 +119,7 @@ bool SessionWorker::mayWait() {
 }
 
 void SessionWorker::begin(Task task) {
+    task->begin();
     if (!m_loop->usable())
         return fail(std::move(task), {Kind::cannotConnect, "No descriptors are left for a session.", {}});
     if (auto error = task->prepare()) return fail(std::move(task), std::move(*error));
@@ -127,9 +128,14 @@ void SessionWorker::begin(Task task) {
 
 void SessionWorker::startHop(Task task) {
     if (auto error = task->hopError()) return fail(std::move(task), std::move(*error));
-    if (auto cached = URLCache::shared().cachedResponse(task->request))
+    if (auto cached = URLCache::shared().cachedResponse(task->request)) {
+        if (!task->hops.empty()) {
+            task->hops.back().cached = true;
+            task->hops.back().response = cached->response;
+        }
         return finish(std::move(task),
                       {std::move(cached->response), std::move(cached->data).raw(), std::nullopt});
+    }
     startTransfer(std::move(task));
 }
 
@@ -211,6 +217,7 @@ SessionWorker::Task SessionWorker::take(Transfer& transfer) {
     m_deadlines.erase({task->deadline, &transfer});
     m_loop->remove(transfer);
     task->maybeSent |= transfer.maybeSent();
+    if (!task->hops.empty()) transfer.measure(task->hops.back());
     return task;
 }
 

@@ -100,6 +100,7 @@ struct Transfer::Callbacks {
     static CURLcode tlsContext(CURL*, void* context, void* user) {
         Transfer& transfer = of(user);
         transfer.m_phase = Phase::securing;
+        transfer.m_securingSince = std::chrono::system_clock::now();
         auto decide = [manager = transfer.m_options.trustManager, host = transfer.host(),
                        verdict = transfer.m_verdict](SecTrust& trust) {
             const ServerTrustEvaluating* evaluator = manager ? manager->evaluator(host) : nullptr;

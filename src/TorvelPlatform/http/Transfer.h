@@ -2,6 +2,7 @@
 
 #include "TorvelPlatform/http/ContentDecoder.h"
 #include "TorvelPlatform/http/Curl.h"
+#include "TorvelPlatform/http/EventMonitor.h"
 #include "TorvelPlatform/http/Redirect.h"
 #include "TorvelPlatform/http/ResponseHead.h"
 #include "TorvelPlatform/http/ServerTrustManager.h"
@@ -66,6 +67,8 @@ class Transfer {
     std::variant<TransferResult, Redirection> conclude(CURLcode code);
     // The outcome of a hop that is given up because of `error`.
     TransferResult abandon(SessionError error);
+    // Fills in what is known of the hop by now.
+    void measure(HopMetrics& hop) const;
     // Whether a byte of the request was handed to the network.
     bool maybeSent() const { return m_attempts > 0 && handedOver() > m_sentToProxy; }
 
@@ -104,6 +107,7 @@ class Transfer {
 
     bool m_queued = true;
     SessionError::Phase m_phase = SessionError::Phase::lookingUpName;
+    std::chrono::system_clock::time_point m_securingSince;
     int m_attempts = 0;
     long m_sentToProxy = 0;  // in front of the request
     bool m_replayRefused = false;
