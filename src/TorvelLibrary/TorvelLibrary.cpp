@@ -9,15 +9,6 @@
 #include <algorithm>
 
 namespace torvel {
-namespace {
-
-std::shared_ptr<Session> makeSession(ServerTrustManager::Evaluators evaluators) {
-    return std::make_shared<Session>(URLSessionConfiguration::defaults(), "org.alamofire.session.rootQueue",
-                                     std::make_shared<ServerTrustManager>(true, std::move(evaluators)));
-}
-
-}  // namespace
-
 Guarded<std::shared_ptr<TorvelLibrary>>& TorvelLibrary::instance() {
     static auto* const slot =
         new Guarded<std::shared_ptr<TorvelLibrary>>;  // never destroyed: callbacks may run late
@@ -60,7 +51,19 @@ std::shared_ptr<Session> TorvelLibrary::makeManager(const std::string& host) con
         case SSlPinningType::Kind::none:
             break;
     }
-    return Session::defaultSession();
+    return eventMonitors.empty() ? Session::defaultSession() : makeSession(nullptr);
+}
+
+std::shared_ptr<Session> TorvelLibrary::makeSession(
+    std::shared_ptr<const ServerTrustManager> trustManager) const {
+    URLSessionConfiguration configuration = URLSessionConfiguration::defaults();
+    configuration.eventMonitors = eventMonitors;
+    return std::make_shared<Session>(std::move(configuration), "org.alamofire.session.rootQueue",
+                                     std::move(trustManager));
+}
+
+std::shared_ptr<Session> TorvelLibrary::makeSession(ServerTrustManager::Evaluators evaluators) const {
+    return makeSession(std::make_shared<const ServerTrustManager>(true, std::move(evaluators)));
 }
 
 std::vector<SecCertificate> TorvelLibrary::getSSLPinningCerts(const std::vector<std::string>& files) {

@@ -105,6 +105,29 @@ TEST_F(CLITest, CallGivesWhatTheLibraryGives) {
     expectRows(rows, [this](const std::string& arguments) { return torvel("call " + arguments); });
 }
 
+TEST_F(CLITest, RecordsWhatBrowsersImportButNoSecret) {
+    start();
+    const Ran ran = torvel(
+        R"(call "$URL/misbehave/redirect?to=/echo&pin=4711" --har "$DIR/call.har" --bundle "$DIR" --encrypt )"
+        R"(--cert server --key "$KEY" --data '{"pin":"4711"}' --header "Authorization: Bearer 4711" --log)");
+    EXPECT_THAT(ran.out, HasSubstr("4711"));  // the echo, opened
+    const std::string archive = contentOf(m_directory / "call.har");
+    EXPECT_THAT(archive, Not(HasSubstr("4711")));
+    for (const char* part : {"RequestData", "ResponseData", "\"name\": \"Authorization\"", "\"status\": 307",
+                             "\"status\": 200", "/misbehave/redirect\"", "\"name\": \"pin\""})
+        EXPECT_THAT(archive, HasSubstr(part));
+    EXPECT_THAT(
+        contentOf(m_directory / "stderr"),
+        ContainsRegex("POST https://127.0.0.1:[0-9]+/misbehave/redirect -> 307: .*; then POST .* -> 200: "));
+
+    EXPECT_EQ(
+        torvel(R"(call "$URL/echo" --data '{"RequestData":"x","pin":"4711"}' --har "$DIR/open.har")").exit,
+        0);
+    EXPECT_THAT(contentOf(m_directory / "open.har"), Not(HasSubstr("4711")));
+    EXPECT_THAT(shell(R"("$TORVEL" call "$URL/echo" --har /nowhere/x 2>&1)").out,
+                HasSubstr("--har: /nowhere/x"));
+}
+
 TEST_F(CLITest, CallSendsNothingToWhomItDoesNotTrust) {
     start();
     write("stranger.der", SandboxIdentity::make().serverDer);

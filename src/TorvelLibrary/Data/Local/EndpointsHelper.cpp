@@ -29,16 +29,22 @@ std::shared_ptr<const EndpointsHelper::Dictionary> dictionaryOfTexts(const Prope
 
 }  // namespace
 
-EndpointsHelper::EndPoint EndpointsHelper::getEndPoint(std::string_view endpointId) {
+template <>
+std::optional<std::string> EndpointsHelper::getEndPoint(std::string_view endpointId) {
     const auto helper = slot().loadOr([] {
         auto created = std::make_shared<EndpointsHelper>();
         created->loadAppEndPoints();
         return created;
     });
     const auto table = helper->endpointsDict();
-    if (!table) return {endpointId, std::nullopt};
+    if (!table) return std::nullopt;
     const auto found = table->find(endpointId);
-    return {endpointId, found == table->end() ? std::nullopt : std::optional(found->second)};
+    return found == table->end() ? std::nullopt : std::optional(found->second);
+}
+
+template <>
+std::string EndpointsHelper::getEndPoint(std::string_view endpointId) {
+    return getEndPoint<std::optional<std::string>>(endpointId).value_or(std::string(endpointId));
 }
 
 std::shared_ptr<EndpointsHelper> EndpointsHelper::instance() { return slot().load(); }
