@@ -26,5 +26,6 @@ extern const Command cardCommand;
 extern const Command amountCommand;
 extern const Command validateCommand;
 extern const Command storeCommand;
+extern const Command doctorCommand;
 
 }  // namespace torvel::cli

@@ -11,7 +11,7 @@ namespace {
 
 const Command* const commands[] = {
     &demoCommand, &serveCommand,  &callCommand,     &sealCommand,  &openCommand,
-    &cardCommand, &amountCommand, &validateCommand, &storeCommand,
+    &cardCommand, &amountCommand, &validateCommand, &storeCommand, &doctorCommand,
 };
 
 std::string toolHelp() {

@@ -1,5 +1,6 @@
 #include "TorvelLibrary/Utils/LocaleHelper.h"
 
+#include "TorvelLibrary/Constants.h"
 #include "TorvelLibrary/Utils/SharedStore.h"
 #include "TorvelPlatform/foundation/Guarded.h"
 #include "TorvelPlatform/foundation/Locale.h"
@@ -72,7 +73,7 @@ std::string LocaleHelper::getDefaultAppLanguage() { return defaultAppLanguage().
 
 std::string specialLocalizedString(const Bundle& bundle, std::string_view forKey,
                                    std::optional<std::string_view> value, std::string_view table) {
-    const bool isConfiguration = table == "Configurations";
+    const bool isConfiguration = table == Constants::configurationsTable;
     const std::string current = isConfiguration ? "en" : LocaleHelper::currentAppleLanguage();
     const std::string fallback = isConfiguration ? "en" : LocaleHelper::getDefaultAppLanguage();
     if (const auto folder = getMainBundlePath(current, fallback))
