@@ -149,7 +149,7 @@ class Certificates {
                              {"the bundle has no such file", "the process stops at the first request",
                               "put the certificate into the bundle, or drop the pin"});
         }
-        backup(names.size());
+        backup(names);
     }
 
     void keyPins(const std::vector<std::string>& texts) {
@@ -167,7 +167,7 @@ class Certificates {
                      "a mistyped key shows only when every server is refused",
                      "compare it with torvel pins --from HOST:PORT, or ship the certificate too"});
         }
-        backup(texts.size());
+        backup(texts);
     }
 
     bool isBorne(const SecKey& key) const {
@@ -175,12 +175,14 @@ class Certificates {
                                    [&key](const auto& each) { return each.second.copyKey() == key; });
     }
 
-    void backup(std::size_t pins) {
-        if (pins == 0)
+    // The same pin twice is no backup.
+    void backup(const std::vector<std::string>& pins) {
+        const std::size_t distinct = std::set<std::string>(pins.begin(), pins.end()).size();
+        if (distinct == 0)
             m_findings.error("no-pin", {.key = "sslType"},
                              {"pinning is asked for without a pin", "every server is refused",
                               "name a pin, or use SSlPinningType::none()"});
-        if (pins == 1)
+        if (distinct == 1)
             m_findings.warning("no-backup-pin", {.key = "sslType"},
                                {"there is one pin and no backup",
                                 "when the server's key is lost or replaced, every installed host is cut off",
