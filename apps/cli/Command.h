@@ -27,5 +27,6 @@ extern const Command amountCommand;
 extern const Command validateCommand;
 extern const Command storeCommand;
 extern const Command doctorCommand;
+extern const Command pinsCommand;
 
 }  // namespace torvel::cli

@@ -1,5 +1,7 @@
 #include "cli/DoctorReport.h"
 
+#include "cli/Output.h"
+
 #include <algorithm>
 
 #include <nlohmann/json.hpp>
@@ -24,13 +26,6 @@ std::string padded(std::string_view text, std::size_t width) {
     std::string column(text);
     column.resize(std::max(width, text.size() + 1), ' ');
     return column;
-}
-
-// Control characters, which may come from a file, are not for a terminal.
-std::string printable(std::string text) {
-    std::ranges::replace_if(
-        text, [](char c) { return (c >= 0 && c < ' ') || c == 127; }, '?');
-    return text;
 }
 
 // Words in lines of the page's width that all begin at the indent.

@@ -1,11 +1,11 @@
 // The certificates in the bundle, the pins and the key that seals requests.
 #include "TorvelLibrary/Constants.h"
 #include "TorvelLibrary/preflight/Findings.h"
+#include "TorvelPlatform/foundation/DateFormatter.h"
 #include "TorvelPlatform/security/SecCertificate.h"
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <map>
 #include <set>
 
@@ -19,13 +19,7 @@ constexpr int acceptableStrength = 112;  // bits, NIST SP 800-131A, from 2014 on
 // The room that PKCS#1 v1.5 padding takes (RFC 8017, 7.2): an RSA block must hold more.
 constexpr std::size_t paddingSize = 11;
 
-std::string dateOf(sys_seconds time) {
-    const year_month_day date(floor<days>(time));
-    char text[32];
-    std::snprintf(text, sizeof text, "%04d-%02u-%02u", static_cast<int>(date.year()),
-                  static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
-    return text;
-}
+std::string dateOf(sys_seconds time) { return DateFormatter("yyyy-MM-dd", Locale("en_US")).string(time); }
 
 class Certificates {
   public:
