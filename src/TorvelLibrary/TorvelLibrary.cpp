@@ -1,5 +1,6 @@
 #include "TorvelLibrary/TorvelLibrary.h"
 
+#include "TorvelLibrary/Constants.h"
 #include "TorvelLibrary/Utils/Extenstions.h"
 #include "TorvelLibrary/Utils/LogUtils.h"
 #include "TorvelPlatform/foundation/Bundle.h"
@@ -69,7 +70,7 @@ std::shared_ptr<Session> TorvelLibrary::makeSession(ServerTrustManager::Evaluato
 std::vector<SecCertificate> TorvelLibrary::getSSLPinningCerts(const std::vector<std::string>& files) {
     std::vector<SecCertificate> certificates;
     for (const std::string& file : files) {
-        const auto path = Bundle::main().path(file, "der");
+        const auto path = Bundle::main().path(file, Constants::certificateType);
         if (!path) fatalError(file + " certficate not found in app bundle");
         const auto bytes = readFile(*path);
         auto certificate = bytes ? SecCertificate::createWithData(bytes.value()) : std::nullopt;

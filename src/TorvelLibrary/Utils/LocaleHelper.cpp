@@ -1,5 +1,6 @@
 #include "TorvelLibrary/Utils/LocaleHelper.h"
 
+#include "TorvelLibrary/Constants.h"
 #include "TorvelLibrary/Utils/SharedStore.h"
 #include "TorvelPlatform/foundation/Guarded.h"
 #include "TorvelPlatform/foundation/Locale.h"
@@ -51,8 +52,6 @@ std::optional<Bundle> languageFolder(const Bundle& bundle, std::string_view curr
     return folder ? folder : bundle.languageBundle(fallback);
 }
 
-constexpr std::string_view configurations = "Configurations";
-
 // Where the texts of a bundle's table are looked up, in this order. Each thread keeps what it found last
 // until another bundle or table is asked for, or a language or the main bundle changes.
 struct Tables {
@@ -71,7 +70,7 @@ struct Tables {
 Tables findTables(const Bundle& bundle, std::string_view table) {
     const auto mark = SecureDefaults::shared().changeMark();  // these two before what they tell of
     const unsigned defaultChanges = defaultAppLanguageChanges;
-    const bool isConfiguration = table == configurations;
+    const bool isConfiguration = table == Constants::configurationsTable;
     const std::string current = isConfiguration ? "en" : LocaleHelper::currentAppleLanguage();
     const std::string fallback = isConfiguration ? "en" : LocaleHelper::getDefaultAppLanguage();
     return {.mark = mark,

@@ -1,5 +1,6 @@
 #include "TorvelLibrary/Data/Local/EndpointsHelper.h"
 
+#include "TorvelLibrary/Constants.h"
 #include "TorvelLibrary/Utils/Extenstions.h"
 #include "TorvelLibrary/Utils/LogUtils.h"
 #include "TorvelPlatform/foundation/Bundle.h"
@@ -50,7 +51,8 @@ std::string EndpointsHelper::getEndPoint(std::string_view endpointId) {
 std::shared_ptr<EndpointsHelper> EndpointsHelper::instance() { return slot().load(); }
 
 void EndpointsHelper::loadAppEndPoints() {
-    if (const auto url = getPathURLFromBundle("EndpointsConfig", "plist", Bundle::main()))
+    if (const auto url =
+            getPathURLFromBundle(Constants::endpointTable, Constants::propertyListType, Bundle::main()))
         return setEndPointsPlist(*url);
     LogUtils::e("EndpointsConfig plist Not Found In App", {source, "loadAppEndPoints()"});
 }

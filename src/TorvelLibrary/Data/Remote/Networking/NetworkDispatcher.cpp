@@ -1,13 +1,12 @@
 #include "TorvelLibrary/Data/Remote/Networking/NetworkDispatcher.h"
 
 #include "TorvelLibrary/Data/Remote/Networking/APITimeError.h"
+#include "TorvelLibrary/Data/Remote/Networking/Target.h"
 #include "TorvelLibrary/TorvelLibrary.h"
 #include "TorvelLibrary/Utils/Extenstions.h"
 #include "TorvelLibrary/Utils/LogUtils.h"
-#include "TorvelPlatform/foundation/CharacterSet.h"
 #include "TorvelPlatform/foundation/FatalError.h"
 #include "TorvelPlatform/foundation/JSON.h"
-#include "TorvelPlatform/foundation/PercentEncoding.h"
 #include "TorvelPlatform/http/URLCache.h"
 
 namespace torvel {
@@ -143,10 +142,7 @@ RequestHandle NetworkDispatcher::multipartRequest(std::string_view target, std::
 }
 
 std::optional<URLRequest> NetworkDispatcher::getRequest(std::string_view target) const {
-    if (target.starts_with("http")) {
-        const auto encoded = addingPercentEncoding(target, CharacterSet::urlQueryAllowed());
-        if (auto url = encoded ? URL::parse(*encoded) : std::nullopt) return URLRequest(std::move(*url));
-    }
+    if (auto url = wholeURL(target)) return URLRequest(std::move(*url));
     if (auto url = URL::parse(serverURL().append(target))) return URLRequest(std::move(*url));
     return std::nullopt;
 }
