@@ -16,14 +16,35 @@ void drainMainQueueFromLoop() {
     QObject::connect(notifier, &QSocketNotifier::activated, notifier, [] { DispatchQueue::main().drain(); });
 }
 
-void takeWidth() {
+// A screen that does not turn says none of these, and then nothing is known.
+ScreenEnvironment::Orientation orientationOf(const QScreen& screen) {
+    switch (screen.orientation()) {
+        case Qt::PortraitOrientation:
+            return ScreenEnvironment::Orientation::portrait;
+        case Qt::InvertedPortraitOrientation:
+            return ScreenEnvironment::Orientation::portraitUpsideDown;
+        case Qt::InvertedLandscapeOrientation:
+            return ScreenEnvironment::Orientation::landscapeLeft;
+        case Qt::LandscapeOrientation:
+            return ScreenEnvironment::Orientation::landscapeRight;
+        default:
+            return ScreenEnvironment::Orientation::unknown;
+    }
+}
+
+void takeScreen() {
     const QScreen* const screen = QGuiApplication::primaryScreen();  // none while all are unplugged
-    if (screen != nullptr) ScreenEnvironment::widthInPoints = screen->geometry().width();
+    if (screen == nullptr) return;
+    ScreenEnvironment::widthInPoints = screen->geometry().width();
+    ScreenEnvironment::scale = screen->devicePixelRatio();
+    ScreenEnvironment::orientation = orientationOf(*screen);
 }
 
 void followScreen(QScreen* screen) {
-    takeWidth();
-    if (screen != nullptr) QObject::connect(screen, &QScreen::geometryChanged, screen, takeWidth);
+    takeScreen();
+    if (screen == nullptr) return;
+    QObject::connect(screen, &QScreen::geometryChanged, screen, takeScreen);
+    QObject::connect(screen, &QScreen::orientationChanged, screen, takeScreen);
 }
 
 }  // namespace

@@ -1,0 +1,33 @@
+#include "TorvelPlatform/uikit/JPEGEnd.h"
+
+namespace torvel {
+namespace {
+
+enum Marker : unsigned char { tem = 0x01, rst0 = 0xD0, soi = 0xD8, eoi = 0xD9 };
+
+bool standsAlone(unsigned char marker) {
+    return marker == 0 || marker == tem || (marker >= rst0 && marker <= soi);
+}
+
+}  // namespace
+
+// Segments are jumped over, so that the end of a thumbnail inside one does not count. Coded data between them
+// holds no marker but those that stand alone: it writes 0xFF as 0xFF 0x00.
+bool reachesJPEGEnd(const Data& file) {
+    const auto bytes = file.bytes();
+    for (std::size_t at = 0; at + 1 < bytes.size();) {
+        if (bytes[at] != 0xFF || bytes[at + 1] == 0xFF) {
+            ++at;
+            continue;
+        }
+        const unsigned char marker = bytes[at + 1];
+        if (marker == eoi) return true;
+        at += 2;
+        if (standsAlone(marker)) continue;
+        if (at + 1 >= bytes.size()) return false;
+        at += static_cast<std::size_t>(bytes[at]) << 8 | bytes[at + 1];
+    }
+    return false;
+}
+
+}  // namespace torvel
