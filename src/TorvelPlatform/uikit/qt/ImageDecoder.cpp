@@ -1,9 +1,8 @@
-#include "TorvelPlatform/uikit/JPEGEnd.h"
+#include "TorvelPlatform/uikit/ImageFileEnd.h"
 #include "TorvelPlatform/uikit/qt/ImageFiles.h"
 
 #include <QBuffer>
 #include <QImageReader>
-#include <algorithm>
 #include <cstring>
 
 namespace torvel {
@@ -11,12 +10,12 @@ namespace {
 
 constexpr qint64 mostPixels = 32'000'000;
 
-// Formats of pixels alone: the toolkit may have plug-ins for documents that name other files.
-bool isWanted(const QByteArray& format) {
-    static constexpr const char* wanted[] = {"png",  "jpeg", "gif",  "bmp",  "ico",
-                                             "tiff", "webp", "heic", "heif", "avif"};
-    return std::any_of(std::begin(wanted), std::end(wanted),
-                       [&](const char* name) { return format == name; });
+// What pictures are sent and shipped in. The toolkit knows more: documents that name other files, and formats
+// whose readers fill up what is missing.
+bool isWhole(const QByteArray& format, const Data& data) {
+    if (format == "jpeg") return reachesJPEGEnd(data);
+    if (format == "gif") return reachesGIFImageEnd(data);
+    return format == "png" || format == "webp" || format == "heic" || format == "heif" || format == "avif";
 }
 
 Orientation orientationOf(QImageIOHandler::Transformations transformation) {
@@ -40,12 +39,7 @@ Orientation orientationOf(QImageIOHandler::Transformations transformation) {
     }
 }
 
-// Whether a file of this format and size may be read at all.
-bool isReadable(const QImageReader& reader, const Data& data) {
-    const QSize size = reader.size();
-    if (!isWanted(reader.format()) || qint64{size.width()} * size.height() > mostPixels) return false;
-    return reader.format() != "jpeg" || reachesJPEGEnd(data);
-}
+bool isTooLarge(const QSize& size) { return qint64{size.width()} * size.height() > mostPixels; }
 
 }  // namespace
 
@@ -53,9 +47,9 @@ std::optional<DecodedImage> decodeImage(const Data& data) {
     QByteArray bytes = QByteArray::fromRawData(data.raw().data(), static_cast<qsizetype>(data.raw().size()));
     QBuffer buffer(&bytes);
     QImageReader reader(&buffer);
-    if (!reader.canRead() || !isReadable(reader, data)) return std::nullopt;
+    if (!isWhole(reader.format(), data) || isTooLarge(reader.size())) return std::nullopt;
     const QImage image = reader.read();
-    if (image.isNull() || qint64{image.width()} * image.height() > mostPixels) return std::nullopt;
+    if (image.isNull() || isTooLarge(image.size())) return std::nullopt;
     return DecodedImage{toBitmap(image), orientationOf(reader.transformation())};
 }
 

@@ -25,9 +25,9 @@ class UIImage {
     /// An image of pixels, `scale` of which make a point; no bitmap when its size and its pixels disagree.
     explicit UIImage(Bitmap bitmap, double scale = 1, Orientation orientation = Orientation::up);
 
-    /// The image in the bytes of a PNG, JPEG, GIF (its first frame), BMP or icon file, or of another format
-    /// that the toolkit's plug-ins for photographs add; with the orientation that a JPEG's EXIF says. Absent
-    /// when it is none, is cut short, or has more than 32 million pixels. Memory stays below half a gigabyte.
+    /// The image in the bytes of a PNG, JPEG or GIF file (its first frame), or of a WebP, HEIC or AVIF file
+    /// where the toolkit has the plug-in; with the orientation that EXIF says. Absent when it is none, is cut
+    /// short, or has more than 32 million pixels. Memory stays below half a gigabyte.
     static std::optional<UIImage> fromData(const Data& data, double scale = 1);
     /// The same of a file; "@2x" or "@3x" at the end of its name is its scale.
     static std::optional<UIImage> fromFile(const std::string& path);

@@ -1,4 +1,4 @@
-#include "TorvelPlatform/uikit/JPEGEnd.h"
+#include "TorvelPlatform/uikit/ImageFileEnd.h"
 
 namespace torvel {
 namespace {
@@ -8,6 +8,9 @@ enum Marker : unsigned char { tem = 0x01, rst0 = 0xD0, soi = 0xD8, eoi = 0xD9 };
 bool standsAlone(unsigned char marker) {
     return marker == 0 || marker == tem || (marker >= rst0 && marker <= soi);
 }
+
+// The size of the table of colours that a byte of flags announces.
+std::size_t colorTableSize(unsigned char flags) { return flags & 0x80 ? std::size_t{6} << (flags & 7) : 0; }
 
 }  // namespace
 
@@ -26,6 +29,21 @@ bool reachesJPEGEnd(const Data& file) {
         if (standsAlone(marker)) continue;
         if (at + 1 >= bytes.size()) return false;
         at += static_cast<std::size_t>(bytes[at]) << 8 | bytes[at + 1];
+    }
+    return false;
+}
+
+bool reachesGIFImageEnd(const Data& file) {
+    const auto bytes = file.bytes();
+    const auto at = [&](std::size_t index) { return index < bytes.size() ? bytes[index] : std::uint8_t{0}; };
+    std::size_t next = 13 + colorTableSize(at(10));
+    while (next < bytes.size()) {
+        const bool isImage = bytes[next] == ',';
+        if (!isImage && bytes[next] != '!') return false;
+        next += isImage ? 11 + colorTableSize(at(next + 9)) : 2;
+        while (at(next) != 0) next += at(next) + std::size_t{1};  // the blocks of its data
+        if (isImage) return next < bytes.size();
+        ++next;
     }
     return false;
 }
