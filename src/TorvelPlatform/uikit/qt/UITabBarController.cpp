@@ -23,7 +23,7 @@ struct UITabBarController::Parts {
 void UITabBarController::Parts::makeButtons(std::size_t count,
                                             const std::function<void(std::size_t)>& select) {
     for (; buttons.size() > count; buttons.pop_back()) {
-        buttons.back()->hide();
+        buttons.back()->setParent(nullptr);
         buttons.back()->deleteLater();  // it may be what was clicked
     }
     for (std::size_t i = buttons.size(); i < count; ++i) {
