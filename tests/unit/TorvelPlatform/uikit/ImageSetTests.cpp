@@ -44,6 +44,8 @@ TEST(ImageFileEnd, OfAJPEGIsTheMarkerAfterTheCodedData) {
     const std::string start = "\xFF\xD8"s, end = "\xFF\xD9"s;
     const std::string thumbnail = "\xFF\xE1\0\x06"s + "\xFF\xD8\xFF\xD9";
     const std::string scan = "\xFF\xDA\0\x02"s + "ab\xFF\0cd\xFF\xD0"s;
+    std::string scans;
+    for (int i = 0; i <= 100; ++i) scans += scan;
     const struct {
         const char* name;
         std::string bytes;
@@ -57,6 +59,7 @@ TEST(ImageFileEnd, OfAJPEGIsTheMarkerAfterTheCodedData) {
         {"the thumbnail's end", start + thumbnail + scan, false},
         {"cut in a segment's length", start + "\xFF\xE1\0"s, false},
         {"segment beyond the end", start + "\xFF\xE1\xFF\xFF" + end, false},
+        {"endless work", start + scans + end, false},
         {"empty", "", false},
     };
     for (const auto& [name, bytes, reaches] : rows) EXPECT_EQ(reachesJPEGEnd(Data(bytes)), reaches) << name;
