@@ -7,21 +7,18 @@
 
 using namespace torvel;
 
-// The library's resources, but in a folder beside which files lie that no name may reach.
-const Bundle& bundle() {
-    static const Bundle inner = [] {
-        const auto folder = std::filesystem::temp_directory_path() / "torvel-fuzz-names";
-        std::filesystem::create_directories(folder / "inner");
-        std::ofstream(folder / "secret.ui") << R"(<ui version="4.0"><widget class="QWidget"/></ui>)";
-        std::filesystem::copy_file(Bundle::library().directory() / "noImage.png", folder / "secret.png",
-                                   std::filesystem::copy_options::overwrite_existing);
-        return *Bundle::at(folder / "inner");
-    }();
-    return inner;
+// A folder beside which files lie that no name may reach.
+Bundle makeBundle() {
+    const auto folder = std::filesystem::temp_directory_path() / "torvel-fuzz-names";
+    std::filesystem::create_directories(folder / "inner");
+    std::ofstream(folder / "secret.ui") << R"(<ui version="4.0"><widget class="QWidget"/></ui>)";
+    std::ofstream(folder / "secret.png") << UIImage({1, 1, {0}}).pngData()->raw();
+    return *Bundle::at(folder / "inner");
 }
 
 // The name of an interface file or an image.
 void fuzz(std::string_view bytes) {
-    mustHold(nibNamed(bytes, bundle()).instantiate() == nullptr);
-    mustHold(!UIImage::named(bytes, bundle()));
+    static const Bundle bundle = makeBundle();
+    mustHold(nibNamed(bytes, bundle).instantiate() == nullptr);
+    mustHold(!UIImage::named(bytes, bundle));
 }
