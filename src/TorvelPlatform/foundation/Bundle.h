@@ -23,8 +23,8 @@ class Bundle {
     static void setMain(const std::filesystem::path& directory, std::string_view identifier = {});
 
     // The library's own resources: the directory given to setLibrary, else the environment variable
-    // TORVEL_LIBRARY_BUNDLE, else "../share/torvel" beside the executable, else the installed place, else
-    // the build tree.
+    // TORVEL_LIBRARY_BUNDLE, else the folder "share/torvel" of the prefix that the shared library was loaded
+    // from, else "../share/torvel" beside the executable, else the place of installation.
     static Bundle library();
     static void setLibrary(const std::filesystem::path& directory);
 
