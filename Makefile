@@ -46,15 +46,16 @@ test:
 # A folder of its own for either: the prefix is built in, and the packages' is /usr.
 install:
 	tools/install-deps core ui package
-	cmake --preset release -B build-install -DCMAKE_INSTALL_PREFIX=$(abspath $(PREFIX)) -DTORVEL_UI=ON -DTORVEL_TESTING=ON
+	cmake --preset release -B build-install -DCMAKE_INSTALL_PREFIX=$(abspath $(PREFIX)) -DTORVEL_UI=ON -DTORVEL_TESTING=ON -DTORVEL_WERROR=$(WERROR)
 	cmake --build build-install
 	cmake --install build-install
 
 package:
 	tools/install-deps core ui package
-	cmake --preset release -B build-package -DCMAKE_INSTALL_PREFIX=/usr -DTORVEL_UI=ON -DTORVEL_TESTING=ON
+	cmake --preset release -B build-package -DCMAKE_INSTALL_PREFIX=/usr -DTORVEL_UI=ON -DTORVEL_TESTING=ON -DTORVEL_WERROR=$(WERROR)
 	cmake --build build-package
 	cd build-package && cpack
+	tests/install/packages build-package
 
 core:
 	tools/install-deps core
