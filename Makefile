@@ -15,6 +15,7 @@ help:
 	@echo "make build    programs in build/bin, libraries in build/lib"
 	@echo "make install  libraries, headers and the tool into PREFIX=/usr/local"
 	@echo "make package  Debian packages, in build-package"
+	@echo "make docs     the reference of every public header, and the guides, in build-docs/html"
 	@echo "make core     the core alone, warnings as errors, in build-core"
 	@echo "make format   rewrite the sources in the project's format"
 	@echo "make check    format and include arrows, changing nothing"
@@ -56,6 +57,10 @@ package:
 	cmake --build build-package
 	cd build-package && cpack
 	tests/install/packages build-package
+
+docs:
+	tools/install-deps docs
+	tools/docs build-docs
 
 core:
 	tools/install-deps core

@@ -63,6 +63,7 @@ class Bundle {
     // The folder of a language ("fr.lproj") as a bundle; absent when there is none. Kept like the tables.
     std::optional<Bundle> languageBundle(std::string_view language) const;
 
+    // Whether both name the same directory.
     bool operator==(const Bundle& other) const { return directory() == other.directory(); }
 
   private:
@@ -77,8 +78,8 @@ class Bundle {
 // where that is not the host's main bundle). The macro stands at the scope of the type's own namespace,
 // whichever that is, and takes the unqualified name.
 struct RegisteredType {
-    std::string_view module;
-    std::string_view name;
+    std::string_view module;  // the part of the host that the type belongs to
+    std::string_view name;    // unqualified
 };
 
 #define TORVEL_TYPE(MODULE, TYPE)                                                           \
@@ -86,11 +87,15 @@ struct RegisteredType {
         return {#MODULE, #TYPE};                                                            \
     }
 
+// The names of a type that TORVEL_TYPE registered.
 template <class T>
 requires requires(const T* type) { torvelRegisteredType(type); }
 struct TypeName {
+    // Its module.
     static constexpr std::string_view module = torvelRegisteredType(static_cast<const T*>(nullptr)).module;
+    // Its own name.
     static constexpr std::string_view name = torvelRegisteredType(static_cast<const T*>(nullptr)).name;
+    // What holds its resources.
     static Bundle bundle() { return Bundle::main(); }
 };
 

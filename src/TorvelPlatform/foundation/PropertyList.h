@@ -17,14 +17,17 @@ namespace torvel {
 // Why bytes are not a property list: a sentence for a log, with the place where it is known
 // ("line 4: expected ..." for text forms, "offset 52: ..." for the binary form).
 struct PropertyListError {
-    std::string description;
+    std::string description;  // the sentence
 };
 
 // A property-list value in any of the platform's forms.
 class PropertyList {
   public:
+    // A moment.
     using Date = std::chrono::system_clock::time_point;
+    // Values in order.
     using Array = std::vector<PropertyList>;
+    // Values by name.
     using Dictionary = std::map<std::string, PropertyList, std::less<>>;
 
     // Reads the binary form ("bplist00"), the XML form (text that starts with "<") or the old text form, with
@@ -33,9 +36,11 @@ class PropertyList {
     // Bytes from outside are safe to give: depth and size in memory are bounded.
     static Outcome<PropertyList, PropertyListError> parse(const Data& bytes);
 
+    // A value of one of the kinds below.
     template <class T>
     explicit PropertyList(T value) : m_value(std::move(value)) {}
 
+    // Copies and moves the whole tree.
     PropertyList(const PropertyList&);
     PropertyList(PropertyList&&) noexcept;
     PropertyList& operator=(const PropertyList&);

@@ -9,6 +9,7 @@ namespace torvel {
 
 // Why a request failed. `localizedDescription` is a sentence for logs and developers.
 struct SessionError {
+    // What went wrong.
     enum class Kind {
         invalidRequest,  // nothing could be sent: no http(s) URL, no such spool file
         cannotFindHost,
@@ -24,8 +25,8 @@ struct SessionError {
         emptyResponse,  // a valid response without bytes where bytes are expected
         cancelled,
     };
-    Kind kind;
-    std::string localizedDescription;
+    Kind kind;                          // what went wrong
+    std::string localizedDescription;   // a sentence
     std::optional<TrustFailure> trust;  // present for serverTrustEvaluationFailed
 };
 

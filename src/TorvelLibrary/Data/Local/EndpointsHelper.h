@@ -15,6 +15,7 @@ namespace torvel {
 // of the main bundle, loaded on the first look-up. Any thread.
 class EndpointsHelper {
   public:
+    // Paths or absolute URLs by identifier.
     using Dictionary = ByText<std::string>;
 
     // What a look-up found, in the form that the caller asks for:
@@ -24,8 +25,10 @@ class EndpointsHelper {
     // second form.
     class EndPoint {
       public:
+        // What the identifier stands for, absent when it is unknown.
         EndPoint(std::string_view id, std::optional<std::string> value)
             : m_id(id), m_value(std::move(value)) {}
+        // The answer in either form.
         operator std::optional<std::string>() && { return std::move(m_value); }
         operator std::string() && { return m_value ? std::move(*m_value) : std::string(m_id); }
 
