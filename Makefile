@@ -5,13 +5,17 @@ export CMAKE_BUILD_PARALLEL_LEVEL = $(JOBS)
 
 SECONDS ?= 60
 MINUTES ?= 15
+PREFIX  ?= /usr/local
 BENCHES = bench-cipher bench-network bench-store bench-text bench-images bench-startup
-.PHONY: help demo build test core format check asan tsan fuzz soak coverage bench $(BENCHES) clean
+.PHONY: help demo build test install package docs core format check asan tsan fuzz soak coverage bench $(BENCHES) clean
 
 help:
 	@echo "make demo     build the command-line tool and watch encrypted requests run over pinned TLS"
 	@echo "make test     build everything and run the tests"
 	@echo "make build    programs in build/bin, libraries in build/lib"
+	@echo "make install  libraries, headers and the tool into PREFIX=/usr/local"
+	@echo "make package  Debian packages, in build-package"
+	@echo "make docs     the reference of every public header, and the guides, in build-docs/html"
 	@echo "make core     the core alone, warnings as errors, in build-core"
 	@echo "make format   rewrite the sources in the project's format"
 	@echo "make check    format and include arrows, changing nothing"
@@ -39,6 +43,24 @@ test:
 	cmake --preset release -DTORVEL_UI=ON -DTORVEL_TESTS=ON -DTORVEL_WERROR=$(WERROR)
 	cmake --build build
 	ctest --test-dir build --output-on-failure -j $(JOBS)
+
+# A folder of its own for either: the prefix is built in, and the packages' is /usr.
+install:
+	tools/install-deps core ui package
+	cmake --preset release -B build-install -DCMAKE_INSTALL_PREFIX=$(abspath $(PREFIX)) -DTORVEL_UI=ON -DTORVEL_TESTING=ON -DTORVEL_WERROR=$(WERROR)
+	cmake --build build-install
+	cmake --install build-install
+
+package:
+	tools/install-deps core ui package
+	cmake --preset release -B build-package -DCMAKE_INSTALL_PREFIX=/usr -DTORVEL_UI=ON -DTORVEL_TESTING=ON -DTORVEL_WERROR=$(WERROR)
+	cmake --build build-package
+	cd build-package && cpack
+	tests/install/packages build-package
+
+docs:
+	tools/install-deps docs
+	tools/docs build-docs
 
 core:
 	tools/install-deps core

@@ -14,6 +14,46 @@ function(torvel_module room)
     set_property(GLOBAL APPEND PROPERTY TORVEL_THIRD_PARTY_${ARG_LIBRARY} ${ARG_LINK})
 endfunction()
 
+# torvel_library(<target> <Component> [ROOMS ui] [LOWER <target>]): the rooms of one library together, static as <target>
+# and shared as <target>_shared, from the same objects. Torvel::<Component> is the kind that BUILD_SHARED_LIBS asks for.
+function(torvel_library target component)
+    cmake_parse_arguments(ARG "" "ROOMS;LOWER" "" ${ARGN})
+    string(REPLACE _ - file "${target}")
+    get_property(rooms GLOBAL PROPERTY TORVEL_ROOMS_${ARG_ROOMS})
+    get_property(third_party GLOBAL PROPERTY TORVEL_THIRD_PARTY_${ARG_ROOMS})
+    list(REMOVE_DUPLICATES third_party)
+
+    foreach(kind STATIC SHARED)
+        set(library ${target})
+        set(lower ${ARG_LOWER})
+        if(kind STREQUAL SHARED)
+            set(library ${target}_shared)
+            list(TRANSFORM lower APPEND _shared)
+        endif()
+        add_library(${library} ${kind} ${rooms})
+        set_target_properties(${library} PROPERTIES OUTPUT_NAME ${file} EXPORT_NAME ${component})
+        target_include_directories(${library} PUBLIC
+            "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>" "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/torvel>")
+        target_compile_features(${library} PUBLIC cxx_std_20)
+        target_link_libraries(${library}
+            PUBLIC Threads::Threads ${lower}
+            PRIVATE $<BUILD_INTERFACE:torvel_flags> ${third_party})
+    endforeach()
+
+    set(map "${PROJECT_SOURCE_DIR}/cmake/torvel.map")
+    target_link_options(${target}_shared PRIVATE "-Wl,--version-script=${map}")
+    set_target_properties(${target}_shared PROPERTIES LINK_DEPENDS "${map}" INSTALL_RPATH "$ORIGIN"
+        VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+    if(NOT PROJECT_IS_TOP_LEVEL)  # a host's own build makes the kind that it links
+        set_target_properties(${target} ${target}_shared PROPERTIES EXCLUDE_FROM_ALL ON)
+    endif()
+    if(BUILD_SHARED_LIBS)
+        add_library(Torvel::${component} ALIAS ${target}_shared)
+    else()
+        add_library(Torvel::${component} ALIAS ${target})
+    endif()
+endfunction()
+
 # torvel_test(<name> [UI] SOURCES <files> [LINK <targets>]): a test program, every case a process of its own; with
 # UI each has a QApplication, without a display.
 function(torvel_test name)

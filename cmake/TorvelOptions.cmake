@@ -1,7 +1,7 @@
 # What a build may choose, and the one INTERFACE target that carries warnings and sanitizers.
 include(GNUInstallDirs)
 
-option(BUILD_SHARED_LIBS "Build libtorvel as a shared library" OFF)
+option(BUILD_SHARED_LIBS "Let Torvel::Core and Torvel::UI name the shared libraries" OFF)
 # Asked here for the default alone; TorvelDependencies.cmake insists when it is to be built.
 find_package(Qt6 6.4 QUIET COMPONENTS Widgets UiTools)
 find_package(Fontconfig QUIET)
@@ -12,6 +12,7 @@ if(Qt6_FOUND AND Fontconfig_FOUND AND PNG_FOUND AND TORVEL_TURBOJPEG)
 endif()
 option(TORVEL_UI "Build Torvel::UI (on where Qt 6, fontconfig, libpng and libturbojpeg are installed)" ${hasScreenToolkit})
 option(TORVEL_TESTS "Build the tests (needs the test packages)" OFF)
+option(TORVEL_TESTING "Build Torvel::Testing, the kit for tests of hosts (needs GoogleTest)" ${TORVEL_TESTS})
 option(TORVEL_FUZZ "Build the fuzz targets for libFuzzer (needs clang)" OFF)
 option(TORVEL_BENCH "Build the benchmark programs (needs the bench packages)" OFF)
 option(TORVEL_WERROR "Treat warnings as errors" OFF)

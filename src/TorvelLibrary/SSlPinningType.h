@@ -9,6 +9,7 @@ namespace torvel {
 // How the server's TLS trust is pinned. Pins come after the default evaluation, never instead of it.
 class SSlPinningType {
   public:
+    // What is compared with what the server shows.
     enum class Kind { certificate, publicKey, none };
 
     // By certificates: names (without extension) of DER files, type "der", in the main bundle.
@@ -22,6 +23,7 @@ class SSlPinningType {
     // Not at all: the platform's default evaluation.
     static SSlPinningType none() { return {Kind::none, {}}; }
 
+    // What is compared.
     Kind kind() const { return m_kind; }
     // The file names or key texts.
     const std::vector<std::string>& pins() const { return m_pins; }

@@ -79,6 +79,7 @@ class TorvelConfigurations {
 #define TORVEL_TEXT(NAME, KEY) static const std::string& NAME();
 #define TORVEL_INTEGER(NAME, KEY, FALLBACK) static std::int64_t NAME();
 #define TORVEL_FLAG(NAME, KEY) static bool NAME();
+    // The value of that name in TORVEL_CONFIGURATIONS.
     TORVEL_CONFIGURATIONS(TORVEL_TEXT, TORVEL_INTEGER, TORVEL_FLAG)
 #undef TORVEL_TEXT
 #undef TORVEL_INTEGER

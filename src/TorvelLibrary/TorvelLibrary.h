@@ -22,6 +22,7 @@ namespace torvel {
 // may be reached from any thread.
 class TorvelLibrary {
   public:
+    // A configuration with the defaults below and this server URL.
     explicit TorvelLibrary(std::string serverURLText) : serverURL(std::move(serverURLText)) {}
 
     // The installed instance. If the host built none: logs the error "TorvelLibrary not configured
@@ -31,15 +32,24 @@ class TorvelLibrary {
     // Where the shared instance is kept; holds nullptr until one is installed.
     static Guarded<std::shared_ptr<TorvelLibrary>>& instance();
 
+    // The base of relative targets.
     std::optional<std::string> serverURL;
+    // The DER file of the main bundle, without extension, whose key seals requests. Absent: no encryption.
     std::optional<std::string> encryptionCertName;
+    // The host's own token, which Utils::getBase64Token() gives back.
     std::optional<std::string> base64String;
+    // Accepts every server. For development alone.
     bool isHttpsByPassRequired = false;
+    // The flavour, which names the members of envelopes.
     WrapperConfig wrapperConfig = WrapperConfig::VelmMoney;
+    // Kept for the host; the library does not read it.
     std::optional<std::string> appIDForEventsSDK;
+    // The point sizes of the type scale; never nullptr.
     std::shared_ptr<const FontSizesDependency> fontSizesDependency =
-        std::make_shared<FontSizesDependencyComponent>();  // never nullptr
+        std::make_shared<FontSizesDependencyComponent>();
+    // How the server is pinned.
     SSlPinningType sslType = SSlPinningType::none();
+    // What amounts show in the place of a currency symbol.
     std::optional<std::map<std::string, std::string>> currencyMap;
     std::optional<double> requestTimeoutInterval;  // seconds
     /// Hear of every request of the session that is made next. Empty at first; with one, a session without

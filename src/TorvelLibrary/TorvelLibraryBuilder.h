@@ -18,10 +18,12 @@ namespace torvel {
 // Every setter stores its argument in the field of the same name and returns the builder.
 class TorvelLibraryBuilder {
   public:
+    // What TorvelLibrary's fields of the same names become.
     std::optional<std::string> serverURL;
     std::optional<std::string> encryptionCertName;
     std::optional<std::string> base64String;
     bool isHttpsByPassRequired = false;
+
     // Deliberate: the nine fields from here to isCurrencyCodePrefix are kept but go nowhere. Validation and
     // formatting take these settings from TorvelConfigurations; hosts still call the setters.
     std::optional<std::string> mobileNumberRegEx;
@@ -33,12 +35,15 @@ class TorvelLibraryBuilder {
     std::optional<std::string> currencyCode;
     std::optional<std::string> amountSeperator;
     std::optional<bool> isCurrencyCodePrefix;
+
     double requestTimeoutInterval = 30.0;  // seconds
+    // What TorvelLibrary's fields of the same names become.
     WrapperConfig wrapperConfig = WrapperConfig::VelmMoney;
     std::shared_ptr<const FontSizesDependency> fontSizesDependency;  // nullptr: the default provider
     std::optional<SSlPinningType> sslType;                           // absent: none
     std::optional<std::map<std::string, std::string>> currencyMap;
 
+    // Sets the field of that name and returns this builder.
     TorvelLibraryBuilder& setServerURL(std::string value);
     TorvelLibraryBuilder& setCurrencyCode(std::string value);
     TorvelLibraryBuilder& setamountSeperator(std::string value);

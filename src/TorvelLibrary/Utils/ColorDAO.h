@@ -51,6 +51,7 @@ class ColorDAO {
     static std::span<const Field> fields();
 
 #define TORVEL_COLOR(NAME, KEY, FALLBACK) std::string NAME = FALLBACK;
+    /// The colour under the key of the same name, six hexadecimal digits.
     TORVEL_COLORS(TORVEL_COLOR)
 #undef TORVEL_COLOR
 };

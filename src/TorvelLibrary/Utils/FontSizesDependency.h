@@ -8,6 +8,7 @@ class FontSizesDependency {
   public:
     virtual ~FontSizesDependency() = default;
 
+    // The size of the style of that name, in points.
     virtual double getTitle16Size() const { return 16; }
     virtual double getSubTitle14Size() const { return 14; }
     virtual double getSmallestSize() const { return 10; }

@@ -23,14 +23,15 @@ struct LogSite {
             const std::source_location& where = std::source_location::current())
         : LogSite(file, where.line(), where.column(), function) {}
 
+    // A place by all its parts.
     LogSite(std::string_view file, std::uint_least32_t lineNumber, std::uint_least32_t columnNumber,
             std::string_view function)
         : filename(file), line(lineNumber), column(columnNumber), funcName(function) {}
 
-    std::string_view filename;
-    std::uint_least32_t line;
-    std::uint_least32_t column;
-    std::string_view funcName;
+    std::string_view filename;   // the path, of which a line shows the last part without extension
+    std::uint_least32_t line;    // from 1
+    std::uint_least32_t column;  // from 1
+    std::string_view funcName;   // the signature
 };
 
 // A text that the log prints as itself; a null pointer is "nil".
@@ -74,6 +75,7 @@ std::string logDescription(const T& object) {
 // A line is assembled even while logging is off; only the write is skipped. Any thread.
 class LogUtils {
   public:
+    // Whether lines are written; not at first.
     static void setLoggingEnabled(bool isEnabled);
 
     // A Unicode date pattern, "yyyy-MM-dd hh:mm:ssSSS" at first: the 12-hour clock without a marker, the

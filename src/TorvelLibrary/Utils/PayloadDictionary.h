@@ -14,9 +14,11 @@ namespace torvel {
 // "x" and std::string("x") are the same key.
 class AnyHashable {
   public:
+    // The key of a text.
     AnyHashable(std::string_view text) : AnyHashable(std::string(text)) {}
     AnyHashable(const char* text) : AnyHashable(std::string(text)) {}
 
+    // A key of any other type.
     template <std::equality_comparable T>
     requires(!std::same_as<T, AnyHashable>) AnyHashable(T value)
         : m_hash(std::hash<T>{}(value)),
@@ -25,9 +27,11 @@ class AnyHashable {
               return std::any_cast<const T&>(a) == std::any_cast<const T&>(b);
           }) {}
 
+    // Equal in type and value.
     bool operator==(const AnyHashable& other) const {
         return m_value.type() == other.m_value.type() && m_equals(m_value, other.m_value);
     }
+    // The hash of the value.
     std::size_t hash() const { return m_hash; }
 
     // The key as a T; nullptr when it is of another type.
@@ -64,8 +68,11 @@ class PayloadDictionary {
         m_values.insert_or_assign(std::move(key), std::any(std::move(value)));
     }
 
+    // Removes what stands under a key, if anything does.
     void remove(const AnyHashable& key) { m_values.erase(key); }
+    // Whether anything stands under a key, of whichever type.
     bool contains(const AnyHashable& key) const { return m_values.contains(key); }
+    // How many keys there are, and whether there is none.
     std::size_t size() const { return m_values.size(); }
     bool empty() const { return m_values.empty(); }
 

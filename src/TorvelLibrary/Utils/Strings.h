@@ -13,6 +13,7 @@ namespace torvel {
 
 // Texts by name.
 struct String {
+    // The text that the name says.
     static constexpr std::string_view empty = "";
     static constexpr std::string_view space = " ";
     static constexpr std::string_view tabSpace = "\t";
@@ -44,7 +45,9 @@ std::string getFirstCharacters(std::string_view text);
 
 // --- The characters whose every Unicode scalar passes, in order. Any thread. ---
 
+// Whether a scalar value passes.
 using ScalarFilter = std::function<bool(char32_t scalar)>;
+// The characters that pass a filter of the caller's.
 std::string filterCharacters(std::string_view text, const ScalarFilter& unicodeScalarsFilter);
 
 // The filter is given the union of the sets. Without a set the text stays as it is.

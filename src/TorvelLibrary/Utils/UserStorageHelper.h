@@ -21,6 +21,7 @@ namespace torvel {
 // give an absent result. Any thread, but for `initialSetup`.
 class UserStorageHelper {
   public:
+    // The name of a suite; absent for the default one.
     using Suite = std::optional<std::string_view>;
 
     // Sets the default suite; absent: none. May be called again. Opens the store chosen, so that its key

@@ -41,10 +41,12 @@ class Utils {
     static std::optional<UIImage> readImageFileFromDocumentDirectory(std::string_view fileName);
 
     // --- The configuration, wherever a value lives. ---
+    // The flavour.
     static WrapperConfig getWrapperConfig();
     // Absent when the host never set it.
     static std::optional<std::string> getBase64Token();
 
+    // The pattern of TorvelConfigurations for such a text.
     static const std::string& getMobileNoRegex();
     static const std::string& getAccountNoRegex();
     static const std::string& getAmountRegex();

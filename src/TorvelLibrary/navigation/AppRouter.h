@@ -28,6 +28,7 @@ class AppRouter {
     static std::shared_ptr<AppRouter> sharedInstance();
     static void setSharedInstance(std::shared_ptr<AppRouter> router);
 
+    // Whether the host reported an authenticated user; not at first.
     bool isAuthenticated() const { return m_isAuthenticated; }
     // Writing true runs the waiting target, then forgets whatever waits: deliberately also a target that
     // began to wait while the callback ran. Writing false leaves it waiting.
@@ -56,6 +57,7 @@ class AppRouter::Builder {
     Builder(std::string_view path, RouteCallback route)
         : m_routeHandler{std::string(path), std::move(route), true} {}
 
+    // Whether the route waits for an authenticated user.
     Builder& isAuthRequired(bool isRequired) {
         m_routeHandler.isAuthRequired = isRequired;
         return *this;

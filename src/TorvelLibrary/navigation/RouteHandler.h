@@ -13,9 +13,9 @@ using RouteCallback = std::function<void(const std::optional<PayloadDictionary>&
 
 // A registered navigation target.
 struct RouteHandler {
-    std::string path;  // exactly as given: neither normalised nor case-folded
-    RouteCallback routeHandler;
-    bool isAuthRequired;
+    std::string path;            // exactly as given: neither normalised nor case-folded
+    RouteCallback routeHandler;  // what goes there
+    bool isAuthRequired;         // whether it waits for an authenticated user
 };
 
 }  // namespace torvel

@@ -9,6 +9,7 @@ namespace torvel {
 // configuration, read at each check and matched as ValidationHelper does. Stateless; any thread.
 class CardUtils {
   public:
+    // The one instance.
     static const CardUtils& sharedInstance();
 
     // Whether the last digit is the check digit of the others (Luhn, ISO/IEC 7812-1). Length and scheme do
@@ -26,6 +27,7 @@ class CardUtils {
     bool validatityOfJcbTypeCard(std::string_view cardNumber) const;
     bool validateRupayCard(std::string_view cardNumber) const;
 
+    // By the configured pattern for names on cards.
     bool validateCardName(std::string_view cardName) const;
 
     // No value for a text that is no month and year ("08/27", see parseMonthStart); otherwise whether it

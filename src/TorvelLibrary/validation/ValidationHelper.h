@@ -9,6 +9,7 @@ namespace torvel {
 // folded before. An invalid pattern is logged as an error and matches nothing. Any thread.
 class ValidationHelper {
   public:
+    // By the configured pattern for such a text.
     static bool validateAmount(std::string_view amount);
     static bool validateAccountNo(std::string_view accountNo);
     static bool validateMobileNo(std::string_view mobileNo);

@@ -25,12 +25,17 @@ concept StorableInteger = std::integral<T> && !std::same_as<T, bool> &&
 // their own. Converts from what it can hold. Texts are bytes as given; dates count nanoseconds.
 class PropertyValue {
   public:
+    // A moment.
     using Date = std::chrono::system_clock::time_point;
+    // Values in order.
     using Array = std::vector<PropertyValue>;
+    // Values by name.
     using Dictionary = std::map<std::string, PropertyValue, std::less<>>;
+    // All that a value can be.
     using Kinds =
         std::variant<bool, std::int64_t, float, double, std::string, Data, Date, URL, Array, Dictionary>;
 
+    // A value of the argument's kind; smaller integers become 64 bits, texts are copied.
     PropertyValue(StorableInteger auto value) : m_value(static_cast<std::int64_t>(value)) {}
     PropertyValue(std::same_as<bool> auto value) : m_value(value) {}
     PropertyValue(float value) : m_value(value) {}
@@ -46,6 +51,7 @@ class PropertyValue {
     PropertyValue(Dictionary value) : m_value(std::move(value)) {}
     PropertyValue(const std::vector<std::string>& texts) : m_value(Array(texts.begin(), texts.end())) {}
 
+    // Copies and moves the whole tree.
     PropertyValue(const PropertyValue&);
     PropertyValue(PropertyValue&&) noexcept;
     PropertyValue& operator=(const PropertyValue&);
@@ -76,6 +82,7 @@ class PropertyValue {
     // Absent unless every element is a text; numbers among them are not converted.
     std::optional<std::vector<std::string>> stringArrayValue() const;
 
+    // Equal in kind and content.
     friend bool operator==(const PropertyValue& a, const PropertyValue& b) { return a.m_value == b.m_value; }
 
   private:

@@ -89,11 +89,12 @@ class SecureDefaults {
     // taken is the stored one as long as the mark stays the same. Absent while the store is not open or was
     // moved aside: read. Costs a few nanoseconds.
     struct ChangeMark {
-        const void* place;
-        std::uint64_t sequence;
-        std::uint64_t changes;
+        const void* place;       // which opening of the store
+        std::uint64_t sequence;  // of the last write
+        std::uint64_t changes;   // within this process
         bool operator==(const ChangeMark&) const = default;
     };
+    // The mark in force now.
     std::optional<ChangeMark> changeMark() const;
 
     // The names of all entries that can be read, sorted.

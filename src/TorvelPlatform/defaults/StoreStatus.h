@@ -31,7 +31,7 @@ std::string_view describe(StoreStatus status);
 
 // One failed operation, or what opening a store found out about it.
 struct StoreFault {
-    StoreStatus status;
+    StoreStatus status;       // how it went
     std::string domain;       // the suite's name, or the host's identifier
     std::string key;          // the entry's name; empty when the whole store is meant
     std::string description;  // a line for a log, without the key

@@ -17,8 +17,10 @@ namespace torvel {
 // may still post to it. An exception that leaves an item ends the process (std::terminate).
 class DispatchQueue {
   public:
+    // An item: runs once, on the queue's thread.
     using Work = std::function<void()>;
 
+    // The main queue; lives as long as the process.
     static DispatchQueue& main();
     // A new serial queue with a thread of its own. Its destructor runs what was posted, then joins; inside
     // one of its own items it cannot wait, so the thread finishes the rest by itself.
@@ -27,6 +29,7 @@ class DispatchQueue {
     DispatchQueue(const DispatchQueue&) = delete;
     DispatchQueue& operator=(const DispatchQueue&) = delete;
 
+    // As given, for logs and debuggers.
     const std::string& label() const;
 
     // Posts work; never runs it before returning. Any thread, also from inside work of the same queue.

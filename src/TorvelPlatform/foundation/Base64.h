@@ -12,6 +12,7 @@ namespace torvel {
 
 // Standard base64 (RFC 4648, 4) on one line, with padding.
 struct Base64 {
+    // The text of the bytes.
     static std::string encode(std::span<const std::uint8_t> bytes);
 
     // Absent unless the length is a multiple of 4, padding stands exactly at the end and every other

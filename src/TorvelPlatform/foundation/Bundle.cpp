@@ -4,7 +4,10 @@
 #include "TorvelPlatform/foundation/Locale.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
 #include <cstdlib>
+#include <fstream>
 #include <memory>
 
 namespace torvel {
@@ -61,13 +64,32 @@ fs::path mainDirectory() {
     return executable().parent_path() / "Resources";
 }
 
+// The file that this code was mapped from: the shared library or, linked statically, the executable. Read
+// from the kernel, because the loader's name for it may be relative to a folder that the process has left.
+fs::path libraryFile() {
+    const auto here = reinterpret_cast<std::uintptr_t>(&libraryFile);
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        std::uintptr_t first = 0, end = 0;
+        const char* text = line.data() + line.size();
+        const auto [dash, failed] = std::from_chars(line.data(), text, first, 16);
+        if (failed != std::errc() || dash == text) continue;
+        std::from_chars(dash + 1, text, end, 16);
+        if (here < first || here >= end) continue;
+        const std::size_t path = line.find('/');
+        return path == std::string::npos ? fs::path() : fs::path(line.substr(path));
+    }
+    return {};
+}
+
 fs::path libraryDirectory() {
     if (const char* given = environment("TORVEL_LIBRARY_BUNDLE")) return given;
-    const fs::path besideExecutable = executable().parent_path().parent_path() / "share" / "torvel";
-    for (const fs::path& place : {besideExecutable, fs::path(TORVEL_INSTALL_DATADIR)}) {
+    const fs::path besideLibrary = libraryFile().parent_path() / TORVEL_DATA_BESIDE_LIBRARY;
+    const fs::path besideExecutable = executable().parent_path().parent_path() / "share/torvel";
+    for (const fs::path& place : {besideLibrary, besideExecutable}) {
         if (isDirectory(place)) return place;
     }
-    return TORVEL_BUILD_DATADIR;
+    return TORVEL_DATA;
 }
 
 // A name that stays inside the directory that it is looked up in.

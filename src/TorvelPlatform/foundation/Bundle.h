@@ -25,8 +25,9 @@ class Bundle {
     static void setMain(const std::filesystem::path& directory, std::string_view identifier = {});
 
     // The library's own resources: the directory given to setLibrary, else the environment variable
-    // TORVEL_LIBRARY_BUNDLE, else "../share/torvel" beside the executable, else the installed place, else
-    // the build tree. The reference stays valid.
+    // TORVEL_LIBRARY_BUNDLE, else the folder "share/torvel" of the prefix that the shared library was loaded
+    // from, else "../share/torvel" beside the executable, else the place of installation. The
+    // reference stays valid.
     static const Bundle& library();
     static void setLibrary(const std::filesystem::path& directory);
 
@@ -68,6 +69,7 @@ class Bundle {
     // The folder of a language ("fr.lproj") as a bundle; absent when there is none. Kept like the tables.
     std::optional<Bundle> languageBundle(std::string_view language) const;
 
+    // Whether both name the same directory.
     bool operator==(const Bundle& other) const { return directory() == other.directory(); }
     // Whether the two are copies of one value, which share their tables.
     bool isSame(const Bundle& other) const { return m_state == other.m_state; }
@@ -84,8 +86,8 @@ class Bundle {
 // where that is not the host's main bundle). The macro stands at the scope of the type's own namespace,
 // whichever that is, and takes the unqualified name.
 struct RegisteredType {
-    std::string_view module;
-    std::string_view name;
+    std::string_view module;  // the part of the host that the type belongs to
+    std::string_view name;    // unqualified
 };
 
 #define TORVEL_TYPE(MODULE, TYPE)                                                           \
@@ -93,11 +95,15 @@ struct RegisteredType {
         return {#MODULE, #TYPE};                                                            \
     }
 
+// The names of a type that TORVEL_TYPE registered.
 template <class T>
 requires requires(const T* type) { torvelRegisteredType(type); }
 struct TypeName {
+    // Its module.
     static constexpr std::string_view module = torvelRegisteredType(static_cast<const T*>(nullptr)).module;
+    // Its own name.
     static constexpr std::string_view name = torvelRegisteredType(static_cast<const T*>(nullptr)).name;
+    // What holds its resources.
     static Bundle bundle() { return Bundle::main(); }
 };
 

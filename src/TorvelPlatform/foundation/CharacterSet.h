@@ -28,9 +28,11 @@ class CharacterSet {
     // What RFC 3986 allows unescaped in a path: as in a query, without "?".
     static const CharacterSet& urlPathAllowed();
 
+    // Whether a scalar belongs to the set.
     bool contains(char32_t scalar) const;
     // The text without the set's scalars at both its ends.
     std::string_view trimming(std::string_view text) const;
+    // The scalars of either set, or all that are not in this one.
     CharacterSet unionWith(const CharacterSet& other) const;
     CharacterSet inverted() const;
 

@@ -9,13 +9,15 @@
 // UTF-8 counts as replacement characters. Any thread.
 namespace torvel {
 
+// How many characters a text has.
 std::size_t characterCount(std::string_view text);
 
 // The first `count` characters, or all of the text when it has no more.
 struct CharacterPrefix {
-    std::size_t count = 0;
+    std::size_t count = 0;   // in characters
     std::size_t length = 0;  // in bytes
 };
+// The prefix of so many characters.
 CharacterPrefix characterPrefix(std::string_view text, std::size_t count);
 
 // The characters, each a part of the text.

@@ -14,11 +14,13 @@ namespace torvel {
 class Data {
   public:
     Data() = default;
+    // The bytes of a text, of a C string up to its end, or as numbers.
     explicit Data(std::string bytes) : m_bytes(std::move(bytes)) {}
     explicit Data(std::string_view bytes) : m_bytes(bytes) {}
     explicit Data(const char* text) : m_bytes(text) {}
     explicit Data(std::span<const std::uint8_t> bytes);
 
+    // In bytes.
     std::size_t size() const { return m_bytes.size(); }
     bool empty() const { return m_bytes.empty(); }
 

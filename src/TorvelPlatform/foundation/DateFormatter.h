@@ -18,8 +18,10 @@ namespace torvel {
 // Fractions of a second (S) are cut, never rounded, and end at the millisecond. Safe from any thread.
 class DateFormatter {
   public:
+    // A moment.
     using Date = std::chrono::system_clock::time_point;
 
+    // A formatter by a pattern, with a locale's names and digits.
     explicit DateFormatter(std::string_view dateFormat, const Locale& locale = Locale::current());
 
     // The empty text when the pattern is invalid (reported once to the diagnostics).

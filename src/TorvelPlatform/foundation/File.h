@@ -9,7 +9,7 @@ namespace torvel {
 
 // Why a file could not be used: a sentence for a log, with the path and the system's reason.
 struct FileError {
-    std::string localizedDescription;
+    std::string localizedDescription;  // the sentence
 };
 
 // The whole content of a file.

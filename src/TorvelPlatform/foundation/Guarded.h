@@ -10,8 +10,10 @@ template <class T>
 class Guarded {
   public:
     constexpr Guarded() = default;
+    // Holds a value from the start.
     explicit Guarded(T value) : m_value(std::move(value)) {}
 
+    // A copy of the value.
     T load() const {
         const std::lock_guard lock(m_mutex);
         return m_value;

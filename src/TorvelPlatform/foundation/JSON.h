@@ -15,7 +15,7 @@ namespace torvel {
 
 // Why a text is not JSON; `description` is a sentence fit for a log.
 struct JSONError {
-    std::string description;
+    std::string description;  // the sentence
 };
 
 // A read-only JSON document (RFC 8259), or a value inside one. Values keep their document alive and are
@@ -26,6 +26,7 @@ class JSON {
     // order mark is skipped; nesting ends at 1024 levels.
     static Outcome<JSON, JSONError> parse(std::string_view text);
 
+    // What the value is.
     bool isObject() const;
     bool isNull() const;
     bool isTrue() const;
@@ -52,9 +53,10 @@ class JSON {
     Element m_element;
 };
 
+// A member to write: texts, not yet escaped.
 struct JSONMember {
-    std::string_view name;
-    std::string_view value;
+    std::string_view name;   // of the member
+    std::string_view value;  // a text
 };
 
 // Writes an object of string members in the given order, pretty-printed: one member a line, indented by two

@@ -11,6 +11,7 @@ namespace torvel {
 // A locale by its identifier ("en_US", "ar_EG"). A value; comparing is comparing identifiers.
 class Locale {
   public:
+    // The locale of an identifier, whether or not there is data for it.
     explicit Locale(std::string identifier) : m_identifier(std::move(identifier)) {}
 
     // From the environment: LC_ALL, then LANG, without codeset and modifier. Unset, "C" and "POSIX" count as
@@ -28,6 +29,7 @@ class Locale {
     // Whether a language ("ar", "he-IL") is written from right to left.
     static bool isRightToLeft(std::string_view language);
 
+    // The identifier as given.
     const std::string& identifier() const { return m_identifier; }
     // The symbol of the currency of the locale's region, as the locale writes it. Absent without a region or
     // when it is the generic sign U+00A4.

@@ -24,8 +24,10 @@ class NumberFormatter {
     // A whole number that fits, else a floating-point number.
     using Number = std::variant<std::int64_t, double>;
 
+    // A formatter by the rules of a style and a locale.
     explicit NumberFormatter(Style numberStyle, const Locale& locale = Locale::current());
 
+    // Changes the locale alone.
     void setLocale(const Locale& locale);
     // Unless set, the style and the locale decide.
     void setMinimumFractionDigits(std::int32_t digits);

@@ -17,7 +17,7 @@ namespace torvel {
 // Why bytes are not a property list: a sentence for a log, with the place where it is known
 // ("line 4: expected ..." for text forms, "offset 52: ..." for the binary form).
 struct PropertyListError {
-    std::string description;
+    std::string description;  // the sentence
 };
 
 /// A key of a list's root dictionary, where the file has it.
@@ -29,8 +29,11 @@ struct PropertyListKey {
 // A property-list value in any of the platform's forms.
 class PropertyList {
   public:
+    // A moment.
     using Date = std::chrono::system_clock::time_point;
+    // Values in order.
     using Array = std::vector<PropertyList>;
+    // Values by name.
     using Dictionary = std::map<std::string, PropertyList, std::less<>>;
 
     // Reads the binary form ("bplist00"), the XML form (text that starts with "<") or the old text form, with
@@ -43,9 +46,11 @@ class PropertyList {
     static Outcome<PropertyList, PropertyListError> parse(const Data& bytes,
                                                           std::vector<PropertyListKey>* rootKeys = nullptr);
 
+    // A value of one of the kinds below.
     template <class T>
     explicit PropertyList(T value) : m_value(std::move(value)) {}
 
+    // Copies and moves the whole tree.
     PropertyList(const PropertyList&);
     PropertyList(PropertyList&&) noexcept;
     PropertyList& operator=(const PropertyList&);

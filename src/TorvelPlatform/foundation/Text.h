@@ -10,15 +10,20 @@ namespace torvel {
 
 // A table by text that can be asked with any kind of text without making a std::string.
 struct TextHash {
+    // Lets a table be asked with any kind of text.
     using is_transparent = void;
+    // The hash of a text.
     std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
 };
+
+// Values of one type by text.
 template <class T>
 using ByText = std::unordered_map<std::string, T, TextHash, std::equal_to<>>;
 
 // The text with another in the place of every occurrence of `part`: literal, left to right, what stands
 // together afterwards is not looked at again. An empty `part` changes nothing.
 std::string replacingOccurrences(std::string_view text, std::string_view part, std::string_view with);
+// The text without every occurrence of `part`.
 inline std::string removingOccurrences(std::string_view text, std::string_view part) {
     return replacingOccurrences(text, part, "");
 }

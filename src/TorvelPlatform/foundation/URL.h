@@ -16,6 +16,7 @@ class URL {
     // The file URL of a path; a relative path is taken from the current directory.
     static URL file(std::string_view path);
 
+    // The text as written, whether absolute or not.
     const std::string& absoluteString() const { return m_text; }
 
     // Each absent when the URL has no such component. Scheme and host are as written, not case-folded;

@@ -8,6 +8,7 @@
 
 namespace torvel {
 
+// One "name=value" of a query.
 struct URLQueryItem {
     std::string name;                  // percent-decoded
     std::optional<std::string> value;  // percent-decoded; absent for an item without "="
@@ -20,6 +21,7 @@ class URLComponents {
     // Absent when a percent-escape of the path or query does not decode to UTF-8.
     static std::optional<URLComponents> of(const URL& url);
 
+    // The path, percent-decoded.
     const std::string& path() const { return m_path; }
     // Absent when the URL has no query. An empty query is one item with an empty name.
     const std::optional<std::vector<URLQueryItem>>& queryItems() const { return m_queryItems; }

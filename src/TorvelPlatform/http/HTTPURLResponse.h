@@ -9,9 +9,9 @@ namespace torvel {
 
 // The head of an answer.
 struct HTTPURLResponse {
-    URL url;  // of the last hop
-    int statusCode;
-    HTTPHeaders headers;
+    URL url;              // of the last hop
+    int statusCode;       // as received
+    HTTPHeaders headers;  // in the order received
 };
 
 }  // namespace torvel

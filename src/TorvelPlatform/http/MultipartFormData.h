@@ -12,21 +12,25 @@ namespace torvel {
 // (%22, %0D, %0A).
 class MultipartFormData {
   public:
+    // One file of a form.
     struct Part {
-        Data content;
-        std::string name;
-        std::string fileName;
-        std::string mimeType;
+        Data content;          // as it is sent
+        std::string name;      // of the form's field
+        std::string fileName;  // what the server may call it
+        std::string mimeType;  // the part's own content type
     };
 
     MultipartFormData();  // with a random boundary
 
+    // Adds a part at the end.
     void append(Data content, std::string_view withName, std::string_view fileName,
                 std::string_view mimeType);
 
+    // The text between the parts, without dashes.
     const std::string& boundary() const { return m_boundary; }
     // "multipart/form-data; boundary=..."
     std::string contentType() const;
+    // The parts in the order of adding.
     const std::vector<Part>& parts() const { return m_parts; }
     // What stands before a part's content (the boundary and the part's header fields), and after the last.
     std::string head(std::size_t part) const;

@@ -15,6 +15,7 @@ namespace torvel {
 
 // Why a server was refused.
 struct TrustFailure {
+    // What was missing or did not hold.
     enum class Reason {
         noRequiredEvaluator,
         noCertificatesFound,
@@ -24,8 +25,8 @@ struct TrustFailure {
         certificatePinningFailed,
         publicKeyPinningFailed,
     };
-    Reason reason;
-    std::string host;
+    Reason reason;            // what did not hold
+    std::string host;         // who was refused
     std::string description;  // a sentence for a log or a developer
 };
 
@@ -46,6 +47,7 @@ class DisabledEvaluator final : public ServerTrustEvaluating {
 // Chain, dates, purpose and strength against the system's trust store, then the host name.
 class DefaultTrustEvaluator final : public ServerTrustEvaluating {
   public:
+    // Judges the host's name only when asked to.
     explicit DefaultTrustEvaluator(bool validateHost = true) : m_validateHost(validateHost) {}
     std::optional<TrustFailure> evaluate(SecTrust& trust, std::string_view forHost) const override;
 
@@ -57,6 +59,7 @@ class DefaultTrustEvaluator final : public ServerTrustEvaluating {
 // then: some certificate of the verified chain is one of the pins.
 class PinnedCertificatesTrustEvaluator final : public ServerTrustEvaluating {
   public:
+    // `certificates`: the pins, of which any suffices.
     explicit PinnedCertificatesTrustEvaluator(std::vector<SecCertificate> certificates,
                                               bool acceptSelfSignedCertificates = false,
                                               bool performDefaultValidation = true, bool validateHost = true);
@@ -72,6 +75,7 @@ class PinnedCertificatesTrustEvaluator final : public ServerTrustEvaluating {
 // The default evaluation, then: the key of some certificate of the verified chain is one of the pins.
 class PublicKeysTrustEvaluator final : public ServerTrustEvaluating {
   public:
+    // `keys`: the pins, of which any suffices.
     explicit PublicKeysTrustEvaluator(std::vector<SecKey> keys, bool performDefaultValidation = true,
                                       bool validateHost = true);
     std::optional<TrustFailure> evaluate(SecTrust& trust, std::string_view forHost) const override;
@@ -86,11 +90,15 @@ class PublicKeysTrustEvaluator final : public ServerTrustEvaluating {
 // without a trailing dot.
 class ServerTrustManager {
   public:
+    // Evaluators by host.
     using Evaluators = std::map<std::string, std::shared_ptr<const ServerTrustEvaluating>, std::less<>>;
 
+    // The table; a host that is not in it is refused when all must be evaluated.
     ServerTrustManager(bool allHostsMustBeEvaluated, Evaluators evaluators);
 
+    // As given.
     bool allHostsMustBeEvaluated() const { return m_allHostsMustBeEvaluated; }
+    // As given.
     const Evaluators& evaluators() const { return m_evaluators; }
 
     // The host's evaluator, or nullptr when it has none.

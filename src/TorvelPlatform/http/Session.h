@@ -22,17 +22,20 @@ namespace torvel {
 // and HEAD). A failure keeps the response head that had arrived, and the bytes of an answer that arrived
 // whole and was refused for its status or content type.
 struct DataResponse {
-    std::optional<HTTPURLResponse> response;
-    std::optional<Data> data;
-    std::optional<SessionError> error;
+    std::optional<HTTPURLResponse> response;  // absent when no head arrived
+    std::optional<Data> data;                 // the body
+    std::optional<SessionError> error;        // absent for success
 };
 
+// What a session adds to every request, and its bounds.
 struct URLSessionConfiguration {
     // The default header fields: Accept-Encoding, Accept-Language (the preferred languages) and User-Agent
     // (the host program, its version and the library's).
     static URLSessionConfiguration defaults();
 
+    // Added to every request where it has no field of the name itself.
     HTTPHeaders headers;
+    // Connections open at a time to one host; further requests wait.
     std::size_t maximumConnectionsPerHost = 6;
     // Bound on a response body, as received and as decompressed; a larger one fails.
     std::size_t maximumResponseBytes = std::size_t{256} * 1024 * 1024;
@@ -47,6 +50,7 @@ class SessionCore;
 // before never sends anything.
 class DataRequest {
   public:
+    // What hears of a request's end.
     using Completion = std::function<void(DataResponse)>;
 
     // Demands status 200 to 299, then a content type that the request's Accept header allows (any, when it
@@ -58,12 +62,15 @@ class DataRequest {
     // without bytes is a failure unless its status is 204 or 205 or the method HEAD.
     RequestHandle responseData(DispatchQueue& queue, Completion completion);
 
+    // The handle alone moves.
     DataRequest(DataRequest&&) noexcept;
     ~DataRequest();
 
   protected:
     friend class Session;
+    // For the session, which makes requests.
     explicit DataRequest(std::shared_ptr<SessionTask> task);
+    // The request to be; until it is started.
     SessionTask& task();
 
   private:
@@ -87,11 +94,13 @@ class UploadRequest : public DataRequest {
 // Every operation may be called from any thread.
 class Session {
   public:
+    // The largest form in bytes that is encoded in memory.
     static constexpr std::size_t defaultEncodingMemoryThreshold = 10'000'000;
 
     // The shared session without a trust manager: default trust evaluation.
     static const std::shared_ptr<Session>& defaultSession();
 
+    // A session with a thread of that name; nullptr leaves trust to the default evaluation.
     explicit Session(URLSessionConfiguration configuration,
                      std::string rootQueueLabel = "org.alamofire.session.rootQueue",
                      std::shared_ptr<const ServerTrustManager> serverTrustManager = nullptr);
@@ -102,6 +111,7 @@ class Session {
     // Cancels every request of the process, of whichever session, whose completion has not begun.
     static void cancelAllRequests();
 
+    // A request that nothing has started yet.
     DataRequest request(URLRequest request);
     // From `usingThreshold` bytes on, the encoded body goes through an unlinked temporary file. The form's
     // content type replaces the request's.

@@ -13,11 +13,13 @@ namespace torvel {
 // Any thread.
 class URLCache {
   public:
+    // A kept answer: its head and its body.
     struct CachedResponse {
-        HTTPURLResponse response;
-        Data data;
+        HTTPURLResponse response;  // the head
+        Data data;                 // the body
     };
 
+    // An empty cache that keeps at most so many bytes.
     explicit URLCache(std::size_t memoryCapacity);
     ~URLCache();
 
@@ -28,6 +30,7 @@ class URLCache {
     std::optional<CachedResponse> cachedResponse(const URLRequest& forRequest);
     // Keeps the response if protocol caching allows it.
     void store(const URLRequest& request, const CachedResponse& response);
+    // Forgets every response.
     void removeAllCachedResponses();
 
   private:

@@ -14,6 +14,7 @@ namespace torvel {
 // Header fields in order. Names compare without regard to ASCII case (RFC 9110, 5.1).
 class HTTPHeaders {
   public:
+    // A name and its value.
     using Field = std::pair<std::string, std::string>;
 
     // The value of a field; absent when there is none.
@@ -24,6 +25,7 @@ class HTTPHeaders {
     void add(std::string_view name, std::string_view value);
     void remove(std::string_view name);
 
+    // All fields in the order of setting.
     const std::vector<Field>& fields() const { return m_fields; }
     bool operator==(const HTTPHeaders&) const = default;
 
@@ -31,13 +33,17 @@ class HTTPHeaders {
     std::vector<Field> m_fields;
 };
 
+// Whether the shared cache may answer.
 enum class URLRequestCachePolicy { useProtocolCachePolicy, reloadIgnoringLocalCacheData };
 
 // A request before it is sent: a value that interceptors change.
 struct URLRequest {
+    // A GET request without a body.
     explicit URLRequest(URL requestURL) : url(std::move(requestURL)) {}
 
+    // Where to; a request without one fails.
     std::optional<URL> url;
+    // The method as it goes out.
     std::string httpMethod = "GET";
     // Host, Connection, Content-Length, Transfer-Encoding and Expect belong to the connection: a session
     // ignores them here.

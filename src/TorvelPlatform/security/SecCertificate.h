@@ -36,6 +36,7 @@ class SecCertificate {
 
     struct Native;  // the crypto library's object, for the security room alone
     explicit SecCertificate(std::shared_ptr<const Native> native) : m_native(std::move(native)) {}
+    // The crypto library's object, for the security room alone.
     const Native& native() const { return *m_native; }
 
   private:

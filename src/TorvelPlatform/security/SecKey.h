@@ -16,7 +16,7 @@ enum class SecPadding : std::uint32_t { none = 0, PKCS1 = 1 };
 
 // The platform's status code of a failed security operation: never 0.
 struct SecStatus {
-    std::int32_t code;
+    std::int32_t code;  // the platform's number
 };
 
 // A public key. Immutable, cheap to copy, safe from any thread.

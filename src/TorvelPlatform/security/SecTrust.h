@@ -11,6 +11,7 @@ namespace torvel {
 
 // What a trust must satisfy.
 struct SecPolicy {
+    // Which of the two policies below.
     enum class Kind { basicX509, sslServer };
 
     // Chain and dates, no host name.
@@ -19,17 +20,18 @@ struct SecPolicy {
     // addresses of the subject alternative names, never the common name).
     static SecPolicy createSSL(std::string host = {}) { return {Kind::sslServer, std::move(host)}; }
 
-    Kind kind;
-    std::string host;
+    Kind kind;         // which policy
+    std::string host;  // whose name to demand; empty for any
 };
 
 // Why a trust does not hold.
 struct SecTrustError {
+    // Whether the chain failed, or only the host's name.
     enum class Kind { chain, host };
     Kind kind;
-    int code;   // the crypto library's verification code
-    int depth;  // 0 is the server's own certificate
-    std::string description;
+    int code;                 // the crypto library's verification code
+    int depth;                // 0 is the server's own certificate
+    std::string description;  // a sentence
 };
 
 // A server's certificates on trial. Not shared between threads.

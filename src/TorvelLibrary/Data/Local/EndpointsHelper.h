@@ -15,6 +15,7 @@ namespace torvel {
 // of the main bundle, loaded on the first look-up. Any thread.
 class EndpointsHelper {
   public:
+    // Paths or absolute URLs by identifier.
     using Dictionary = ByText<std::string>;
 
     /// Looks an identifier up, which must match a key exactly. The type that is asked for decides what an

@@ -8,13 +8,14 @@ namespace torvel {
 
 // What a flavour calls the members of its envelopes.
 struct EnvelopeNames {
-    std::string_view requestKey;
-    std::string_view requestData;
-    std::string_view requestIv;
-    std::string_view responseData;
-    std::string_view responseIv;
+    std::string_view requestKey;    // the sealed symmetric key; also the header of a request without a body
+    std::string_view requestData;   // the cipher text without its IV
+    std::string_view requestIv;     // the IV
+    std::string_view responseData;  // the cipher text without its IV
+    std::string_view responseIv;    // the IV in base64
 };
 
+// The names of a flavour.
 constexpr EnvelopeNames envelopeNames(WrapperConfig flavour) {
     if (flavour == WrapperConfig::QuentaMerchantApp)
         return {"payloadToken", "payloadText", "payloadVariable", "payloadText", "payloadVariable"};

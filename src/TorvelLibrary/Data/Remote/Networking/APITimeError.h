@@ -12,7 +12,7 @@ namespace torvel {
 
 // Why a record could not be decoded: a sentence that names the member.
 struct DecodingError {
-    std::string description;
+    std::string description;  // the sentence
 };
 
 // What onError receives: why a request failed. Servers send the same record as
@@ -31,6 +31,7 @@ class APITimeError : public Decodable {
     // From a server's record. Only the short names are known, and the two texts must be strings.
     static Outcome<APITimeError, DecodingError> decode(const JSON& container);
 
+    // The text for the user or the developer.
     const std::string& localizedDescription() const { return m_localizedDescription; }
     // The HTTP status as decimal text, "-1" when there was no answer.
     const std::string& errorCodeInResponse() const { return m_errorCodeInResponse; }

@@ -15,8 +15,10 @@
 
 namespace torvel {
 
+// The interceptors of one operation, in the order in which they run.
 using RequestInterceptors = std::vector<std::shared_ptr<RequestWrapper>>;
 using ResponseInterceptors = std::vector<std::shared_ptr<ResponseParser>>;
+// Receives the body of the answer, as the response interceptors left it.
 using OnSuccess = std::function<void(Data)>;
 // Receives an APITimeError: recover it with dynamic_cast<const APITimeError*>(&error).
 using OnError = std::function<void(const Decodable&)>;
@@ -45,6 +47,7 @@ class NetworkDispatcher {
     // The base of relative targets. An absent URL in the shared TorvelLibrary stops the process.
     virtual std::string serverURL() const;
 
+    // Sends `postBody` by POST, with `mimeType` as its content type.
     virtual RequestHandle postRequest(std::string_view target, Data postBody, std::string_view mimeType,
                                       const RequestInterceptors& requestInterceptors,
                                       const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
@@ -82,6 +85,7 @@ class NetworkDispatcher {
     // The request for a target; absent when it makes no URL.
     std::optional<URLRequest> getRequest(std::string_view target) const;
 
+    // Sends a request, or a file as the one part of a multipart form, and handles the answer.
     static RequestHandle consumeRequest(URLRequest& request, std::string_view mimeType,
                                         const RequestInterceptors& requestInterceptors,
                                         const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,

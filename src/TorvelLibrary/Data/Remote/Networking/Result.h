@@ -8,6 +8,7 @@ namespace torvel {
 template <class Success, class Failure>
 class Result : public Outcome<Success, Failure> {
   public:
+    // A result that holds the value or the error.
     static Result success(Success value) { return Result(std::move(value)); }
     static Result failure(Failure error) { return Result(std::move(error)); }
 

@@ -9,6 +9,7 @@ namespace torvel {
 // Joins the two halves of an encrypted answer and decrypts them.
 class DecryptResponse {
   public:
+    // `key`: the symmetric key, exactly 16 characters.
     explicit DecryptResponse(std::string key) : m_aesKey(std::move(key)) {}
     // Not usable without a key: stops the process.
     [[noreturn]] DecryptResponse();

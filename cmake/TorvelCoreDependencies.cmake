@@ -1,4 +1,5 @@
-# The parts bought in, one place. tools/install-deps names the packages that bring them.
+# The parts that the core buys in, one place; a host that links it statically reads this too. tools/install-deps names
+# the packages that bring them.
 find_package(Threads REQUIRED)
 find_package(OpenSSL 3.0 REQUIRED)
 find_package(CURL 7.88 REQUIRED)
@@ -12,9 +13,3 @@ pkg_check_modules(BROTLIDEC REQUIRED IMPORTED_TARGET libbrotlidec)
 pkg_check_modules(SODIUM REQUIRED IMPORTED_TARGET libsodium)
 pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3>=3.40)
 pkg_check_modules(FREETYPE REQUIRED IMPORTED_TARGET freetype2)
-if(TORVEL_UI)
-    find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets UiTools)
-    find_package(Fontconfig REQUIRED)
-    find_package(PNG REQUIRED)
-    pkg_check_modules(TURBOJPEG REQUIRED IMPORTED_TARGET libturbojpeg)
-endif()
