@@ -127,7 +127,7 @@ TEST_F(UIImageTest, FilesKeepWhatTheyShould) {
 }
 
 TEST_F(UIImageTest, RecoloursWhatIsViewed) {
-    const UIImage turned({2, 1, {0xFF000000, 0x80FFFFFF}}, 2, Orientation::right);
+    const UIImage turned({2, 1, {0xFF000000, 0x80FFFFFF}}, 2, ImageOrientation::right);
     const UIImage filled = turned.fillAlpha({1, -1, 0.5, 0.5});
     EXPECT_EQ(*filled.bitmap(), (Bitmap{1, 2, {0x80FF0080, 0x40FF0080}}));
     EXPECT_EQ(filled.scale(), 2);
@@ -165,7 +165,7 @@ TEST_F(UIImageTest, ResizesOnceByHowManyTimesItIsTooLarge) {
 
 TEST_F(UIImageTest, OrientationIsFixedByDeviceAndCamera) {
     using Device = ScreenEnvironment::Orientation;
-    const UIImage picture({1, 1, {0}}, 3, Orientation::rightMirrored);
+    const UIImage picture({1, 1, {0}}, 3, ImageOrientation::rightMirrored);
     const struct {
         Device device;
         int front, other;  // the platform's numbers
