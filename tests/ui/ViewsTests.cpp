@@ -42,6 +42,11 @@ std::string interfaceFile(const std::string& widgets) {
            "</customwidget></customwidgets></ui>";
 }
 
+template <class Controller = LoginScreen, class... Arguments>
+std::shared_ptr<Controller> make(Arguments... arguments) {
+    return std::make_shared<Controller>(arguments...);
+}
+
 class ViewsTest : public testing::HostFixture {
   protected:
     ViewsTest() { connectToQt(); }
@@ -92,6 +97,7 @@ TEST_F(ViewsTest, OnlyViewsMadeAfterAChangeOfLanguageTakeItsDirection) {
     old.show();
     LocaleHelper::setAppleLanguageTo("ar-EG");
     EXPECT_TRUE(isRTL());
+    EXPECT_EQ(make()->view()->layoutDirection(), Qt::RightToLeft);
     QWidget later;
     auto* const laterChild = new QLabel(&later);
     later.show();
@@ -108,11 +114,6 @@ TEST_F(ViewsTest, OnlyViewsMadeAfterAChangeOfLanguageTakeItsDirection) {
     EXPECT_FALSE(isRTL());
     for (QWidget* const view : {&old, &later}) view->hide(), view->show();
     expectAll();
-}
-
-template <class Controller = LoginScreen, class... Arguments>
-std::shared_ptr<Controller> make(Arguments... arguments) {
-    return std::make_shared<Controller>(arguments...);
 }
 
 TEST_F(ViewsTest, TheTopScreenIsFollowedThroughContainers) {

@@ -24,7 +24,12 @@ bool isWhole(const Bitmap& bitmap) {
                static_cast<std::size_t>(bitmap.width) * static_cast<std::size_t>(bitmap.height);
 }
 
+// More than a picture of the greatest size has.
+constexpr std::uintmax_t mostBytes = 128 * 1024 * 1024;
+
 std::optional<UIImage> readImage(const std::string& path, double scale) {
+    std::error_code failed;
+    if (fs::file_size(path, failed) > mostBytes || failed) return std::nullopt;
     const auto bytes = readFile(path);
     return bytes ? UIImage::fromData(bytes.value(), scale) : std::nullopt;
 }

@@ -29,7 +29,7 @@ class UIImage {
     /// where the toolkit has the plug-in; with the orientation that EXIF says. Absent when it is none, is cut
     /// short, or has more than 32 million pixels. Memory stays below half a gigabyte.
     static std::optional<UIImage> fromData(const Data& data, double scale = 1);
-    /// The same of a file; "@2x" or "@3x" at the end of its name is its scale.
+    /// The same of a file of at most 128 MiB; "@2x" or "@3x" at the end of its name is its scale.
     static std::optional<UIImage> fromFile(const std::string& path);
 
     /// The image of a bundle: the set "<name>.imageset" of its asset catalogues, in the appearance and the
