@@ -10,8 +10,8 @@
 #include "TorvelPlatform/uikit/Tint.h"
 #include "TorvelPlatform/uikit/qt/ImageFiles.h"
 
-#include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace torvel {
 namespace {

@@ -3,10 +3,9 @@
 #include "TorvelPlatform/uikit/qt/ScreenStack.h"
 
 #include <QAbstractButton>
-#include <QHBoxLayout>
+#include <QGridLayout>
 #include <QLabel>
 #include <QPainter>
-#include <QPainterPath>
 #include <QVBoxLayout>
 
 namespace torvel {
