@@ -14,7 +14,7 @@ constexpr std::uint32_t alphaOf(Pixel pixel) { return pixel >> 24; }
 constexpr std::uint32_t channel(Pixel pixel, int shift) { return (pixel >> shift) & 0xFF; }
 
 UIColor::Components clamped(const UIColor::Components& color) {
-    const auto unit = [](double value) { return std::clamp(value, 0.0, 1.0); };
+    const auto unit = [](double value) { return value > 0 ? std::min(value, 1.0) : 0; };  // no number is 0
     return {unit(color.red), unit(color.green), unit(color.blue), unit(color.alpha)};
 }
 
@@ -88,8 +88,9 @@ Bitmap mapped(const Bitmap& bitmap, EntryOf entryOf, Mix mix) {
 }  // namespace
 
 Bitmap tinted(const Bitmap& bitmap, const UIColor::Components& color) {
-    const ColorBlend blend(clamped(color));
-    if (color.alpha < 1)
+    const UIColor::Components own = clamped(color);
+    const ColorBlend blend(own);
+    if (own.alpha < 1)
         return mapped(
             bitmap, [&](std::uint32_t luminosity) { return blend.at(luminosity); },
             [&](Pixel pixel, const ColorBlend::Entry& entry) { return blend.mix(pixel, entry); });
