@@ -15,7 +15,7 @@ namespace torvel::testing {
 /// pinned to its certificate, with that certificate for sealing. Needs Torvel::Sandbox beside this kit.
 class SandboxHost : public TemporaryHost {
   public:
-    explicit SandboxHost(WrapperConfig flavour = WrapperConfig::VelmMoney, double timeoutInSeconds = 30)
+    explicit SandboxHost(WrapperConfig flavour = WrapperConfig::VelmMoney)
         : m_sandbox(sandbox::Sandbox::start({.flavour = std::string(rawValue(flavour))}).value()) {
         const auto authority = addResource("ca.pem", m_sandbox->identity().caPem);
         addResource("server.der", m_sandbox->identity().serverDer);
@@ -25,7 +25,6 @@ class SandboxHost : public TemporaryHost {
             .setWrapperConfig(flavour)
             .setEncryptionCertName("server")
             .setSSlType(SSlPinningType::certificate({"server"}))
-            .setRequestTimeoutInterval(timeoutInSeconds)
             .build();
     }
 

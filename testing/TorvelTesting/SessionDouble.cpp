@@ -39,7 +39,8 @@ SessionError error(Kind kind, const URLRequest& request) {
 
 struct SessionDouble::Rule::State {
     bool fits(const URLRequest& request) const {
-        return request.httpMethod == method && request.url->path() == path &&
+        const std::string asked = request.url->path();
+        return request.httpMethod == method && (asked.empty() ? "/" : asked) == path &&
                (!part || (request.httpBody && request.httpBody->raw().find(*part) != std::string::npos));
     }
     Step next() { return steps.empty() ? Step() : steps[std::min(used++, steps.size() - 1)]; }

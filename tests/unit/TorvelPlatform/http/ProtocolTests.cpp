@@ -1,9 +1,5 @@
-#include "TorvelTesting/MainQueue.h"
 #include "TorvelTesting/SessionDouble.h"
 #include "support/Fetching.h"
-
-#include <atomic>
-#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -70,31 +66,6 @@ TEST(Protocol, ARequestEndsAsItDoesOverTheNetwork) {
         EXPECT_EQ(doubled.response.error->maybeSent, real.response.error->maybeSent);
         EXPECT_EQ(doubled.response.error->phase, real.response.error->phase);
     }
-}
-
-TEST(Protocol, HangingRequestsEndOnceWhoeverComesFirst) {
-    std::atomic<int> completions{0};
-    auto backend = std::make_unique<SessionDouble>();
-    backend->on("GET", "/").hang();
-    const std::shared_ptr<Session> session = backend->session();
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back([&] {
-            for (int round = 0; round < 50; ++round) {
-                const RequestHandle handle =
-                    session->request(requestTo("http://a.example/"))
-                        .responseData(DispatchQueue::main(), [&](const DataResponse& answer) {
-                            EXPECT_TRUE(answer.error);
-                            ++completions;
-                        });
-                if (round % 2 == 0) handle.cancel();
-                if (round % 10 == 0) Session::cancelAllRequests();
-            }
-        });
-    for (std::thread& thread : threads) thread.join();
-    backend.reset();
-    EXPECT_TRUE(MainQueue::settle());
-    EXPECT_EQ(completions, 200);
 }
 
 }  // namespace
