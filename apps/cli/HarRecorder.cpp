@@ -78,14 +78,10 @@ std::string versionOf(const HopMetrics& hop) {
 }
 
 Json requestOf(const HopMetrics& hop) {
-    Json request{{"method", hop.method},
-                 {"url", hop.location()},
-                 {"httpVersion", versionOf(hop)},
-                 {"cookies", Json::array()},
-                 {"headers", fieldsOf(hop.fields)},
-                 {"queryString", queryOf(hop)},
-                 {"headersSize", -1},
-                 {"bodySize", hop.body ? static_cast<std::int64_t>(hop.body->size()) : 0}};
+    Json request{
+        {"method", hop.method},     {"url", hop.location()},           {"httpVersion", versionOf(hop)},
+        {"cookies", Json::array()}, {"headers", fieldsOf(hop.fields)}, {"queryString", queryOf(hop)},
+        {"headersSize", -1},        {"bodySize", hop.bytesSent}};
     if (hop.body) {
         request["postData"] = bodyOf(*hop.body, hop.fields);
         if (!request["postData"].contains("text")) request["postData"]["text"] = leftOut;

@@ -127,8 +127,11 @@ std::string OpenSSLServer::printed(std::initializer_list<const char*> endings) {
     return m_printed;
 }
 
-std::string OpenSSLServer::transcript() {
-    printed({"\r\n\r\n", "ERROR\n", "CONNECTION CLOSED\n"});
+std::string OpenSSLServer::transcript(const char* awaited) {
+    if (awaited != nullptr)
+        printed({awaited});
+    else
+        printed({"\r\n\r\n", "ERROR\n", "CONNECTION CLOSED\n"});
     end(SIGTERM);
     if (m_pump.joinable()) m_pump.join();
     return m_printed;

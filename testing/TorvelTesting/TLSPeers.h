@@ -55,7 +55,8 @@ class OpenSSLServer : public ServerProcess {
 
     // What the server printed, once it has ended its connection or received the request: handshake, the
     // client's extensions, and the bytes of the request.
-    std::string transcript();
+    // With `awaited`: once it has printed that, or long enough has passed.
+    std::string transcript(const char* awaited = nullptr);
 
   private:
     void pump();

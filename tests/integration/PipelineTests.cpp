@@ -211,14 +211,6 @@ TEST_F(Pipeline, EmptyCallbacksAreNotCalledAndLogoutCancelsEverything) {
     EXPECT_EQ(hung.error->errorCodeInResponse(), "-1");
 }
 
-TEST_F(Pipeline, AnAnswerThatNeverComesTimesOut) {
-    TorvelLibraryBuilder().setServerURL(m_sandbox->url()).setRequestTimeoutInterval(0.2).build();
-    const Ending ending = get(misbehave("hang"));
-    ASSERT_TRUE(ending.error.has_value());
-    EXPECT_EQ(ending.error->errorCodeInResponse(), "-1");
-    EXPECT_THAT(ending.error->localizedDescription(), HasSubstr("timed out"));
-}
-
 TEST_F(Pipeline, RequestInterceptorsRunInOrderAndAreLogged) {
     const RequestInterceptors wrappers{std::make_shared<Appending>("1"), std::make_shared<Appending>("2")};
     Ending ending;

@@ -2,9 +2,9 @@
 
 #include "TorvelPlatform/foundation/Diagnostics.h"
 #include "TorvelPlatform/foundation/Guarded.h"
+#include "TorvelPlatform/foundation/WallClock.h"
 
 #include <atomic>
-#include <chrono>
 #include <cstdio>
 
 namespace torvel {
@@ -41,7 +41,7 @@ DateFormatter LogUtils::dateFormatter() { return DateFormatter(dateFormat()); }
 
 // Everything is assembled before the flag is asked, as it always was: what it costs is part of each call.
 std::string LogUtils::line(std::string_view tag, std::string_view text, const LogSite& site) {
-    std::string line = dateFormatter().string(std::chrono::system_clock::now());
+    std::string line = dateFormatter().string(WallClock::now());
     line.reserve(line.size() + tag.size() + site.filename.size() + site.funcName.size() + text.size() + 40);
     line.append(" ").append(tag).append("[").append(sourceFileName(site.filename)).append("]:");
     line.append(std::to_string(site.line)).append(" ").append(std::to_string(site.column)).append(" ");

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TorvelPlatform/foundation/WallClock.h"
+
 #include <chrono>
 #include <concepts>
 #include <cstdint>
@@ -24,7 +26,7 @@ requires(std::integral<T> || std::floating_point<T>) T safelyUnwrap(std::optiona
 // The current instant.
 inline std::chrono::system_clock::time_point safelyUnwrap(
     std::optional<std::chrono::system_clock::time_point> date) {
-    return date ? *date : std::chrono::system_clock::now();
+    return date ? *date : WallClock::now();
 }
 
 // A copy of the element at an index, negative ones included; no value outside the array.

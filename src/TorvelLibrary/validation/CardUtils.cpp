@@ -5,6 +5,7 @@
 #include "TorvelPlatform/foundation/FatalError.h"
 #include "TorvelPlatform/foundation/MonthStart.h"
 #include "TorvelPlatform/foundation/Predicate.h"
+#include "TorvelPlatform/foundation/WallClock.h"
 
 #include <algorithm>
 #include <initializer_list>
@@ -94,7 +95,7 @@ std::optional<bool> CardUtils::validateExpiryDate(std::string_view expiryDate) c
     const std::optional<MonthStart> month = parseMonthStart(expiryDate);
     if (!month) return std::nullopt;
     if (!matches(expiryDate, Configuration::cardExpiryDateRegex)) return false;
-    return *month >= ceil<milliseconds>(system_clock::now());
+    return *month >= ceil<milliseconds>(WallClock::now());
 }
 
 }  // namespace torvel

@@ -7,6 +7,7 @@
 #include "TorvelPlatform/http/RequestHandle.h"
 #include "TorvelPlatform/http/ServerTrustManager.h"
 #include "TorvelPlatform/http/SessionError.h"
+#include "TorvelPlatform/http/URLProtocol.h"
 #include "TorvelPlatform/http/URLRequest.h"
 
 #include <cstddef>
@@ -41,6 +42,8 @@ struct URLSessionConfiguration {
     std::size_t maximumResponseBytes = std::size_t{256} * 1024 * 1024;
     // Hear of every request. None costs nothing.
     std::vector<std::shared_ptr<EventMonitor>> eventMonitors = {};
+    // Answers in the place of the network, for tests. nullptr: the network.
+    std::shared_ptr<URLProtocol> protocol = nullptr;
 };
 
 class Session;

@@ -1,5 +1,6 @@
 #include "TorvelPlatform/http/SessionCore.h"
 
+#include "TorvelPlatform/http/ProtocolRunner.h"
 #include "TorvelPlatform/http/SessionWorker.h"
 
 #include <mutex>
@@ -19,13 +20,19 @@ struct Registry {
     }
 };
 
+std::shared_ptr<RequestRunner> makeRunner(const URLSessionConfiguration& configuration,
+                                          const std::string& label) {
+    if (configuration.protocol) return std::make_shared<ProtocolRunner>(configuration.protocol);
+    return SessionWorker::start(label, configuration.maximumConnectionsPerHost);
+}
+
 }  // namespace
 
 SessionCore::SessionCore(URLSessionConfiguration sessionConfiguration, const std::string& rootQueueLabel,
                          std::shared_ptr<const ServerTrustManager> serverTrustManager)
     : configuration(std::move(sessionConfiguration)),
       trustManager(std::move(serverTrustManager)),
-      runner(SessionWorker::start(rootQueueLabel, configuration.maximumConnectionsPerHost)) {
+      runner(makeRunner(configuration, rootQueueLabel)) {
     const std::lock_guard lock(Registry::shared().mutex);
     Registry::shared().runners.insert(runner.get());
 }

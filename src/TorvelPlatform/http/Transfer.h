@@ -7,6 +7,7 @@
 #include "TorvelPlatform/http/ResponseHead.h"
 #include "TorvelPlatform/http/ServerTrustManager.h"
 #include "TorvelPlatform/http/SpoolFile.h"
+#include "TorvelPlatform/http/TransferResult.h"
 #include "TorvelPlatform/http/UploadProgress.h"
 
 #include <array>
@@ -35,13 +36,6 @@ struct TransferOptions {
     std::shared_ptr<const ServerTrustManager> trustManager;
     const HTTPHeaders& sessionHeaders;
     UploadProgress* progress;
-};
-
-// How a hop ended when it did not lead to another one.
-struct TransferResult {
-    std::optional<HTTPURLResponse> response;
-    std::string body;
-    std::optional<SessionError> error;
 };
 
 // One hop of a request over an easy handle: one request sent at most once, one answer. The session's thread.

@@ -1,4 +1,5 @@
 #include "TorvelLibrary/validation/CardUtils.h"
+#include "TorvelTesting/FixedClock.h"
 #include "TorvelTesting/HostFixture.h"
 
 #include <chrono>
@@ -104,25 +105,20 @@ class CardsInLocale : public Cards, public ::testing::WithParamInterface<const c
 
 TEST_P(CardsInLocale, ExpireWithTheBeginningOfTheirMonth) {
     using namespace std::chrono;
+    using namespace std::chrono_literals;
     setenv("LC_ALL", GetParam(), 1);
     setenv("TZ", "UTC", 1);
     addResource("Configurations.strings", "torvel_cardExpiryDate_regex = \"[0-9]{2}/[0-9]{2}([0-9]{2})?\";");
-    const year_month_day today(floor<days>(system_clock::now()));
-    const year_month now = today.year() / today.month();
-    const auto text = [](year_month month, const char* format) {
-        char digits[32];
-        std::snprintf(digits, sizeof digits, format, static_cast<unsigned>(month.month()),
-                      static_cast<int>(month.year()) % 100);
-        return std::string(digits);
-    };
-    const std::pair<std::string, std::optional<bool>> rows[] = {
-        {text(now, "%02u/%02d"), false},
-        {text(now + months(1), "%02u/%02d"), true},
-        {text(now - months(1), "%02u/%02d"), false},
-        {text(now + years(5), "%02u/%02d"), true},
-        {text(now + years(5), "%02u/20%02d"), true},
+    const testing::FixedClock clock(sys_days(2027y / 5 / 15));
+    const std::pair<const char*, std::optional<bool>> rows[] = {
+        {"05/27", false},
+        {"06/27", true},
+        {"04/27", false},
+        {"05/32", true},
+        {"05/2032", true},
         {"12/9999", true},
-        {"08/99", false},  // 1999: beyond twenty years ahead
+        {"08/99", false},  // 1999: beyond twenty years
+                           // ahead
         {"8/40", false},   // a month, but not by the pattern
         {"13/40", std::nullopt},
         {"08/40x", std::nullopt},
@@ -130,6 +126,10 @@ TEST_P(CardsInLocale, ExpireWithTheBeginningOfTheirMonth) {
         {"", std::nullopt},
     };
     for (const auto& [expiry, valid] : rows) EXPECT_EQ(cards.validateExpiryDate(expiry), valid) << expiry;
+    testing::FixedClock::set(sys_days(2027y / 6 / 1));  // the last instant
+    EXPECT_EQ(cards.validateExpiryDate("06/27"), true);
+    testing::FixedClock::set(sys_days(2027y / 6 / 1) + 1s);
+    EXPECT_EQ(cards.validateExpiryDate("06/27"), false);
 }
 
 INSTANTIATE_TEST_SUITE_P(Locales, CardsInLocale, ::testing::Values("en_US", "th_TH", "fa_IR", "ja_JP"));
