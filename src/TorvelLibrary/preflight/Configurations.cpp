@@ -124,9 +124,10 @@ class Configurations {
         std::ranges::sort(unknown);
         for (const std::string_view key : unknown) {
             const std::string_view meant = nearest(key, known);
-            m_findings.warning("unknown-key", m_file.at(key),
-                               {"the library asks for no such key", "the value is never read",
-                                meant.empty() ? "remove it" : "did you mean " + inQuotes(meant) + "?"});
+            m_findings.warning(
+                "unknown-key", m_file.at(key),
+                {"the library asks for no such key", "the value is never read",
+                 meant.empty() ? "remove it" : "spell it " + inQuotes(meant) + ", if that is what is meant"});
         }
     }
 

@@ -61,6 +61,7 @@ class Endpoints {
                 m_findings.error("not-a-text", table.file.at(id),
                                  {"the value is not a text", unusable, "write the path as a string"});
         }
+        joints(*values);
         return counted(values->size(), "endpoint");
     }
 
@@ -109,20 +110,41 @@ class Endpoints {
     }
 
     void slashes(const Place& place, const std::string& value, const std::string& server) {
-        const bool opens = value.starts_with('/') || value.starts_with('?');
         if (server.ends_with('/') && value.starts_with('/'))
-            m_findings.warning("double-slash", place,
-                               {"the server's URL ends with a slash and the path begins with one",
-                                "the request goes to " + server + value + ", which most servers do not know",
-                                "drop the slash before the path"});
-        else if (!server.ends_with('/') && !opens)
-            m_findings.error("no-slash", place,
-                             {"neither the server's URL ends with a slash nor the path begins with one",
-                              "the request goes to " + server + value, "end the server's URL with a slash"});
+            m_doubled.push_back(place);
+        else if (!server.ends_with('/') && !value.starts_with('/') && !value.starts_with('?'))
+            m_unslashed.push_back(place);
+    }
+
+    // One finding for all paths, for the server's URL is at fault as likely as they are.
+    void joints(const PropertyList::Dictionary& values) {
+        const std::string server = m_settings.serverURL.value_or("");
+        const auto example = [&](const Place& place) {
+            return "a request goes to " + server + *values.find(place.key)->second.string();
+        };
+        if (!m_doubled.empty())
+            m_findings.warning(
+                "double-slash", m_doubled.front(),
+                {"the server's URL ends with a slash and the path begins with one: " + keys(m_doubled),
+                 example(m_doubled.front()) + ", which most servers do not know",
+                 "drop the slash at one of the two"});
+        if (!m_unslashed.empty())
+            m_findings.error(
+                "no-slash", m_unslashed.front(),
+                {"the server's URL has no slash at its end, nor these paths at their beginning: " +
+                     keys(m_unslashed),
+                 example(m_unslashed.front()), "end the server's URL with a slash"});
+    }
+
+    static std::string keys(const std::vector<Place>& places) {
+        std::string text;
+        for (const Place& place : places) text.append(text.empty() ? "" : ", ").append(place.key);
+        return text;
     }
 
     const Host& m_host;
     const PreflightSettings& m_settings;
+    std::vector<Place> m_doubled, m_unslashed;
     Findings m_findings{"endpoints"};
 };
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <limits>
 #include <numeric>
 
 namespace torvel::preflight {
@@ -79,6 +80,11 @@ void Findings::add(PreflightSeverity severity, std::string_view rule, Place plac
 
 PreflightSubject Findings::finish(std::string summary) && {
     m_report.summary = std::move(summary);
+    const auto place = [](const PreflightFinding& finding) {
+        constexpr int last = std::numeric_limits<int>::max();
+        return std::pair<const std::string&, int>(finding.file, finding.line == 0 ? last : finding.line);
+    };
+    std::ranges::stable_sort(m_report.findings, {}, place);
     return std::move(m_report);
 }
 

@@ -50,6 +50,7 @@ class Findings {
     void warning(std::string_view rule, Place place, Saying saying);
     void note(std::string_view rule, Place place, std::string what, std::string effect);
 
+    // In the order of files and lines.
     PreflightSubject finish(std::string summary) &&;
 
   private:

@@ -115,9 +115,9 @@ TEST_F(PreflightTest, FindsEveryFaultOfTheBrokenSample) {
         {"ar_bold.ttf", "", "no font", "fonts.missing-face @:0 "},
         {"Poppins-Bold.ttf", "", nullptr, "fonts.missing-face @:0 "},
         {french, "\"offline\"", "\"outline\"",
-         "localisation.missing-key @:0 offline\n"
          "localisation.missing-key ar.lproj/Localizable.strings:0 outline\n"
-         "localisation.missing-key en.lproj/Localizable.strings:0 outline"},
+         "localisation.missing-key en.lproj/Localizable.strings:0 outline\n"
+         "localisation.missing-key @:0 offline"},
         {french, "%@", "%d", "localisation.placeholders @:9 balance_greeting"},
         {french, "%@", "%1$@ à 5 % de 100%%", ""},
         {french, ";", "", "localisation.unparsed @:3 "},
@@ -125,6 +125,10 @@ TEST_F(PreflightTest, FindsEveryFaultOfTheBrokenSample) {
         {"fr-CA.lproj/empty", "", "",
          "localisation.region-folder fr-CA.lproj:0 \n"
          "localisation.missing-table fr-CA.lproj/Localizable.strings:0 "},
+        {"en.lproj", "", nullptr,
+         "configurations.missing @/Configurations.strings:0 \n"
+         "localisation.no-default-folder @:0 "},
+        {"ColorThemeDim.plist/a", "", "", "colours.unreadable ColorThemeDim.plist:0 "},
         {"de_regular.ttf", "", "no font", "localisation.no-folder de.lproj:0 "},
         {ui, "",
          "<ui><!-- <string>Gone</string> -->\n<string>Log  in</string><string notr=\"true\">ok</string></ui>",
