@@ -148,7 +148,7 @@ class Configurations {
     }
 
     void pattern(const Place& place, const std::string& value) {
-        if (const auto& fault = Predicate::matches(value).fault())
+        if (const auto fault = Predicate::matches(value).fault())
             m_findings.error("invalid-pattern", place,
                              {"the pattern does not compile: " + *fault, "no typed text is valid",
                               "correct it; a backslash is written twice in a strings file"});
