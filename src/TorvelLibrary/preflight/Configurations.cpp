@@ -69,7 +69,7 @@ class Configurations {
     PreflightSubject examine() {
         unread();
         const auto table = m_host.bundle.directory() / "en.lproj" / fileName();
-        if (!std::filesystem::exists(table)) {
+        if (!Host::exists(table)) {
             m_findings.warning("missing", {m_host.nameOf(table)},
                                {"the bundle has no such file",
                                 "every pattern is its own key, so that no typed text is valid; lengths take "
@@ -95,7 +95,7 @@ class Configurations {
                 places.push_back(m_host.bundle.directory() / (language + ".lproj") / fileName());
         }
         for (const auto& place : places) {
-            if (std::filesystem::exists(place))
+            if (Host::exists(place))
                 m_findings.warning("never-read", {m_host.nameOf(place)},
                                    {"configuration is read in en.lproj alone", "this file is never looked at",
                                     "move its values to en.lproj/" + fileName()});

@@ -3,8 +3,7 @@
 #include "TorvelLibrary/Data/Remote/Networking/Target.h"
 #include "TorvelLibrary/Utils/Extenstions.h"
 #include "TorvelLibrary/preflight/Findings.h"
-
-#include <set>
+#include "TorvelPlatform/foundation/Text.h"
 
 namespace torvel::preflight {
 namespace {
@@ -77,24 +76,25 @@ class Endpoints {
             m_findings.error("without-tls", place,
                              {inQuotes(value) + " is without TLS",
                               "this request travels readable and no pin is ever checked", "use https"});
-        const std::string host = getURLDomain(value);
-        const std::string pinned = getURLDomain(m_settings.serverURL.value_or(""));
         const bool pins = m_settings.sslType.kind() != SSlPinningType::Kind::none;
-        if (!pins || m_settings.isHttpsByPassRequired || host == pinned) return;
+        if (!pins || m_settings.isHttpsByPassRequired) return;
+        const std::string host = getURLDomain(value);
+        if (m_pinned.empty()) m_pinned = host;  // without a server the first one asked for is pinned
+        if (uppercased(host) == uppercased(m_pinned)) return;
         m_findings.error(
             "unpinned-host", place,
-            {inQuotes(host) + " is another host than the server's, " + inQuotes(pinned),
+            {inQuotes(host) + " is another host than " + inQuotes(m_pinned),
              "pins cover the host of the first request alone; the other one's certificate is not "
              "looked at, so that anyone can answer for it",
              "serve this path from the server's host, or ask for it outside the library"});
     }
 
     void relative(const Place& place, const std::string& value) {
-        if (value.starts_with("http"))
-            m_findings.warning("reads-as-url", place,
-                               {"the path " + inQuotes(value) + " begins with \"http\"",
-                                "it is taken for a whole URL and never reaches the server",
-                                "begin it with a slash, or name it differently"});
+        if (wholeURL(value))
+            return m_findings.warning("reads-as-url", place,
+                                      {"the path " + inQuotes(value) + " begins with \"http\"",
+                                       "it is taken for a whole URL and never reaches the server",
+                                       "begin it with a slash, or name it differently"});
         // Without a server the path is tried against a typical one.
         const std::string server = m_settings.serverURL.value_or("https://host.example/");
         const auto base = URL::parse(server);
@@ -144,6 +144,7 @@ class Endpoints {
 
     const Host& m_host;
     const PreflightSettings& m_settings;
+    std::string m_pinned = getURLDomain(m_settings.serverURL.value_or(""));
     std::vector<Place> m_doubled, m_unslashed;
     Findings m_findings{"endpoints"};
 };

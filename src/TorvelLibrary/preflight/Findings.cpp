@@ -47,6 +47,11 @@ std::vector<fs::path> Host::files(const fs::path& folder, std::string_view exten
     return found;
 }
 
+bool Host::exists(const fs::path& file) {
+    std::error_code error;
+    return fs::exists(file, error);
+}
+
 std::vector<std::string> Host::languages() const {
     std::vector<std::string> names;
     for (const fs::path& folder : files(bundle.directory(), ".lproj")) names.push_back(folder.stem());

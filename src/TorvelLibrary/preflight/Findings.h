@@ -23,6 +23,7 @@ struct Host {
     // The files of a type (".strings") in a folder of the bundle, sorted.
     std::vector<std::filesystem::path> files(const std::filesystem::path& folder,
                                              std::string_view extension) const;
+    static bool exists(const std::filesystem::path& file);
     // The languages that have a folder ("en" for "en.lproj"), sorted.
     std::vector<std::string> languages() const;
     // Whether the bundle has anything for a screen: a theme, fonts or interface files.

@@ -10,8 +10,7 @@ namespace {
 
 // The toolkit loads what an interface file names by itself: a file, from where the interface file is.
 bool hasFile(const Host& host, const InterfaceFile& file, const std::string& image) {
-    std::error_code error;
-    return std::filesystem::exists((host.bundle.directory() / file.name).parent_path() / image, error);
+    return Host::exists((host.bundle.directory() / file.name).parent_path() / image);
 }
 
 bool hasPlaceholder(const Bundle& library) {

@@ -247,7 +247,8 @@ TEST_F(PreflightTest, RefusesToStartWhatWouldBeUnprotected) {
     EXPECT_DEATH(Preflight::check(), "no encryption certificate is named");
     builder.setEncryptionCertName("server").setSSlType(SSlPinningType::certificate({"server"})).build();
     spoil("EndpointsConfig.plist", "api/v1/login", "https://other.example/login");
-    EXPECT_DEATH(Preflight::check(), "EndpointsConfig.plist:5 login: \"other.example\" is another host");
+    EXPECT_DEATH(Preflight::check(),
+                 "EndpointsConfig.plist:5 login: \"other.example\" is another host than \"api.example\"");
 }
 
 }  // namespace
