@@ -74,7 +74,8 @@ class Page {
 
     static std::string sum(std::size_t errors, std::size_t warnings) {
         if (errors == 0 && warnings == 0) return "Nothing to mend.";
-        return counted(errors, "error") + ", " + counted(warnings, "warning");
+        if (warnings == 0) return counted(errors, "error");
+        return (errors == 0 ? "" : counted(errors, "error") + ", ") + counted(warnings, "warning");
     }
 
     static std::string tally(const std::vector<PreflightFinding>& findings) {

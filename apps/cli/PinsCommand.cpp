@@ -73,7 +73,8 @@ Outcome<Shown, std::string> shownIn(const Data& bytes, const std::string& file) 
 }
 
 Outcome<Shown, std::string> look(const std::string& from) {
-    if (std::filesystem::exists(from)) {
+    std::error_code noFile;
+    if (std::filesystem::exists(from, noFile)) {
         const auto bytes = readFile(from);
         return bytes ? shownIn(bytes.value(), from)
                      : Outcome<Shown, std::string>(bytes.error().localizedDescription);
@@ -100,7 +101,7 @@ std::string expiry(const SecCertificate& certificate) {
     if (!end) return "never said";
     const auto left = floor<days>(*end - system_clock::now()).count();
     const std::string date = DateFormatter("yyyy-MM-dd", Locale("en_US")).string(*end);
-    return date + (left < 0 ? ", expired" : ", in " + std::to_string(left) + " days");
+    return date + (left < 0 ? ", expired" : ", in " + std::to_string(left) + (left == 1 ? " day" : " days"));
 }
 
 std::string joined(const std::vector<std::string>& names) {

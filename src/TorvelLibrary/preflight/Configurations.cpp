@@ -69,7 +69,7 @@ class Configurations {
     PreflightSubject examine() {
         unread();
         const auto table = m_host.bundle.directory() / "en.lproj" / fileName();
-        if (!std::filesystem::exists(table)) {
+        if (!Host::exists(table)) {
             m_findings.warning("missing", {m_host.nameOf(table)},
                                {"the bundle has no such file",
                                 "every pattern is its own key, so that no typed text is valid; lengths take "
@@ -95,7 +95,7 @@ class Configurations {
                 places.push_back(m_host.bundle.directory() / (language + ".lproj") / fileName());
         }
         for (const auto& place : places) {
-            if (std::filesystem::exists(place))
+            if (Host::exists(place))
                 m_findings.warning("never-read", {m_host.nameOf(place)},
                                    {"configuration is read in en.lproj alone", "this file is never looked at",
                                     "move its values to en.lproj/" + fileName()});
@@ -124,9 +124,10 @@ class Configurations {
         std::ranges::sort(unknown);
         for (const std::string_view key : unknown) {
             const std::string_view meant = nearest(key, known);
-            m_findings.warning("unknown-key", m_file.at(key),
-                               {"the library asks for no such key", "the value is never read",
-                                meant.empty() ? "remove it" : "did you mean " + inQuotes(meant) + "?"});
+            m_findings.warning(
+                "unknown-key", m_file.at(key),
+                {"the library asks for no such key", "the value is never read",
+                 meant.empty() ? "remove it" : "spell it " + inQuotes(meant) + ", if that is what is meant"});
         }
     }
 
@@ -147,7 +148,7 @@ class Configurations {
     }
 
     void pattern(const Place& place, const std::string& value) {
-        if (const auto& fault = Predicate::matches(value).fault())
+        if (const auto fault = Predicate::matches(value).fault())
             m_findings.error("invalid-pattern", place,
                              {"the pattern does not compile: " + *fault, "no typed text is valid",
                               "correct it; a backslash is written twice in a strings file"});

@@ -3,8 +3,7 @@
 #include "TorvelLibrary/Data/Remote/Networking/Target.h"
 #include "TorvelLibrary/Utils/Extenstions.h"
 #include "TorvelLibrary/preflight/Findings.h"
-
-#include <set>
+#include "TorvelPlatform/foundation/Text.h"
 
 namespace torvel::preflight {
 namespace {
@@ -61,6 +60,7 @@ class Endpoints {
                 m_findings.error("not-a-text", table.file.at(id),
                                  {"the value is not a text", unusable, "write the path as a string"});
         }
+        joints(*values);
         return counted(values->size(), "endpoint");
     }
 
@@ -76,24 +76,25 @@ class Endpoints {
             m_findings.error("without-tls", place,
                              {inQuotes(value) + " is without TLS",
                               "this request travels readable and no pin is ever checked", "use https"});
-        const std::string host = getURLDomain(value);
-        const std::string pinned = getURLDomain(m_settings.serverURL.value_or(""));
         const bool pins = m_settings.sslType.kind() != SSlPinningType::Kind::none;
-        if (!pins || m_settings.isHttpsByPassRequired || host == pinned) return;
+        if (!pins || m_settings.isHttpsByPassRequired) return;
+        const std::string host = getURLDomain(value);
+        if (m_pinned.empty()) m_pinned = host;  // without a server the first one asked for is pinned
+        if (uppercased(host) == uppercased(m_pinned)) return;
         m_findings.error(
             "unpinned-host", place,
-            {inQuotes(host) + " is another host than the server's, " + inQuotes(pinned),
+            {inQuotes(host) + " is another host than " + inQuotes(m_pinned),
              "pins cover the host of the first request alone; the other one's certificate is not "
              "looked at, so that anyone can answer for it",
              "serve this path from the server's host, or ask for it outside the library"});
     }
 
     void relative(const Place& place, const std::string& value) {
-        if (value.starts_with("http"))
-            m_findings.warning("reads-as-url", place,
-                               {"the path " + inQuotes(value) + " begins with \"http\"",
-                                "it is taken for a whole URL and never reaches the server",
-                                "begin it with a slash, or name it differently"});
+        if (wholeURL(value))
+            return m_findings.warning("reads-as-url", place,
+                                      {"the path " + inQuotes(value) + " begins with \"http\"",
+                                       "it is taken for a whole URL and never reaches the server",
+                                       "begin it with a slash, or name it differently"});
         // Without a server the path is tried against a typical one.
         const std::string server = m_settings.serverURL.value_or("https://host.example/");
         const auto base = URL::parse(server);
@@ -109,20 +110,42 @@ class Endpoints {
     }
 
     void slashes(const Place& place, const std::string& value, const std::string& server) {
-        const bool opens = value.starts_with('/') || value.starts_with('?');
         if (server.ends_with('/') && value.starts_with('/'))
-            m_findings.warning("double-slash", place,
-                               {"the server's URL ends with a slash and the path begins with one",
-                                "the request goes to " + server + value + ", which most servers do not know",
-                                "drop the slash before the path"});
-        else if (!server.ends_with('/') && !opens)
-            m_findings.error("no-slash", place,
-                             {"neither the server's URL ends with a slash nor the path begins with one",
-                              "the request goes to " + server + value, "end the server's URL with a slash"});
+            m_doubled.push_back(place);
+        else if (!server.ends_with('/') && !value.starts_with('/') && !value.starts_with('?'))
+            m_unslashed.push_back(place);
+    }
+
+    // One finding for all paths, for the server's URL is at fault as likely as they are.
+    void joints(const PropertyList::Dictionary& values) {
+        const std::string server = m_settings.serverURL.value_or("");
+        const auto example = [&](const Place& place) {
+            return "a request goes to " + server + *values.find(place.key)->second.string();
+        };
+        if (!m_doubled.empty())
+            m_findings.warning(
+                "double-slash", m_doubled.front(),
+                {"the server's URL ends with a slash and the path begins with one: " + keys(m_doubled),
+                 example(m_doubled.front()) + ", which most servers do not know",
+                 "drop the slash at one of the two"});
+        if (!m_unslashed.empty())
+            m_findings.error(
+                "no-slash", m_unslashed.front(),
+                {"the server's URL has no slash at its end, nor these paths at their beginning: " +
+                     keys(m_unslashed),
+                 example(m_unslashed.front()), "end the server's URL with a slash"});
+    }
+
+    static std::string keys(const std::vector<Place>& places) {
+        std::string text;
+        for (const Place& place : places) text.append(text.empty() ? "" : ", ").append(place.key);
+        return text;
     }
 
     const Host& m_host;
     const PreflightSettings& m_settings;
+    std::string m_pinned = getURLDomain(m_settings.serverURL.value_or(""));
+    std::vector<Place> m_doubled, m_unslashed;
     Findings m_findings{"endpoints"};
 };
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <limits>
 #include <numeric>
 
 namespace torvel::preflight {
@@ -46,6 +47,11 @@ std::vector<fs::path> Host::files(const fs::path& folder, std::string_view exten
     return found;
 }
 
+bool Host::exists(const fs::path& file) {
+    std::error_code error;
+    return fs::exists(file, error);
+}
+
 std::vector<std::string> Host::languages() const {
     std::vector<std::string> names;
     for (const fs::path& folder : files(bundle.directory(), ".lproj")) names.push_back(folder.stem());
@@ -79,6 +85,11 @@ void Findings::add(PreflightSeverity severity, std::string_view rule, Place plac
 
 PreflightSubject Findings::finish(std::string summary) && {
     m_report.summary = std::move(summary);
+    const auto place = [](const PreflightFinding& finding) {
+        constexpr int last = std::numeric_limits<int>::max();
+        return std::pair<const std::string&, int>(finding.file, finding.line == 0 ? last : finding.line);
+    };
+    std::ranges::stable_sort(m_report.findings, {}, place);
     return std::move(m_report);
 }
 

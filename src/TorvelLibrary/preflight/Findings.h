@@ -23,6 +23,7 @@ struct Host {
     // The files of a type (".strings") in a folder of the bundle, sorted.
     std::vector<std::filesystem::path> files(const std::filesystem::path& folder,
                                              std::string_view extension) const;
+    static bool exists(const std::filesystem::path& file);
     // The languages that have a folder ("en" for "en.lproj"), sorted.
     std::vector<std::string> languages() const;
     // Whether the bundle has anything for a screen: a theme, fonts or interface files.
@@ -50,6 +51,7 @@ class Findings {
     void warning(std::string_view rule, Place place, Saying saying);
     void note(std::string_view rule, Place place, std::string what, std::string effect);
 
+    // In the order of files and lines.
     PreflightSubject finish(std::string summary) &&;
 
   private:

@@ -3,16 +3,19 @@
 #include "TorvelLibrary/preflight/InterfaceFile.h"
 #include "TorvelPlatform/uikit/AssetCatalog.h"
 
-#include <algorithm>
+#include <filesystem>
 
 namespace torvel::preflight {
 namespace {
 
-bool hasImage(const Bundle& bundle, std::string_view name) {
-    constexpr std::string_view types[] = {"", "png", "jpg", "jpeg"};
-    return assetFolder(bundle, name, "imageset") || std::ranges::any_of(types, [&](std::string_view type) {
-               return bundle.path(name, type).has_value();
-           });
+// The toolkit loads what an interface file names by itself: a file, from where the interface file is.
+bool hasFile(const Host& host, const InterfaceFile& file, const std::string& image) {
+    return Host::exists((host.bundle.directory() / file.name).parent_path() / image);
+}
+
+bool hasPlaceholder(const Bundle& library) {
+    return assetFolder(library, Constants::placeholderImage, "imageset") ||
+           library.path(Constants::placeholderImage, "png");
 }
 
 }  // namespace
@@ -28,13 +31,13 @@ PreflightSubject examineImages(const Host& host) {
                             "save it again with the designer"});
         for (const auto& [name, line] : file.images) {
             ++asked;
-            if (!hasImage(host.bundle, name))
+            if (!hasFile(host, file, name))
                 findings.error("missing-image", {file.name, line, name},
-                               {"the bundle has no such image", "the placeholder is shown in its place",
-                                "add " + name + ".png, or an image set of that name in an asset catalogue"});
+                               {"there is no such file beside the interface file", "the view shows no image",
+                                "add the file, or correct its name"});
         }
     }
-    if (!files.empty() && !hasImage(Bundle::library(), Constants::placeholderImage))
+    if (host.hasScreen() && !hasPlaceholder(Bundle::library()))
         findings.error(
             "no-placeholder", {.key = std::string(Constants::placeholderImage)},
             {"the library's bundle, " + Bundle::library().directory().string() + ", has no placeholder",

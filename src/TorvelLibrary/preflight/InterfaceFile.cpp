@@ -86,9 +86,12 @@ InterfaceFile InterfaceFile::parse(std::string name, std::string_view content) {
 }
 
 std::vector<InterfaceFile> interfaceFiles(const Host& host) {
-    std::vector<std::filesystem::path> folders{host.bundle.directory()};
-    for (const std::string& language : host.languages())
-        folders.push_back(folders[0] / (language + ".lproj"));
+    const std::filesystem::path& root = host.bundle.directory();
+    std::vector<std::filesystem::path> folders{root};
+    for (const std::string_view extension : {".lproj", ".bundle"}) {
+        const auto inner = host.files(root, extension);
+        folders.insert(folders.end(), inner.begin(), inner.end());
+    }
     std::vector<InterfaceFile> files;
     for (const auto& folder : folders) {
         for (const auto& path : host.files(folder, ".ui")) {

@@ -23,7 +23,8 @@ struct InterfaceFile {
     static InterfaceFile parse(std::string name, std::string_view content);
 };
 
-// Those in the bundle's root and in the folders of its languages. One that cannot be read is left out.
+// Those in the bundle's root, in the folders of its languages and in the bundles of modules inside it. One
+// that cannot be read is left out.
 std::vector<InterfaceFile> interfaceFiles(const Host& host);
 
 }  // namespace torvel::preflight

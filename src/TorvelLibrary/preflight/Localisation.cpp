@@ -148,7 +148,7 @@ class Localisation {
             const std::string* const text = otherTable.texts.value(key);
             if (text == nullptr)
                 m_findings.warning("missing-key", {otherTable.file.name(), 0, key},
-                                   {"the key stands in " + table.file.name() + " only",
+                                   {"the key stands in " + table.file.name() + " and not here",
                                     "users of this language read the key itself", "translate it"});
             else if (const auto found = placeholders(*text); found != expected)
                 m_findings.error(

@@ -35,7 +35,7 @@ struct PreflightFinding {
 struct PreflightSubject {
     std::string name;                        ///< "endpoints", "certificates", ...
     std::string summary;                     ///< what was looked at, for one line
-    std::vector<PreflightFinding> findings;  ///< as they were met
+    std::vector<PreflightFinding> findings;  ///< by file and line
 };
 
 /// The builder's settings that resources are checked against.

@@ -102,6 +102,6 @@ Predicate::Verdict Predicate::judge(std::string_view text) const {
     return m_pattern->judge(text, error);
 }
 
-const std::optional<std::string>& Predicate::fault() const { return m_pattern->fault; }
+std::optional<std::string> Predicate::fault() const { return m_pattern->fault; }
 
 }  // namespace torvel

@@ -20,31 +20,31 @@ class PreflightTest : public HostFixture {
     PreflightTest() {
         copySample();
         settings.serverURL = "https://api.example/v1/";
-        Bundle::setMain(host);
-        Bundle::setLibrary(addResource("library/noImage.png", "").parent_path());
+        Bundle::setLibrary(directory() / "library");
     }
 
     void copySample() const {
-        fs::remove_all(host);
-        fs::copy(TORVEL_SAMPLE_RESOURCES, host, fs::copy_options::recursive);
+        fs::remove_all(directory());
+        fs::copy(TORVEL_SAMPLE_RESOURCES, directory(), fs::copy_options::recursive);
+        addResource("library/noImage.png", "");
     }
 
     // Puts `to` in the place of `from` in a file, or of the whole file; nothing (nullptr) removes it.
     void spoil(const std::string& name, std::string_view from, const char* to) const {
-        if (to == nullptr) return fs::remove_all(host / name), void();
+        if (to == nullptr) return fs::remove_all(directory() / name), void();
         std::string content = to;
         if (!from.empty()) {
-            content = readFile(host / name).value().raw();
+            content = readFile(directory() / name).value().raw();
             ASSERT_NE(content.find(from), content.npos) << from;
             content.replace(content.find(from), from.size(), to);
         }
-        addResource("host/" + name, content);
+        addResource(name, content);
     }
 
     // "<rule> <file>:<line> <key>" of every finding but the notes, each on a line.
     std::string findings() const {
         std::string lines;
-        for (const PreflightSubject& subject : Preflight::examine(*Bundle::at(host), settings)) {
+        for (const PreflightSubject& subject : Preflight::examine(*Bundle::at(directory()), settings)) {
             for (const PreflightFinding& finding : subject.findings) {
                 if (finding.severity == PreflightSeverity::note) continue;
                 EXPECT_FALSE(finding.what.empty() || finding.effect.empty() || finding.remedy.empty());
@@ -55,7 +55,6 @@ class PreflightTest : public HostFixture {
         return lines;
     }
 
-    const fs::path host = directory() / "host";
     PreflightSettings settings;
 };
 
@@ -115,9 +114,9 @@ TEST_F(PreflightTest, FindsEveryFaultOfTheBrokenSample) {
         {"ar_bold.ttf", "", "no font", "fonts.missing-face @:0 "},
         {"Poppins-Bold.ttf", "", nullptr, "fonts.missing-face @:0 "},
         {french, "\"offline\"", "\"outline\"",
-         "localisation.missing-key @:0 offline\n"
          "localisation.missing-key ar.lproj/Localizable.strings:0 outline\n"
-         "localisation.missing-key en.lproj/Localizable.strings:0 outline"},
+         "localisation.missing-key en.lproj/Localizable.strings:0 outline\n"
+         "localisation.missing-key @:0 offline"},
         {french, "%@", "%d", "localisation.placeholders @:9 balance_greeting"},
         {french, "%@", "%1$@ à 5 % de 100%%", ""},
         {french, ";", "", "localisation.unparsed @:3 "},
@@ -125,6 +124,10 @@ TEST_F(PreflightTest, FindsEveryFaultOfTheBrokenSample) {
         {"fr-CA.lproj/empty", "", "",
          "localisation.region-folder fr-CA.lproj:0 \n"
          "localisation.missing-table fr-CA.lproj/Localizable.strings:0 "},
+        {"en.lproj", "", nullptr,
+         "configurations.missing @/Configurations.strings:0 \n"
+         "localisation.no-default-folder @:0 "},
+        {"ColorThemeDim.plist/a", "", "", "colours.unreadable ColorThemeDim.plist:0 "},
         {"de_regular.ttf", "", "no font", "localisation.no-folder de.lproj:0 "},
         {ui, "",
          "<ui><!-- <string>Gone</string> -->\n<string>Log  in</string><string notr=\"true\">ok</string></ui>",
@@ -144,7 +147,7 @@ TEST_F(PreflightTest, FindsEveryFaultOfTheBrokenSample) {
     }
 
     copySample();
-    fs::copy_file(host / "Poppins-Medium.ttf", host / "Poppins-Bold.ttf",
+    fs::copy_file(directory() / "Poppins-Medium.ttf", directory() / "Poppins-Bold.ttf",
                   fs::copy_options::overwrite_existing);
     spoil(ui, "", "<ui/>");
     fs::remove(directory() / "library/noImage.png");
@@ -153,7 +156,7 @@ TEST_F(PreflightTest, FindsEveryFaultOfTheBrokenSample) {
 
 TEST_F(PreflightTest, ChecksCertificatesAndPinsAgainstTheSettings) {
     const Identity server = issue({.lastDay = 90, .rsaBits = 2048}), elliptic = issue({.lastDay = 90});
-    addResource("host/backup.der", elliptic.der.raw());
+    addResource("backup.der", elliptic.der.raw());
     const auto certificates = [](std::vector<std::string> names) {
         return SSlPinningType::certificate(names);
     };
@@ -189,7 +192,7 @@ TEST_F(PreflightTest, ChecksCertificatesAndPinsAgainstTheSettings) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.expected);
-        addResource("host/server.der", row.der);
+        addResource("server.der", row.der);
         settings.sslType = row.pins;
         settings.encryptionCertName =
             row.encryption ? std::optional<std::string>(row.encryption) : std::nullopt;
@@ -215,8 +218,8 @@ TEST_F(PreflightTest, ChecksTheServerAndTheHostsBesideIt) {
         {"api.example/", false, false, "endpoints.server :0 serverURL\n"},
     };
     const Identity one = issue({.lastDay = 90}), other = issue({.lastDay = 90});
-    addResource("host/one.der", one.der.raw());
-    addResource("host/other.der", other.der.raw());
+    addResource("one.der", one.der.raw());
+    addResource("other.der", other.der.raw());
     for (const Row& row : rows) {
         SCOPED_TRACE(row.server);
         settings.serverURL = row.server;
@@ -228,7 +231,7 @@ TEST_F(PreflightTest, ChecksTheServerAndTheHostsBesideIt) {
 }
 
 TEST_F(PreflightTest, RefusesToStartWhatWouldBeUnprotected) {
-    addResource("host/server.der", issue({.lastDay = 90, .rsaBits = 2048}).der.raw());
+    addResource("server.der", issue({.lastDay = 90, .rsaBits = 2048}).der.raw());
     spoil("fr.lproj/Localizable.strings", "%@", "%d");
     TorvelLibraryBuilder builder;
     builder.setServerURL("https://api.example/v1/").setEncryptionCertName("server");
@@ -243,7 +246,8 @@ TEST_F(PreflightTest, RefusesToStartWhatWouldBeUnprotected) {
     EXPECT_DEATH(Preflight::check(), "no encryption certificate is named");
     builder.setEncryptionCertName("server").setSSlType(SSlPinningType::certificate({"server"})).build();
     spoil("EndpointsConfig.plist", "api/v1/login", "https://other.example/login");
-    EXPECT_DEATH(Preflight::check(), "EndpointsConfig.plist:5 login: \"other.example\" is another host");
+    EXPECT_DEATH(Preflight::check(),
+                 "EndpointsConfig.plist:5 login: \"other.example\" is another host than \"api.example\"");
 }
 
 }  // namespace
