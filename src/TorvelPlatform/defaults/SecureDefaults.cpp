@@ -123,6 +123,8 @@ std::optional<PropertyValue> SecureDefaults::object(std::string_view key) const 
     return outcome ? std::move(outcome).value() : std::nullopt;
 }
 
+bool SecureDefaults::contains(std::string_view key) const { return object(key).has_value(); }
+
 StoreStatus SecureDefaults::set(std::string_view key, const PropertyValue& value) const {
     return counted(m_engine->write(key, value));
 }

@@ -78,6 +78,8 @@ class SecureDefaults {
     Outcome<std::optional<PropertyValue>, StoreStatus> read(std::string_view key) const;
     // The same without the reason.
     std::optional<PropertyValue> object(std::string_view key) const;
+    // Whether there is a value that can be read.
+    bool contains(std::string_view key) const;
     // noKey before setPassword. Writing over a broken entry, or removing it, ends that damage.
     StoreStatus set(std::string_view key, const PropertyValue& value) const;
     StoreStatus remove(std::string_view key) const;
