@@ -38,7 +38,7 @@ constexpr std::array queries{
     "INSERT INTO entry VALUES(?1, ?2) ON CONFLICT(tag) DO UPDATE SET sealed=excluded.sealed",
     "DELETE FROM entry WHERE tag=?1",
     "DELETE FROM entry",
-    "SELECT tag, sealed FROM entry WHERE tag>x'' ORDER BY tag",
+    "SELECT tag, sealed FROM entry WHERE tag>?1 AND tag<?2 ORDER BY tag",
 };
 
 std::string_view blob(sqlite3_stmt* statement, int column) {
@@ -228,8 +228,9 @@ StoreStatus Database::erase(std::string_view tag) { return run(remove, {tag}); }
 StoreStatus Database::eraseAll() { return run(removeAll); }
 
 StoreStatus Database::forEach(
+    std::string_view after, std::string_view before,
     const std::function<void(std::string_view tag, std::string_view sealed)>& visit) {
-    Run run(*this, all, {});
+    Run run(*this, between, {after, before});
     int code;
     while ((code = run.step()) == SQLITE_ROW) visit(run.column(0), run.column(1));
     return statusOf(code);

@@ -34,7 +34,9 @@ class Database {
     StoreStatus put(std::string_view tag, std::string_view sealed);
     StoreStatus erase(std::string_view tag);
     StoreStatus eraseAll();
-    StoreStatus forEach(const std::function<void(std::string_view tag, std::string_view sealed)>& visit);
+    // The entries between two tags, which may be none of any.
+    StoreStatus forEach(std::string_view after, std::string_view before,
+                        const std::function<void(std::string_view tag, std::string_view sealed)>& visit);
 
     // What is wrong with the structure of the file; "ok" when nothing is.
     std::string integrity();
@@ -71,7 +73,7 @@ class Database {
         upsert,
         remove,
         removeAll,
-        all,
+        between,
         queryCount
     };
     struct CloseConnection {

@@ -88,12 +88,11 @@ class SecureDefaults {
     static StoreStatus removePersistentDomain(std::string_view name);
 
     // What any write to the store changes, whichever process writes: a value that was read after a mark was
-    // taken is the stored one as long as the mark stays the same. Absent while the store is not open or was
-    // moved aside: read. Costs a few nanoseconds.
+    // taken is the stored one as long as the mark stays the same. Absent while the store is not open, is
+    // being written to or was moved aside: read. Costs a few nanoseconds.
     struct ChangeMark {
         const void* place;
         std::uint64_t sequence;
-        std::uint64_t changes;
         bool operator==(const ChangeMark&) const = default;
     };
     std::optional<ChangeMark> changeMark() const;

@@ -93,11 +93,20 @@ std::string StoreFiles::lastSequence() const {
     return content ? std::move(content).value().raw() : std::string();
 }
 
-void StoreFiles::setLastSequence(std::string_view sealed) const {
+bool StoreFiles::writeLast(const void* bytes, std::size_t size, std::size_t at) const {
     const Descriptor opened(
         ::open(m_last.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (!opened) return;
-    [[maybe_unused]] const ssize_t written = ::pwrite(opened.get(), sealed.data(), sealed.size(), 0);
+    return opened &&
+           ::pwrite(opened.get(), bytes, size, static_cast<off_t>(at)) == static_cast<ssize_t>(size);
+}
+
+void StoreFiles::setLastSequence(std::string_view sealed) const {
+    writeLast(sealed.data(), sealed.size(), 0);
+}
+
+StoreStatus StoreFiles::announce(std::uint64_t sequence) const {
+    const bool isDone = writeLast(&sequence, sizeof sequence, offsetof(SequencePage, announced));
+    return isDone ? StoreStatus::ok : statusOfSystemError(errno);
 }
 
 const SequencePage* StoreFiles::mapLastSequence() const {

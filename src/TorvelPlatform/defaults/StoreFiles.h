@@ -15,7 +15,9 @@ namespace torvel {
 // in it at once, without a system call. It stays mapped as long as the process lives.
 struct SequencePage {
     std::uint64_t sequence;
-    std::uint8_t rest[56];
+    std::uint8_t check[16];
+    std::uint64_t announced;  // another number while a write is under way, or when its process was killed
+    std::uint8_t rest[32];
     std::uint8_t isRetired;  // beyond the file's end, hence 0, until the store is moved aside
 };
 
@@ -49,6 +51,8 @@ class StoreFiles {
 
     std::string lastSequence() const;  // empty when there is none
     void setLastSequence(std::string_view sealed) const;
+    // Under the database's lock for writing, before the write is made: without it others might miss it.
+    StoreStatus announce(std::uint64_t sequence) const;
     const SequencePage* mapLastSequence() const;  // nullptr when there is none
     // Has all who have it mapped look anew.
     void retireLastSequence() const;
@@ -58,6 +62,8 @@ class StoreFiles {
     StoreStatus moveAside() const;
 
   private:
+    bool writeLast(const void* bytes, std::size_t size, std::size_t at) const;
+
     std::string m_name;  // among the keys of the Secret Service
     std::filesystem::path m_directory, m_key, m_last;
 };

@@ -155,12 +155,12 @@ const Row rows[] = {
          test.sql(
              "UPDATE entry SET sealed = substr(sealed, 1, 30) || x'00' || substr(sealed, 32) WHERE tag=$a");
      },
-     StoreStatus::damaged, damaged, "second", damaged},
+     StoreStatus::damaged, damaged, "second", "-"},
     {"entry of a newer format",
      [](auto& test) { test.sql("UPDATE entry SET sealed = x'02' || substr(sealed, 2) WHERE tag=$a"); },
-     StoreStatus::damaged, std::string(describe(StoreStatus::newerFormat)), "second", damaged},
+     StoreStatus::damaged, std::string(describe(StoreStatus::newerFormat)), "second", "-"},
     {"entry deleted", [](auto& test) { test.sql("DELETE FROM entry WHERE tag=$a"); }, StoreStatus::damaged,
-     damaged, "second", damaged},
+     damaged, "second", "-"},
     {"entries swapped",
      [](auto& test) {
          test.sql(
@@ -168,10 +168,10 @@ const Row rows[] = {
              "UPDATE entry SET sealed=(SELECT sealed FROM t WHERE tag=$b) WHERE tag=$a;"
              "UPDATE entry SET sealed=(SELECT sealed FROM t WHERE tag=$a) WHERE tag=$b");
      },
-     StoreStatus::damaged, damaged, damaged, damaged},
+     StoreStatus::damaged, damaged, damaged, "-"},
     {"entry moved to another name",
      [](auto& test) { test.sql("DELETE FROM entry WHERE tag=$a; UPDATE entry SET tag=$a WHERE tag=$c"); },
-     StoreStatus::damaged, damaged, "second", damaged},
+     StoreStatus::damaged, damaged, "second", "-"},
     {"entry of another suite",
      [](auto& test) {
          const fs::path other =
@@ -180,13 +180,13 @@ const Row rows[] = {
                   "' AS o; UPDATE entry SET sealed=(SELECT max(sealed) FROM o.entry "
                   "WHERE tag>x'') WHERE tag=$a");
      },
-     StoreStatus::damaged, damaged, "second", damaged},
+     StoreStatus::damaged, damaged, "second", "-"},
     {"older entry put back under its name",
      [](auto& test) {
          test.sql("ATTACH '" + (test.data() / "older.rows").native() +
                   "' AS o; UPDATE entry SET sealed=(SELECT sealed FROM o.entry WHERE tag=$a) WHERE tag=$a");
      },
-     StoreStatus::rolledBack},
+     StoreStatus::rolledBack, std::string(describe(StoreStatus::rolledBack)), "second", "-"},
     {"older summary put back",
      [](auto& test) {
          test.sql("ATTACH '" + (test.data() / "older.rows").native() +
@@ -213,7 +213,9 @@ TEST_P(EveryDamage, IsToldAndHarmsNothingElse) {
     const SecureDefaults store = SecureDefaults::shared();
     EXPECT_TRUE(store.isKeyCreated());
 
-    EXPECT_EQ(store.status(), row.status);
+    // What is wrong with an entry shows where it is read or looked for, and when everything is verified.
+    const bool isInEntries = row.none == "-";
+    EXPECT_EQ(store.status(), isInEntries ? StoreStatus::ok : row.status);
     const std::string reason(describe(row.status));
     EXPECT_EQ(readText(store, "a"), row.a.empty() ? reason : row.a);
     EXPECT_EQ(readText(store, "b"), row.b.empty() ? reason : row.b);
@@ -222,9 +224,8 @@ TEST_P(EveryDamage, IsToldAndHarmsNothingElse) {
     EXPECT_EQ(faults.empty(), row.status == StoreStatus::ok);
     if (faults.empty()) return;
 
-    EXPECT_EQ(faults.front().status, row.status);
     EXPECT_EQ(faults.front().domain, "test-host");
-    EXPECT_EQ(lines.front(), "The encrypted store \"test-host\": " + reason + ".");
+    EXPECT_EQ(lines.front(), "The encrypted store \"test-host\": " + (isInEntries ? row.a : reason) + ".");
     EXPECT_EQ(lines.size(), faults.size());
     EXPECT_NE(store.setPassword("another"), StoreStatus::ok);
     EXPECT_EQ(fs::exists(fs::symlink_status(key())), hadKey);
@@ -271,7 +272,7 @@ TEST_F(StoreDamageTest, GoesOnBesideTheDamage) {
     sql("UPDATE entry SET sealed = x'00' WHERE tag=$b; DELETE FROM entry WHERE tag=$c");
     EXPECT_EQ(store.remove("b"), StoreStatus::ok);
     reopen();
-    EXPECT_EQ(store.status(), StoreStatus::damaged);  // c is still missed
+    EXPECT_EQ(readText(store, "c"), damaged);  // still missed
     EXPECT_EQ(readText(store, "a"), "anew");
     EXPECT_EQ(SecureDefaults::removePersistentDomain("test-host"), StoreStatus::ok);
     EXPECT_EQ(readText(store, "a"), "-");
