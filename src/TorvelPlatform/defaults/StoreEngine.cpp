@@ -84,7 +84,8 @@ StoreStatus StoreEngine::openUnderLock() {
     if (status != StoreStatus::ok && status != StoreStatus::damaged) return status;
     note(status);
     m_open.emplace(sealer, std::move(database).value());
-    m_sequence = m_files.mapLastSequence();
+    m_mapping = m_files.mapLastSequence(m_mapping);
+    m_sequence = m_mapping.page;
     return StoreStatus::ok;
 }
 

@@ -83,8 +83,9 @@ class StoreEngine {
     const StoreFiles m_files;
     std::mutex m_mutex;
     std::optional<Opened> m_open;
-    std::atomic<const SequencePage*> m_sequence{nullptr};
-    std::vector<StoreFault> m_faults;  // of the operation that is running
+    StoreFiles::Mapping m_mapping;
+    std::atomic<const SequencePage*> m_sequence{nullptr};  // its page, for readers without the lock
+    std::vector<StoreFault> m_faults;                      // of the operation that is running
 };
 
 // Tells the damage handler and the diagnostics.

@@ -109,12 +109,14 @@ StoreStatus StoreFiles::announce(std::uint64_t sequence) const {
     return isDone ? StoreStatus::ok : statusOfSystemError(errno);
 }
 
-const SequencePage* StoreFiles::mapLastSequence() const {
+StoreFiles::Mapping StoreFiles::mapLastSequence(const Mapping& before) const {
     const Descriptor opened(::open(m_last.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
     struct stat status {};
-    if (!opened || ::fstat(opened.get(), &status) != 0 || status.st_size == 0) return nullptr;
+    if (!opened || ::fstat(opened.get(), &status) != 0 || status.st_size == 0) return {};
+    if (before.page != nullptr && before.file == status.st_ino) return before;
     void* const page = ::mmap(nullptr, sizeof(SequencePage), PROT_READ, MAP_SHARED, opened.get(), 0);
-    return page == MAP_FAILED ? nullptr : static_cast<const SequencePage*>(page);
+    if (page == MAP_FAILED) return {};
+    return {static_cast<const SequencePage*>(page), status.st_ino};
 }
 
 void StoreFiles::retireLastSequence() const {

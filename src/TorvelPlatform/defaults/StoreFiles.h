@@ -9,6 +9,8 @@
 #include <optional>
 #include <string>
 
+#include <sys/types.h>
+
 namespace torvel {
 
 // The head of the file with the sequence number of the last write, mapped: every write of any process shows
@@ -53,7 +55,12 @@ class StoreFiles {
     void setLastSequence(std::string_view sealed) const;
     // Under the database's lock for writing, before the write is made: without it others might miss it.
     StoreStatus announce(std::uint64_t sequence) const;
-    const SequencePage* mapLastSequence() const;  // nullptr when there is none
+    // nullptr when there is none. The page that was mapped before is kept where it is still that of the file.
+    struct Mapping {
+        const SequencePage* page = nullptr;
+        ino_t file = 0;
+    };
+    Mapping mapLastSequence(const Mapping& before) const;
     // Has all who have it mapped look anew.
     void retireLastSequence() const;
     StoreStatus forgetLastSequence() const;
