@@ -38,6 +38,10 @@ class Database {
     StoreStatus forEach(std::string_view after, std::string_view before,
                         const std::function<void(std::string_view tag, std::string_view sealed)>& visit);
 
+    // Writes the log over by what it holds, and forces that to disk: after a sync that failed the system
+    // would not write it again, however often it is synced. Within a transaction for writing.
+    StoreStatus rewriteLog();
+
     // What is wrong with the structure of the file; "ok" when nothing is.
     std::string integrity();
     // Takes the entries out of the way of every other connection, for a file about to be moved aside.
@@ -87,11 +91,12 @@ class Database {
 
     StoreStatus connect(const std::filesystem::path& file);
     StoreStatus checkFormat();
-    StoreStatus reserveLog(const std::string& log);
+    StoreStatus reserveLog();
     StoreStatus execute(const char* statements);
     StoreStatus run(Query query, std::initializer_list<std::string_view> values = {});
     Outcome<int, StoreStatus> number(const char* question);
     StoreStatus statusOf(int code) const;
+    std::filesystem::path file() const;
 
     std::unique_ptr<sqlite3, CloseConnection> m_connection;
     std::array<StatementPtr, queryCount> m_statements;  // prepared at their first use; closed first

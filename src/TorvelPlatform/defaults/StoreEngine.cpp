@@ -113,14 +113,16 @@ StoreStatus StoreEngine::check(const StoreSealer& sealer, Database& database) {
                                                                       : restate(sealer, database);
 }
 
-// Where the sequence number is gone, or a write was announced by a process that was killed.
+// Where the sequence number is gone, or a write was announced that failed or whose process was killed: what
+// the log holds of it may never have reached the disk, and is relied on from here.
 StoreStatus StoreEngine::restate(const StoreSealer& sealer, Database& database) {
     const Database::Transaction transaction(database, Database::Transaction::writing);
     if (transaction.status() != StoreStatus::ok) return transaction.status();
     const auto summary = StoreLedger(sealer, database).summary();
     if (!summary) return summary.error();
-    m_files.setLastSequence(sealer.sealSequence(summary.value().sequence));
-    return StoreStatus::ok;
+    const StoreStatus status = database.rewriteLog();
+    if (status == StoreStatus::ok) m_files.setLastSequence(sealer.sealSequence(summary.value().sequence));
+    return status;
 }
 
 // Whether another process has moved the store aside, which it does under the lock that is waited for here.

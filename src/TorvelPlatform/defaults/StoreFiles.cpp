@@ -96,8 +96,9 @@ std::string StoreFiles::lastSequence() const {
 bool StoreFiles::writeLast(const void* bytes, std::size_t size, std::size_t at) const {
     const Descriptor opened(
         ::open(m_last.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    return opened &&
-           ::pwrite(opened.get(), bytes, size, static_cast<off_t>(at)) == static_cast<ssize_t>(size);
+    if (!opened) return false;
+    errno = ENOSPC;  // what a short write means
+    return ::pwrite(opened.get(), bytes, size, static_cast<off_t>(at)) == static_cast<ssize_t>(size);
 }
 
 void StoreFiles::setLastSequence(std::string_view sealed) const {

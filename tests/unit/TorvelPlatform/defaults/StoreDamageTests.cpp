@@ -5,9 +5,7 @@
 #include <random>
 
 #include <gmock/gmock.h>
-#include <signal.h>
 #include <sqlite3.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace torvel {
@@ -319,36 +317,6 @@ TEST_F(StoreDamageTest, FlippedBytesNeverGiveAWrongValue) {
     EXPECT_GT(harmed, 100);
     EXPECT_GT(served, 100 * 50);
     RecordProperty("harmed", harmed);
-}
-
-TEST_F(StoreDamageTest, FullDisk) {
-    const SecureDefaults store = storeWithKey();
-    ::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{4 << 20, RLIM_INFINITY};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
-    int written = 0;
-    StoreStatus status = StoreStatus::ok;
-    while (written < 100 && status == StoreStatus::ok) {
-        status =
-            store.set(std::to_string(written), std::string(100000, static_cast<char>('a' + written % 26)));
-        written += status == StoreStatus::ok ? 1 : 0;
-    }
-    EXPECT_EQ(status, StoreStatus::diskFull);
-    EXPECT_EQ(faults.back().status, StoreStatus::diskFull);
-    EXPECT_EQ(faults.back().key, std::to_string(written));
-    const auto expectAll = [&] {
-        for (int i = 0; i < written; ++i)
-            EXPECT_EQ(readText(store, std::to_string(i)),
-                      std::string(100000, static_cast<char>('a' + i % 26)));
-        EXPECT_EQ(readText(store, std::to_string(written)), "-");
-    };
-    expectAll();
-    const rlimit none{RLIM_INFINITY, RLIM_INFINITY};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &none), 0);
-    reopen();
-    expectAll();
-    EXPECT_EQ(store.set(std::to_string(written), "x"), StoreStatus::ok);
-    EXPECT_EQ(store.verify().status, StoreStatus::ok);
 }
 
 TEST_F(StoreDamageTest, PlaceThatCannotBeWrittenTo) {
