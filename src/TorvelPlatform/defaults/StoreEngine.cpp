@@ -159,8 +159,7 @@ auto StoreEngine::opened(std::string_view key, Operation operation) {
 }
 
 StoreStatus StoreEngine::status() {
-    return locked([&] {
-        if (const StoreStatus status = open(); status != StoreStatus::ok) return note(status);
+    return opened({}, [&] {
         const auto summary = m_open->ledger.summary();
         return summary ? StoreStatus::ok : summary.error();
     });
