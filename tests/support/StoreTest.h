@@ -1,7 +1,6 @@
 #pragma once
 
 #include "TorvelPlatform/defaults/SecureDefaults.h"
-#include "TorvelPlatform/foundation/UUID.h"
 #include "TorvelTesting/HostFixture.h"
 
 #include <functional>
@@ -60,7 +59,7 @@ inline std::string numbered(std::string_view name, int number) {
 inline SecureDefaults storeWithKey(std::string_view suite = {}) {
     const SecureDefaults store = suite.empty() ? SecureDefaults::shared() : *SecureDefaults::suite(suite);
     if (store.isKeyCreated()) return store;
-    EXPECT_EQ(store.setPassword(randomUUIDString()), StoreStatus::ok);
+    EXPECT_EQ(store.setPassword("2c1f6d4e-52b5-4b0a-9f53-6f1f4c1f8a57"), StoreStatus::ok);
     return store;
 }
 

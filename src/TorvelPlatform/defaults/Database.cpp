@@ -4,6 +4,7 @@
 #include "TorvelPlatform/defaults/StoreKey.h"
 #include "TorvelPlatform/foundation/UserDirectories.h"
 
+#include <algorithm>
 #include <cerrno>
 
 #include <fcntl.h>
@@ -38,7 +39,7 @@ constexpr std::array queries{
     "INSERT INTO entry VALUES(?1, ?2) ON CONFLICT(tag) DO UPDATE SET sealed=excluded.sealed",
     "DELETE FROM entry WHERE tag=?1",
     "DELETE FROM entry",
-    "SELECT tag, sealed FROM entry WHERE tag>x'' ORDER BY tag",
+    "SELECT tag, sealed FROM entry WHERE tag>?1 AND tag<?2 ORDER BY tag",
 };
 
 std::string_view blob(sqlite3_stmt* statement, int column) {
@@ -54,19 +55,26 @@ StoreStatus makePrivateFile(const fs::path& file) {
     return StoreStatus::ok;
 }
 
-StoreStatus zeroFillUpTo(off_t size, const std::string& file) {
-    static constexpr std::array<char, 64 * 1024> zeros{};
-    const Descriptor opened(::open(file.c_str(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC));
-    struct stat status {};
-    if (!opened || ::fstat(opened.get(), &status) != 0) return statusOfSystemError(errno);
-    if (status.st_size >= size) return StoreStatus::ok;
-    for (off_t at = status.st_size; at < size;) {
-        const auto wanted = std::min<off_t>(size - at, zeros.size());
-        const ssize_t written = ::pwrite(opened.get(), zeros.data(), static_cast<std::size_t>(wanted), at);
+// Writes a file over by what it holds, and by zeros from its end up to a size; forces that to disk.
+StoreStatus rewrite(const fs::path& file, off_t from, off_t size) {
+    std::array<char, 64 * 1024> block;
+    const Descriptor opened(::open(file.c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC));
+    if (!opened) return statusOfSystemError(errno);
+    for (off_t at = from; at < size;) {
+        const auto wanted = static_cast<std::size_t>(std::min<off_t>(size - at, block.size()));
+        const ssize_t present = ::pread(opened.get(), block.data(), wanted, at);
+        if (present < 0) return statusOfSystemError(errno);
+        std::fill(block.begin() + present, block.end(), '\0');
+        const ssize_t written = ::pwrite(opened.get(), block.data(), wanted, at);
         if (written <= 0) return statusOfSystemError(errno);
         at += written;
     }
     return ::fsync(opened.get()) == 0 ? StoreStatus::ok : statusOfSystemError(errno);
+}
+
+off_t sizeOf(const fs::path& file) {
+    struct stat status {};
+    return ::stat(file.c_str(), &status) == 0 ? status.st_size : 0;
 }
 
 }  // namespace
@@ -157,7 +165,7 @@ StoreStatus Database::connect(const fs::path& file) {
     status = execute(set_up);
     if (status == StoreStatus::ok) status = checkFormat();
     if (status == StoreStatus::ok) status = execute("PRAGMA journal_mode=WAL");
-    return status == StoreStatus::ok ? reserveLog(file.native() + "-wal") : status;
+    return status == StoreStatus::ok ? reserveLog() : status;
 }
 
 StoreStatus Database::checkFormat() {
@@ -169,10 +177,20 @@ StoreStatus Database::checkFormat() {
     return (version.value() == 0) == empty.value() ? StoreStatus::ok : StoreStatus::damaged;
 }
 
+fs::path Database::file() const { return sqlite3_db_filename(m_connection.get(), "main"); }
+
 // Under the write lock, as nobody else writes to the log meanwhile.
-StoreStatus Database::reserveLog(const std::string& log) {
+StoreStatus Database::reserveLog() {
     const Transaction transaction(*this, Transaction::writing);
-    return transaction.status() == StoreStatus::ok ? zeroFillUpTo(reservedLog, log) : transaction.status();
+    if (transaction.status() != StoreStatus::ok) return transaction.status();
+    const fs::path log = file().native() + "-wal";
+    const off_t size = sizeOf(log);
+    return size < reservedLog ? rewrite(log, size, reservedLog) : StoreStatus::ok;
+}
+
+StoreStatus Database::rewriteLog() {
+    const fs::path log = file().native() + "-wal";
+    return rewrite(log, 0, sizeOf(log));
 }
 
 StoreStatus Database::execute(const char* statements) {
@@ -209,8 +227,7 @@ StoreStatus Database::create(std::string_view sealedSummary) {
     if (status == StoreStatus::ok) status = put({}, sealedSummary);
     if (status == StoreStatus::ok) status = transaction.commit();
     if (status != StoreStatus::ok) return status;
-    const fs::path file = sqlite3_db_filename(m_connection.get(), "main");
-    return syncDirectory(file.parent_path()) ? StoreStatus::ok : statusOfSystemError(errno);
+    return syncDirectory(file().parent_path()) ? StoreStatus::ok : statusOfSystemError(errno);
 }
 
 Outcome<std::optional<std::string>, StoreStatus> Database::find(std::string_view tag) {
@@ -228,8 +245,9 @@ StoreStatus Database::erase(std::string_view tag) { return run(remove, {tag}); }
 StoreStatus Database::eraseAll() { return run(removeAll); }
 
 StoreStatus Database::forEach(
+    std::string_view after, std::string_view before,
     const std::function<void(std::string_view tag, std::string_view sealed)>& visit) {
-    Run run(*this, all, {});
+    Run run(*this, between, {after, before});
     int code;
     while ((code = run.step()) == SQLITE_ROW) visit(run.column(0), run.column(1));
     return statusOf(code);

@@ -34,7 +34,13 @@ class Database {
     StoreStatus put(std::string_view tag, std::string_view sealed);
     StoreStatus erase(std::string_view tag);
     StoreStatus eraseAll();
-    StoreStatus forEach(const std::function<void(std::string_view tag, std::string_view sealed)>& visit);
+    // The entries between two tags, which may be none of any.
+    StoreStatus forEach(std::string_view after, std::string_view before,
+                        const std::function<void(std::string_view tag, std::string_view sealed)>& visit);
+
+    // Writes the log over by what it holds, and forces that to disk: after a sync that failed the system
+    // would not write it again, however often it is synced. Within a transaction for writing.
+    StoreStatus rewriteLog();
 
     // What is wrong with the structure of the file; "ok" when nothing is.
     std::string integrity();
@@ -71,7 +77,7 @@ class Database {
         upsert,
         remove,
         removeAll,
-        all,
+        between,
         queryCount
     };
     struct CloseConnection {
@@ -85,11 +91,12 @@ class Database {
 
     StoreStatus connect(const std::filesystem::path& file);
     StoreStatus checkFormat();
-    StoreStatus reserveLog(const std::string& log);
+    StoreStatus reserveLog();
     StoreStatus execute(const char* statements);
     StoreStatus run(Query query, std::initializer_list<std::string_view> values = {});
     Outcome<int, StoreStatus> number(const char* question);
     StoreStatus statusOf(int code) const;
+    std::filesystem::path file() const;
 
     std::unique_ptr<sqlite3, CloseConnection> m_connection;
     std::array<StatementPtr, queryCount> m_statements;  // prepared at their first use; closed first

@@ -10,7 +10,7 @@ namespace torvel {
 namespace {
 
 constexpr char formatVersion = 1;
-constexpr char entryContent = 'e', summaryContent = 's';
+constexpr char entryContent = 'e', summaryContent = 's', pageContent = 'p';
 constexpr std::size_t nonceSize = crypto_aead_xchacha20poly1305_ietf_NPUBBYTES;
 constexpr std::size_t authenticatorSize = crypto_aead_xchacha20poly1305_ietf_ABYTES;
 
@@ -36,6 +36,21 @@ Digest digestOf(std::string_view bytes, const SecretBytes<16>& key) {
     Digest digest;
     crypto_shorthash_siphashx24(digest.data(), bytesOf(bytes), bytes.size(), key.data());
     return digest;
+}
+
+// Written as it lies in memory.
+template <class Content>
+std::string_view imageOf(const Content& content) {
+    static_assert(std::has_unique_object_representations_v<Content>);
+    return {reinterpret_cast<const char*>(&content), sizeof content};
+}
+
+template <class Content>
+Outcome<Content, StoreStatus> fromImage(std::string_view image) {
+    Content content;
+    if (image.size() != sizeof content) return StoreStatus::damaged;
+    std::memcpy(&content, image.data(), sizeof content);
+    return content;
 }
 
 }  // namespace
@@ -105,19 +120,23 @@ Outcome<OpenedEntry, StoreStatus> StoreSealer::open(std::string_view tag, std::s
 }
 
 std::string StoreSealer::sealSummary(const StoreSummary& summary) const {
-    std::string plain(reinterpret_cast<const char*>(&summary), sizeof summary);
-    static_assert(sizeof summary == 32, "written as it lies in memory");
-    return std::string(m_keyID.begin(), m_keyID.end()) + sealBytes(summaryContent, {}, plain);
+    return std::string(m_keyID.begin(), m_keyID.end()) + sealBytes(summaryContent, {}, imageOf(summary));
 }
 
 Outcome<StoreSummary, StoreStatus> StoreSealer::openSummary(std::string_view sealed) const {
     if (sealed.size() < m_keyID.size()) return StoreStatus::damaged;
     const auto plain = openBytes(summaryContent, {}, sealed.substr(m_keyID.size()));
     if (!plain) return isOwnSummary(sealed) ? plain.error() : StoreStatus::keyMismatch;
-    StoreSummary summary;
-    if (plain.value().size() != sizeof summary) return StoreStatus::damaged;
-    std::memcpy(&summary, plain.value().data(), sizeof summary);
-    return summary;
+    return fromImage<StoreSummary>(plain.value());
+}
+
+std::string StoreSealer::sealPage(std::size_t number, const SummaryPage& page) const {
+    return sealBytes(pageContent, std::string(1, static_cast<char>(number)), imageOf(page));
+}
+
+Outcome<SummaryPage, StoreStatus> StoreSealer::openPage(std::size_t number, std::string_view sealed) const {
+    const auto plain = openBytes(pageContent, std::string(1, static_cast<char>(number)), sealed);
+    return plain ? fromImage<SummaryPage>(plain.value()) : plain.error();
 }
 
 bool StoreSealer::isOwnSummary(std::string_view sealed) const {
@@ -125,22 +144,23 @@ bool StoreSealer::isOwnSummary(std::string_view sealed) const {
 }
 
 // Exclusive or of keyed digests: nobody without the key can choose entries that add up alike.
-void StoreSealer::toggle(StoreSummary& summary, std::string_view tag, std::string_view sealed) const {
+void StoreSealer::toggle(BucketSum& bucket, std::string_view tag, std::string_view sealed) const {
     const Digest digest = digestOf(std::string(tag).append(sealed), m_digests);
-    for (std::size_t i = 0; i < digest.size(); ++i) summary.sum[i] ^= digest[i];
+    for (std::size_t i = 0; i < bucket.sum.size(); ++i) bucket.sum[i] ^= digest[i];
 }
 
 std::string StoreSealer::sealSequence(std::uint64_t sequence) const {
-    std::string bytes(reinterpret_cast<const char*>(&sequence), sizeof sequence);
+    const std::string bytes(imageOf(sequence));
     const Digest check = digestOf(bytes, m_digests);
-    return bytes.append(check.begin(), check.end());
+    return std::string(bytes).append(check.begin(), check.end()).append(bytes);
 }
 
 std::optional<std::uint64_t> StoreSealer::openSequence(std::string_view sealed) const {
-    std::uint64_t sequence;
-    if (sealed.size() < sizeof sequence) return std::nullopt;
-    std::memcpy(&sequence, sealed.data(), sizeof sequence);
-    return sealSequence(sequence) == sealed ? std::optional(sequence) : std::nullopt;
+    const auto sequence = fromImage<std::uint64_t>(sealed.substr(0, sizeof(std::uint64_t)));
+    if (!sequence) return std::nullopt;
+    const auto checked = [](std::string_view bytes) { return bytes.substr(0, 24); };
+    const bool isOwn = checked(sealSequence(sequence.value())) == checked(sealed);
+    return isOwn ? std::optional(sequence.value()) : std::nullopt;
 }
 
 }  // namespace torvel

@@ -11,13 +11,25 @@
 
 namespace torvel {
 
-// What the entries of a store must add up to: kept sealed beside them, changed with every one of them.
-struct StoreSummary {
-    std::uint64_t sequence = 0;          // of the last write
-    std::uint64_t count = 0;             // of entries
-    std::array<std::uint8_t, 16> sum{};  // exclusive or of the entries' digests
+// What the entries of one bucket must add up to. The first byte of a tag is the number of its bucket.
+struct BucketSum {
+    std::uint32_t count = 0;             // of entries
+    std::array<std::uint8_t, 12> sum{};  // exclusive or of the entries' digests
 
-    bool operator==(const StoreSummary&) const = default;
+    bool operator==(const BucketSum&) const = default;
+};
+constexpr std::size_t bucketCount = 256, bucketsAPage = 16, pageCount = bucketCount / bucketsAPage;
+
+// The sums of neighbouring buckets, kept sealed beside their entries and changed with every one of them.
+struct SummaryPage {
+    std::uint64_t sequence = 0;  // of the last write
+    std::array<BucketSum, bucketsAPage> buckets{};
+};
+
+// Binds the pages: only one with the sequence number that stands here counts.
+struct StoreSummary {
+    std::uint64_t sequence = 0;                    // of the last write
+    std::array<std::uint64_t, pageCount> pages{};  // of the last write to each page; 0: no page yet
 };
 
 struct OpenedEntry {
@@ -45,10 +57,13 @@ class StoreSealer {
     // Whether a sealed summary names this key as its own, readable or not.
     bool isOwnSummary(std::string_view sealed) const;
 
-    // Adds an entry to a summary, or takes it out again.
-    void toggle(StoreSummary& summary, std::string_view tag, std::string_view sealed) const;
+    std::string sealPage(std::size_t number, const SummaryPage& page) const;
+    Outcome<SummaryPage, StoreStatus> openPage(std::size_t number, std::string_view sealed) const;
 
-    // The last sequence number for the file beside the key, with a keyed check.
+    // Adds an entry to the sum of its bucket, or takes it out again; the count stays.
+    void toggle(BucketSum& bucket, std::string_view tag, std::string_view sealed) const;
+
+    // The last sequence number for the file beside the key: with a keyed check, and once more as announced.
     std::string sealSequence(std::uint64_t sequence) const;
     std::optional<std::uint64_t> openSequence(std::string_view sealed) const;
 

@@ -6,7 +6,6 @@
 #include "TorvelPlatform/foundation/FatalError.h"
 #include "TorvelPlatform/foundation/Guarded.h"
 
-#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -20,16 +19,6 @@ namespace {
 Guarded<std::shared_ptr<const SecureDefaults::DamageHandler>>& damageHandler() {
     static auto* const handler = new Guarded<std::shared_ptr<const SecureDefaults::DamageHandler>>;
     return *handler;
-}
-
-// The operations of this process that may have changed any store: they show in marks even where the sequence
-// number could not be written.
-std::atomic<std::uint64_t> changes{0};
-
-// Counted when it is done: whoever sees the number sees the change.
-StoreStatus counted(StoreStatus status) {
-    ++changes;
-    return status;
 }
 
 // The engines of the process by the names of their domains. They are never destroyed: whoever still writes
@@ -103,13 +92,13 @@ std::optional<SecureDefaults> SecureDefaults::suite(std::string_view name) {
 }
 
 StoreStatus SecureDefaults::removePersistentDomain(std::string_view name) {
-    return counted(StoreRegistry::instance().engine(name).removeAll());
+    return StoreRegistry::instance().engine(name).removeAll();
 }
 
 bool SecureDefaults::isKeyCreated() const { return m_engine->isKeyCreated(); }
 
 StoreStatus SecureDefaults::setPassword(std::string_view password) const {
-    return counted(m_engine->setPassword(password));
+    return m_engine->setPassword(password);
 }
 
 StoreStatus SecureDefaults::status() const { return m_engine->status(); }
@@ -123,24 +112,24 @@ std::optional<PropertyValue> SecureDefaults::object(std::string_view key) const 
     return outcome ? std::move(outcome).value() : std::nullopt;
 }
 
+bool SecureDefaults::contains(std::string_view key) const { return m_engine->contains(key); }
+
 StoreStatus SecureDefaults::set(std::string_view key, const PropertyValue& value) const {
-    return counted(m_engine->write(key, value));
+    return m_engine->write(key, value);
 }
 
-StoreStatus SecureDefaults::remove(std::string_view key) const { return counted(m_engine->remove(key)); }
+StoreStatus SecureDefaults::remove(std::string_view key) const { return m_engine->remove(key); }
 
 std::vector<std::string> SecureDefaults::keys() const { return m_engine->keys(); }
 
 StoreReport SecureDefaults::verify() const { return m_engine->verify(); }
 
-StoreStatus SecureDefaults::reset() const { return counted(m_engine->reset()); }
+StoreStatus SecureDefaults::reset() const { return m_engine->reset(); }
 
-StoreStatus SecureDefaults::acceptRestored() const { return counted(m_engine->acceptRestored()); }
+StoreStatus SecureDefaults::acceptRestored() const { return m_engine->acceptRestored(); }
 
 std::optional<SecureDefaults::ChangeMark> SecureDefaults::changeMark() const {
-    const SequencePage* const page = m_engine->sequencePage();
-    if (page == nullptr || __atomic_load_n(&page->isRetired, __ATOMIC_ACQUIRE) != 0) return std::nullopt;
-    return ChangeMark{page, __atomic_load_n(&page->sequence, __ATOMIC_ACQUIRE), changes.load()};
+    return m_engine->changeMark();
 }
 
 }  // namespace torvel

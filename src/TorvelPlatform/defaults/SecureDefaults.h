@@ -33,16 +33,17 @@ struct StoreReport {
 //
 // Files. One SQLite database a suite in the host's data folder (<data>/store/<hash of the suite's name>), the
 // key in the host's state folder (<state>/keys): a backup or a copy of the data does not take the key along.
-// All are the user's alone (0600 in 0700). A store is checked whole when a process first opens it, which
-// takes about as long as reading every entry once.
+// All are the user's alone (0600 in 0700). Opening a store costs the same whatever it holds; a 256th of the
+// entries is checked whole when a process first reads or writes one of them, all are by `verify` and `keys`.
 //
 // What it guards. Names are hidden by a keyed hash, values sealed by XChaCha20-Poly1305, each bound to the
 // format's version, its suite, its name and its kind: one that was changed, swapped, moved to another name or
-// suite or given another kind is never returned. A sealed summary of all entries and a sequence number kept
-// beside the key tell, when a store is opened and in `verify`, that an entry was deleted, that an older one
-// or an older file was put back, and that bytes which a write had acknowledged are gone. What it does not:
-// who can read the user's files reads the key; changes under a store that is open are found where they break
-// an entry, else at the next opening; somebody who puts back older data together with the matching key folder
+// suite or given another kind is never returned. Sealed sums of all entries and a sequence number kept beside
+// the key tell, when a store is opened, where it is read and in `verify`, that an entry was deleted, that an
+// older one or an older file was put back, and that bytes which a write had acknowledged are gone. What it
+// does not: who can read the user's files reads the key; changes under a store that is open are found where
+// they break an entry, else at the next opening; the file with the sequence number is taken for what it says
+// as long as it stays in its place; somebody who puts back older data together with the matching key folder
 // is not noticed, nor is an older entry put back beside one that was broken. The number of entries, their
 // sizes and the times of writes can be seen. Removed entries stay in the files, sealed, until their space is
 // used again.
@@ -70,7 +71,8 @@ class SecureDefaults {
     // any other is refused (keyMissing); so is another password than that of a key that is there
     // (keyMismatch).
     StoreStatus setPassword(std::string_view password) const;
-    // Opens the store if need be: ok, damaged (what can be read is read), or why it cannot be opened.
+    // Opens the store if need be: ok, damaged (what can be read is read), or why it cannot be opened. A
+    // damage of single entries shows in `read` and `verify`.
     StoreStatus status() const;
 
     // The value under a name; absent when there is none. Where the value or its absence cannot be relied on,
@@ -78,6 +80,8 @@ class SecureDefaults {
     Outcome<std::optional<PropertyValue>, StoreStatus> read(std::string_view key) const;
     // The same without the reason.
     std::optional<PropertyValue> object(std::string_view key) const;
+    // Whether there is a value that can be read; quicker than reading it.
+    bool contains(std::string_view key) const;
     // noKey before setPassword. Writing over a broken entry, or removing it, ends that damage.
     StoreStatus set(std::string_view key, const PropertyValue& value) const;
     StoreStatus remove(std::string_view key) const;
@@ -86,12 +90,11 @@ class SecureDefaults {
     static StoreStatus removePersistentDomain(std::string_view name);
 
     // What any write to the store changes, whichever process writes: a value that was read after a mark was
-    // taken is the stored one as long as the mark stays the same. Absent while the store is not open or was
-    // moved aside: read. Costs a few nanoseconds.
+    // taken is the stored one as long as the mark stays the same. Absent while the store is not open, is
+    // being written to or was moved aside: read. Costs a few nanoseconds.
     struct ChangeMark {
         const void* place;       // which opening of the store
         std::uint64_t sequence;  // of the last write
-        std::uint64_t changes;   // within this process
         bool operator==(const ChangeMark&) const = default;
     };
     // The mark in force now.

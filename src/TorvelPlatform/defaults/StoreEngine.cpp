@@ -4,14 +4,6 @@
 
 namespace torvel {
 
-// What a walk through all entries adds up to.
-struct StoreEngine::Walk {
-    StoreStatus status = StoreStatus::ok;
-    StoreSummary found;
-    std::size_t damaged = 0;  // counted, and the names collected, where entries are opened
-    std::vector<std::string> names;
-};
-
 StoreEngine::StoreEngine(std::string_view domain) : m_domain(domain), m_id(storeID(domain)), m_files(m_id) {}
 
 // Runs an operation under the lock, then tells what it noted.
@@ -87,13 +79,13 @@ StoreStatus StoreEngine::openUnderLock() {
     auto database = Database::open(m_files.database());
     if (!database) return database.error();
 
-    bool isDamaged = false;
     StoreStatus status = createData(sealer, *database.value());
-    if (status == StoreStatus::ok) status = check(sealer, *database.value(), isDamaged);
-    if (status != StoreStatus::ok) return status;
-    if (isDamaged) note(StoreStatus::damaged);
-    m_open.emplace(Opened{sealer, std::move(database).value(), isDamaged});
-    m_sequence = m_files.mapLastSequence();
+    if (status == StoreStatus::ok) status = check(sealer, *database.value());
+    if (status != StoreStatus::ok && status != StoreStatus::damaged) return status;
+    note(status);
+    m_open.emplace(sealer, std::move(database).value());
+    m_mapping = m_files.mapLastSequence(m_mapping);
+    m_sequence = m_mapping.page;
     return StoreStatus::ok;
 }
 
@@ -108,43 +100,29 @@ StoreStatus StoreEngine::createData(const StoreSealer& sealer, Database& databas
     return created;
 }
 
-// Whether all that was written is there. What is missing or broken makes the store damaged; older data in the
-// place of newer refuses it, as any value could be an old one.
-StoreStatus StoreEngine::check(const StoreSealer& sealer, Database& database, bool& isDamaged) {
+// Whether the newest data is there: older data is refused, as any value could be an old one. damaged where it
+// cannot be told any longer.
+StoreStatus StoreEngine::check(const StoreSealer& sealer, Database& database) {
     // Read before the data, which another process may be moving on.
-    const auto lastSequence = sealer.openSequence(m_files.lastSequence());
-    const Database::Transaction snapshot(database, Database::Transaction::reading);
-    const auto sealed = database.find({});
-    if (!sealed) return sealed.error();
-    const auto summary = sealer.openSummary(sealed.value().value_or(""));
-    isDamaged = !summary;
-    if (!summary) {
-        const bool isUnreadable = sealed.value() && summary.error() != StoreStatus::damaged;
-        return isUnreadable ? summary.error() : StoreStatus::ok;
-    }
-    if (!lastSequence) m_files.setLastSequence(sealer.sealSequence(summary.value().sequence));
+    const std::string last = m_files.lastSequence();
+    const auto lastSequence = sealer.openSequence(last);
+    const auto summary = StoreLedger(sealer, database).summary();
+    if (!summary) return summary.error();
     if (lastSequence.value_or(0) > summary.value().sequence) return StoreStatus::rolledBack;
-
-    Walk all = walk(sealer, database, false);
-    all.found.sequence = summary.value().sequence;
-    isDamaged = all.status != StoreStatus::ok || all.found != summary.value();
-    if (!isDamaged || all.found.count != summary.value().count) return StoreStatus::ok;
-    return walk(sealer, database, true).damaged > 0 ? StoreStatus::ok : StoreStatus::rolledBack;
+    return lastSequence && last == sealer.sealSequence(*lastSequence) ? StoreStatus::ok
+                                                                      : restate(sealer, database);
 }
 
-StoreEngine::Walk StoreEngine::walk(const StoreSealer& sealer, Database& database, bool opensEntries) {
-    Walk all;
-    all.status = database.forEach([&](std::string_view tag, std::string_view sealed) {
-        ++all.found.count;
-        sealer.toggle(all.found, tag, sealed);
-        if (!opensEntries) return;
-        auto entry = sealer.open(tag, sealed);
-        if (entry)
-            all.names.push_back(std::move(entry).value().key);
-        else
-            ++all.damaged;
-    });
-    return all;
+// Where the sequence number is gone, or a write was announced that failed or whose process was killed: what
+// the log holds of it may never have reached the disk, and is relied on from here.
+StoreStatus StoreEngine::restate(const StoreSealer& sealer, Database& database) {
+    const Database::Transaction transaction(database, Database::Transaction::writing);
+    if (transaction.status() != StoreStatus::ok) return transaction.status();
+    const auto summary = StoreLedger(sealer, database).summary();
+    if (!summary) return summary.error();
+    const StoreStatus status = database.rewriteLog();
+    if (status == StoreStatus::ok) m_files.setLastSequence(sealer.sealSequence(summary.value().sequence));
+    return status;
 }
 
 // Whether another process has moved the store aside, which it does under the lock that is waited for here.
@@ -181,28 +159,66 @@ auto StoreEngine::opened(std::string_view key, Operation operation) {
 }
 
 StoreStatus StoreEngine::status() {
-    return locked([&] {
-        if (const StoreStatus status = open(); status != StoreStatus::ok) return note(status);
-        return m_open->isDamaged ? StoreStatus::damaged : StoreStatus::ok;
+    return opened({}, [&] {
+        const auto summary = m_open->ledger.summary();
+        return summary ? StoreStatus::ok : summary.error();
     });
 }
 
+std::optional<SecureDefaults::ChangeMark> StoreEngine::changeMark() const {
+    const SequencePage* const page = m_sequence.load(std::memory_order_acquire);
+    if (page == nullptr || __atomic_load_n(&page->isRetired, __ATOMIC_ACQUIRE) != 0) return std::nullopt;
+    const std::uint64_t sequence = __atomic_load_n(&page->sequence, __ATOMIC_ACQUIRE);
+    if (__atomic_load_n(&page->announced, __ATOMIC_ACQUIRE) != sequence) return std::nullopt;
+    return SecureDefaults::ChangeMark{page, sequence};
+}
+
+const EntryCache::Entry* StoreEngine::cached(std::string_view key) const {
+    const auto mark = m_open ? changeMark() : std::nullopt;
+    return mark ? m_open->cache.find(mark->sequence, key) : nullptr;
+}
+
 Outcome<std::optional<PropertyValue>, StoreStatus> StoreEngine::read(std::string_view key) {
+    {
+        const std::lock_guard lock(m_mutex);
+        const EntryCache::Entry* const kept = cached(key);
+        if (kept != nullptr) {
+            if (auto entry = m_open->sealer.open(kept->tag, kept->sealed))
+                return std::optional(std::move(entry).value().value);
+        }
+    }
     if (!isKeyCreated()) return std::optional<PropertyValue>();
     return opened(key, [&] { return find(key); });
 }
 
-Outcome<std::optional<PropertyValue>, StoreStatus> StoreEngine::find(std::string_view key) {
-    const std::string tag = m_open->sealer.tag(key);
-    const auto sealed = m_open->database->find(tag);
-    if (!sealed) return sealed.error();
-    if (!sealed.value()) {
-        if (m_open->isDamaged) return StoreStatus::damaged;
-        return std::optional<PropertyValue>();
+bool StoreEngine::contains(std::string_view key) {
+    {
+        const std::lock_guard lock(m_mutex);
+        if (cached(key) != nullptr) return true;
     }
-    auto entry = m_open->sealer.open(tag, *sealed.value());
+    const auto outcome = read(key);
+    return outcome && outcome.value();
+}
+
+StoreStatus StoreEngine::checkBucket(std::string_view tag) {
+    if (m_open->ledger.isWhole(tag)) return StoreStatus::ok;
+    const Database::Transaction snapshot(*m_open->database, Database::Transaction::reading);
+    return snapshot.status() == StoreStatus::ok ? m_open->ledger.check(tag) : snapshot.status();
+}
+
+Outcome<std::optional<PropertyValue>, StoreStatus> StoreEngine::find(std::string_view key) {
+    const auto mark = changeMark();  // before the reading: what it does not show is read once more
+    auto& [sealer, database, ledger, cache] = *m_open;
+    std::string tag = sealer.tag(key);
+    auto sealed = database->find(tag);
+    if (!sealed) return sealed.error();
+    const StoreStatus bucket = checkBucket(tag);
+    if (bucket != StoreStatus::ok && (bucket != StoreStatus::damaged || !sealed.value())) return bucket;
+    if (!sealed.value()) return std::optional<PropertyValue>();
+    auto entry = sealer.open(tag, *sealed.value());
     if (!entry) return entry.error();
     if (entry.value().key != key) return StoreStatus::damaged;
+    if (mark) cache.keep(mark->sequence, key, {std::move(tag), *std::move(sealed.value())});
     return std::optional(std::move(entry).value().value);
 }
 
@@ -219,49 +235,25 @@ StoreStatus StoreEngine::remove(std::string_view key) {
 
 // Puts or erases an entry and brings the summary along.
 StoreStatus StoreEngine::change(std::string_view key, const std::optional<std::string>& sealed) {
-    auto& [sealer, database, isDamaged] = *m_open;
+    auto& [sealer, database, ledger, cache] = *m_open;
     const std::string tag = sealer.tag(key);
     Database::Transaction transaction(*database, Database::Transaction::writing);
     if (transaction.status() != StoreStatus::ok) return transaction.status();
     if (database->hasMoved()) return StoreStatus::rolledBack;  // and try again with the new file
-    const auto head = database->find({});
     const auto old = database->find(tag);
-    if (!head || !old) return head ? old.error() : head.error();
-    auto summary = sealer.openSummary(head.value().value_or(""));
-    if (!summary) return summary.error();
+    if (!old) return old.error();
     if (!old.value() && !sealed) return StoreStatus::ok;
-
-    replace(summary.value(), tag, old.value(), sealed);
-    const StoreStatus changed = sealed ? database->put(tag, *sealed) : database->erase(tag);
-    if (changed != StoreStatus::ok) return changed;
-    const bool endsDamage = old.value() && !sealer.open(tag, *old.value());
-    const bool staysDamaged = endsDamage ? !mend(summary.value()) : isDamaged;
-    const StoreStatus status = commit(transaction, summary.value());
-    if (status == StoreStatus::ok) isDamaged = staysDamaged;
-    return status;
+    const StoreStatus bucket = ledger.check(tag);
+    if (bucket != StoreStatus::ok && bucket != StoreStatus::damaged) return bucket;
+    const auto sequence = ledger.replace(tag, old.value(), sealed);
+    return sequence ? commit(transaction, sequence.value()) : sequence.error();
 }
 
-// What a broken entry once added to the sum is not known: the sum starts over from what is there. Whether the
-// count agrees.
-bool StoreEngine::mend(StoreSummary& summary) {
-    const StoreSummary found = walk(m_open->sealer, *m_open->database, false).found;
-    summary.sum = found.sum;
-    return found.count == summary.count;
-}
-
-// Has a summary count one entry in the place of another; either may be absent.
-void StoreEngine::replace(StoreSummary& summary, std::string_view tag, const std::optional<std::string>& old,
-                          const std::optional<std::string>& sealed) const {
-    if (old) m_open->sealer.toggle(summary, tag, *old);
-    if (sealed) m_open->sealer.toggle(summary, tag, *sealed);
-    summary.count = summary.count + (sealed ? 1 : 0) - (old ? 1 : 0);
-}
-
-StoreStatus StoreEngine::commit(Database::Transaction& transaction, StoreSummary summary) {
-    ++summary.sequence;
-    StoreStatus status = m_open->database->put({}, m_open->sealer.sealSummary(summary));
+// Announced before, told after: in between no reader relies on the number.
+StoreStatus StoreEngine::commit(Database::Transaction& transaction, std::uint64_t sequence) {
+    StoreStatus status = m_files.announce(sequence);
     if (status == StoreStatus::ok) status = transaction.commit();
-    if (status == StoreStatus::ok) m_files.setLastSequence(m_open->sealer.sealSequence(summary.sequence));
+    if (status == StoreStatus::ok) m_files.setLastSequence(m_open->sealer.sealSequence(sequence));
     return status;
 }
 
@@ -271,28 +263,34 @@ StoreStatus StoreEngine::removeAll() {
 }
 
 StoreStatus StoreEngine::clear() {
-    auto& [sealer, database, isDamaged] = *m_open;
+    auto& [sealer, database, ledger, cache] = *m_open;
     Database::Transaction transaction(*database, Database::Transaction::writing);
     if (transaction.status() != StoreStatus::ok) return transaction.status();
     if (database->hasMoved()) return StoreStatus::rolledBack;
-    const auto head = database->find({});
-    const auto summary = sealer.openSummary(head && head.value() ? *head.value() : std::string());
+    const auto summary = ledger.summary();
     const auto last = sealer.openSequence(m_files.lastSequence());
     StoreSummary cleared;
-    cleared.sequence = summary ? summary.value().sequence : last.value_or(0);
+    cleared.sequence = (summary ? summary.value().sequence : last.value_or(0)) + 1;
     StoreStatus status = database->eraseAll();
-    if (status == StoreStatus::ok) status = commit(transaction, cleared);
-    if (status == StoreStatus::ok) isDamaged = false;
-    return status;
+    if (status == StoreStatus::ok) status = database->put({}, sealer.sealSummary(cleared));
+    return status == StoreStatus::ok ? commit(transaction, cleared.sequence) : status;
+}
+
+// All of one moment.
+StoreLedger::Content StoreEngine::walk() {
+    const Database::Transaction snapshot(*m_open->database, Database::Transaction::reading);
+    StoreLedger::Content none;
+    none.status = snapshot.status();
+    return none.status == StoreStatus::ok ? m_open->ledger.walk() : none;
 }
 
 std::vector<std::string> StoreEngine::keys() {
     if (!isKeyCreated()) return {};
     std::vector<std::string> names;
     opened({}, [&] {
-        Walk all = walk(m_open->sealer, *m_open->database, true);
-        names = std::move(all.names);
-        return all.damaged > 0 ? StoreStatus::damaged : all.status;
+        StoreLedger::Content content = walk();
+        names = std::move(content.names);
+        return content.status;
     });
     std::sort(names.begin(), names.end());
     return names;
@@ -307,15 +305,17 @@ StoreReport StoreEngine::verify() {
             report.findings.emplace_back(describe(note(report.status)));
             return report;
         }
-        const Walk all = walk(m_open->sealer, *m_open->database, true);
-        report.readable = all.names.size();
-        report.damaged = all.damaged;
-        if (all.damaged > 0)
-            report.findings.push_back(std::to_string(all.damaged) + " entries cannot be read");
-        if (m_open->isDamaged) report.findings.emplace_back("the entries are not all that were written");
+        const StoreLedger::Content content = walk();
+        report.status = content.status;
+        report.readable = content.names.size();
+        report.damaged = content.damaged;
+        if (content.damaged > 0)
+            report.findings.push_back(std::to_string(content.damaged) + " entries cannot be read");
+        if (content.status != StoreStatus::ok)
+            report.findings.emplace_back("the entries are not all that were written");
         const std::string structure = m_open->database->integrity();
         if (structure != "ok") report.findings.push_back(structure);
-        if (!report.findings.empty()) report.status = StoreStatus::damaged;
+        if (report.status == StoreStatus::ok && structure != "ok") report.status = StoreStatus::damaged;
         return report;
     });
 }
@@ -343,7 +343,7 @@ StoreStatus StoreEngine::acceptRestored() {
         StoreStatus status = m_files.forgetLastSequence();
         if (status == StoreStatus::ok) status = openUnderLock();
         if (status != StoreStatus::ok) return note(status);
-        return m_open->isDamaged ? StoreStatus::damaged : StoreStatus::ok;
+        return walk().status;
     });
 }
 

@@ -1,9 +1,11 @@
 #pragma once  // internal
 
 #include "TorvelPlatform/defaults/Database.h"
+#include "TorvelPlatform/defaults/EntryCache.h"
 #include "TorvelPlatform/defaults/SealedEntry.h"
 #include "TorvelPlatform/defaults/SecureDefaults.h"
 #include "TorvelPlatform/defaults/StoreFiles.h"
+#include "TorvelPlatform/defaults/StoreLedger.h"
 
 #include <atomic>
 #include <mutex>
@@ -26,6 +28,7 @@ class StoreEngine {
     StoreStatus setPassword(std::string_view password);
     StoreStatus status();
     Outcome<std::optional<PropertyValue>, StoreStatus> read(std::string_view key);
+    bool contains(std::string_view key);
     StoreStatus write(std::string_view key, const PropertyValue& value);
     StoreStatus remove(std::string_view key);
     StoreStatus removeAll();
@@ -33,8 +36,8 @@ class StoreEngine {
     StoreReport verify();
     StoreStatus reset();
     StoreStatus acceptRestored();
-    // Without the lock; nullptr while there is nothing to see.
-    const SequencePage* sequencePage() const { return m_sequence.load(std::memory_order_acquire); }
+    // Without the lock; absent while nothing shows whether the store changes.
+    std::optional<SecureDefaults::ChangeMark> changeMark() const;
 
     // Around a fork: closes the connection and keeps every thread out.
     void suspend();
@@ -42,11 +45,14 @@ class StoreEngine {
 
   private:
     struct Opened {
+        Opened(const StoreSealer& key, std::unique_ptr<Database> file)
+            : sealer(key), database(std::move(file)), ledger(sealer, *database) {}
+
         StoreSealer sealer;
         std::unique_ptr<Database> database;
-        bool isDamaged;  // an entry that is not found may have been there
+        StoreLedger ledger;
+        EntryCache cache;
     };
-    struct Walk;
 
     template <class Operation>
     auto locked(Operation operation);
@@ -54,30 +60,32 @@ class StoreEngine {
     auto opened(std::string_view key, Operation operation);
     StoreStatus note(StoreStatus status, std::string_view key = {});
 
+    const EntryCache::Entry* cached(std::string_view key) const;
+
     StoreStatus open();
     StoreStatus openUnderLock();
     StoreStatus createData(const StoreSealer& sealer, Database& database);
-    StoreStatus check(const StoreSealer& sealer, Database& database, bool& isDamaged);
-    Walk walk(const StoreSealer& sealer, Database& database, bool opensEntries);
+    StoreStatus check(const StoreSealer& sealer, Database& database);
+    StoreStatus restate(const StoreSealer& sealer, Database& database);
+    StoreStatus checkBucket(std::string_view tag);
     bool isOvertaken();
     bool dataBelongsTo(const RootKey& root);
     StoreStatus adoptKey(const RootKey& root);
 
     Outcome<std::optional<PropertyValue>, StoreStatus> find(std::string_view key);
     StoreStatus change(std::string_view key, const std::optional<std::string>& sealed);
-    void replace(StoreSummary& summary, std::string_view tag, const std::optional<std::string>& old,
-                 const std::optional<std::string>& sealed) const;
-    bool mend(StoreSummary& summary);
     StoreStatus clear();
-    StoreStatus commit(Database::Transaction& transaction, StoreSummary summary);
+    StoreStatus commit(Database::Transaction& transaction, std::uint64_t sequence);
+    StoreLedger::Content walk();
 
     const std::string m_domain;
     const StoreID m_id;
     const StoreFiles m_files;
     std::mutex m_mutex;
     std::optional<Opened> m_open;
-    std::atomic<const SequencePage*> m_sequence{nullptr};
-    std::vector<StoreFault> m_faults;  // of the operation that is running
+    StoreFiles::Mapping m_mapping;
+    std::atomic<const SequencePage*> m_sequence{nullptr};  // its page, for readers without the lock
+    std::vector<StoreFault> m_faults;                      // of the operation that is running
 };
 
 // Tells the damage handler and the diagnostics.

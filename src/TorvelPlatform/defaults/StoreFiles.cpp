@@ -93,19 +93,31 @@ std::string StoreFiles::lastSequence() const {
     return content ? std::move(content).value().raw() : std::string();
 }
 
-void StoreFiles::setLastSequence(std::string_view sealed) const {
+bool StoreFiles::writeLast(const void* bytes, std::size_t size, std::size_t at) const {
     const Descriptor opened(
         ::open(m_last.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (!opened) return;
-    [[maybe_unused]] const ssize_t written = ::pwrite(opened.get(), sealed.data(), sealed.size(), 0);
+    if (!opened) return false;
+    errno = ENOSPC;  // what a short write means
+    return ::pwrite(opened.get(), bytes, size, static_cast<off_t>(at)) == static_cast<ssize_t>(size);
 }
 
-const SequencePage* StoreFiles::mapLastSequence() const {
+void StoreFiles::setLastSequence(std::string_view sealed) const {
+    writeLast(sealed.data(), sealed.size(), 0);
+}
+
+StoreStatus StoreFiles::announce(std::uint64_t sequence) const {
+    const bool isDone = writeLast(&sequence, sizeof sequence, offsetof(SequencePage, announced));
+    return isDone ? StoreStatus::ok : statusOfSystemError(errno);
+}
+
+StoreFiles::Mapping StoreFiles::mapLastSequence(const Mapping& before) const {
     const Descriptor opened(::open(m_last.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
     struct stat status {};
-    if (!opened || ::fstat(opened.get(), &status) != 0 || status.st_size == 0) return nullptr;
+    if (!opened || ::fstat(opened.get(), &status) != 0 || status.st_size == 0) return {};
+    if (before.page != nullptr && before.file == status.st_ino) return before;
     void* const page = ::mmap(nullptr, sizeof(SequencePage), PROT_READ, MAP_SHARED, opened.get(), 0);
-    return page == MAP_FAILED ? nullptr : static_cast<const SequencePage*>(page);
+    if (page == MAP_FAILED) return {};
+    return {static_cast<const SequencePage*>(page), status.st_ino};
 }
 
 void StoreFiles::retireLastSequence() const {

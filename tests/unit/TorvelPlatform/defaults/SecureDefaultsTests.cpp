@@ -1,3 +1,4 @@
+#include "TorvelPlatform/foundation/UUID.h"
 #include "support/StoreTest.h"
 
 #include <atomic>

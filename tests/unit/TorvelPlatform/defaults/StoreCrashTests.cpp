@@ -15,10 +15,15 @@ struct Writer {
     int acknowledgements;  // a byte for every write that returned
 };
 
+// In some rounds the store is new, and the writers create its key.
+SecureDefaults storeOf(int round) {
+    return round % 4 < 2 ? SecureDefaults::shared() : *SecureDefaults::suite(numbered("new", round));
+}
+
 class StoreCrashTest : public testing::StoreTest {
   protected:
-    // A process that counts upwards under a name, now and then removes it in between, and clears nothing.
-    static Writer startWriter(const std::string& key, int writes) {
+    // A process that counts upwards under a name, and now and then removes it, or everything, in between.
+    static Writer startWriter(int round, const std::string& key, int writes, bool clears) {
         int ends[2];
         EXPECT_EQ(::pipe(ends), 0);
         const pid_t child = ::fork();
@@ -26,10 +31,16 @@ class StoreCrashTest : public testing::StoreTest {
             ::close(ends[1]);
             return {child, ends[0]};
         }
-        const SecureDefaults store = SecureDefaults::shared();
+        const SecureDefaults store = storeOf(round);
+        const auto must = [](bool isDone) {
+            if (!isDone) ::_exit(1);
+        };
+        if (store.status() == StoreStatus::noKey) must(store.setPassword("4b1d") == StoreStatus::ok);
+        const std::string domain = round % 4 < 2 ? "test-host" : numbered("new", round);
         for (int i = 1; i <= writes; ++i) {
-            if (i % 7 == 0 && store.remove(key) != StoreStatus::ok) ::_exit(1);
-            if (store.set(key, i) != StoreStatus::ok || ::write(ends[1], "", 1) != 1) ::_exit(1);
+            if (i % 7 == 0) must(store.remove(key) == StoreStatus::ok);
+            if (i % 5 == 0 && clears) must(SecureDefaults::removePersistentDomain(domain) == StoreStatus::ok);
+            must(store.set(key, i) == StoreStatus::ok && ::write(ends[1], "", 1) == 1);
         }
         ::_exit(0);
     }
@@ -51,15 +62,22 @@ class StoreCrashTest : public testing::StoreTest {
     }
 
     // The last acknowledged write, or the one under way when the process was killed; it may have been at a
-    // removal then.
-    static void expectKept(const std::string& key, int acknowledged) {
-        const auto outcome = SecureDefaults::shared().read(key);
+    // removal, or at the creation of the key, then.
+    static void expectKept(int round, const std::string& key, int acknowledged, bool clears) {
+        const auto outcome = storeOf(round).read(key);
         ASSERT_TRUE(outcome.ok()) << key << ": " << describe(outcome.error());
         const int next = acknowledged + 1;
         const std::int64_t kept = outcome.value() ? outcome.value()->integerValue() : 0;
-        const bool mayBeRemoved = acknowledged == 0 || next % 7 == 0;
+        const bool mayBeRemoved = acknowledged == 0 || next % 7 == 0 || (next % 5 == 0 && clears);
         EXPECT_TRUE(kept == acknowledged || kept == next || (kept == 0 && mayBeRemoved))
             << key << ": " << kept << " for " << acknowledged;
+        if (!clears || round % 4 >= 2) return;
+        // Whatever else there was went with the first clear, all of it or nothing.
+        for (const char* other : {"x", "y", "z"}) {
+            const bool isThere = testing::readText(storeOf(round), other) == "1";
+            const bool isLeft = testing::readText(storeOf(round), "x") == "1";
+            EXPECT_TRUE(isThere == isLeft && (next == 5 || isLeft == (next < 5)));
+        }
     }
 };
 
@@ -69,20 +87,24 @@ TEST_F(StoreCrashTest, NoAcknowledgedWriteIsLostWhenAWriterIsKilled) {
     for (int round = 0; round < 200; ++round) {
         const bool isAlone = round % 2 == 0;
         const std::string key = numbered("k", round % 20), otherKey = "other" + key;
-        const SecureDefaults store = SecureDefaults::shared();
-        store.remove(key);
-        const Writer victim = startWriter(key, 1000);
+        const SecureDefaults store = storeOf(round);
+        if (round % 4 < 2) {
+            for (const char* other : {"x", "y", "z"}) store.set(other, 1);
+            store.remove(key);
+        }
+        const Writer victim = startWriter(round, key, 1000, isAlone);
         const int taken = take(victim, static_cast<int>(random() % 12));
-        const Writer survivor = isAlone ? Writer{-1, -1} : startWriter(otherKey, 10);
+        const Writer survivor = isAlone ? Writer{-1, -1} : startWriter(round, otherKey, 10, false);
         ::kill(victim.process, SIGKILL);
-        expectKept(key, finish(victim, taken));
+        expectKept(round, key, finish(victim, taken), isAlone);
         if (!isAlone) {
             EXPECT_EQ(finish(survivor, 0), 10);
             EXPECT_EQ(store.object(otherKey), PropertyValue(10));
         }
+        const StoreStatus whole = store.verify().status;
+        EXPECT_TRUE(whole == StoreStatus::ok || (whole == StoreStatus::noKey && round % 4 == 2));
         ASSERT_FALSE(HasFailure()) << "round " << round;
     }
-    EXPECT_EQ(SecureDefaults::shared().verify().status, StoreStatus::ok);
 }
 
 }  // namespace

@@ -5,9 +5,7 @@
 #include <random>
 
 #include <gmock/gmock.h>
-#include <signal.h>
 #include <sqlite3.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace torvel {
@@ -155,12 +153,12 @@ const Row rows[] = {
          test.sql(
              "UPDATE entry SET sealed = substr(sealed, 1, 30) || x'00' || substr(sealed, 32) WHERE tag=$a");
      },
-     StoreStatus::damaged, damaged, "second", damaged},
+     StoreStatus::damaged, damaged, "second", "-"},
     {"entry of a newer format",
      [](auto& test) { test.sql("UPDATE entry SET sealed = x'02' || substr(sealed, 2) WHERE tag=$a"); },
-     StoreStatus::damaged, std::string(describe(StoreStatus::newerFormat)), "second", damaged},
+     StoreStatus::damaged, std::string(describe(StoreStatus::newerFormat)), "second", "-"},
     {"entry deleted", [](auto& test) { test.sql("DELETE FROM entry WHERE tag=$a"); }, StoreStatus::damaged,
-     damaged, "second", damaged},
+     damaged, "second", "-"},
     {"entries swapped",
      [](auto& test) {
          test.sql(
@@ -168,10 +166,10 @@ const Row rows[] = {
              "UPDATE entry SET sealed=(SELECT sealed FROM t WHERE tag=$b) WHERE tag=$a;"
              "UPDATE entry SET sealed=(SELECT sealed FROM t WHERE tag=$a) WHERE tag=$b");
      },
-     StoreStatus::damaged, damaged, damaged, damaged},
+     StoreStatus::damaged, damaged, damaged, "-"},
     {"entry moved to another name",
      [](auto& test) { test.sql("DELETE FROM entry WHERE tag=$a; UPDATE entry SET tag=$a WHERE tag=$c"); },
-     StoreStatus::damaged, damaged, "second", damaged},
+     StoreStatus::damaged, damaged, "second", "-"},
     {"entry of another suite",
      [](auto& test) {
          const fs::path other =
@@ -180,13 +178,13 @@ const Row rows[] = {
                   "' AS o; UPDATE entry SET sealed=(SELECT max(sealed) FROM o.entry "
                   "WHERE tag>x'') WHERE tag=$a");
      },
-     StoreStatus::damaged, damaged, "second", damaged},
+     StoreStatus::damaged, damaged, "second", "-"},
     {"older entry put back under its name",
      [](auto& test) {
          test.sql("ATTACH '" + (test.data() / "older.rows").native() +
                   "' AS o; UPDATE entry SET sealed=(SELECT sealed FROM o.entry WHERE tag=$a) WHERE tag=$a");
      },
-     StoreStatus::rolledBack},
+     StoreStatus::rolledBack, std::string(describe(StoreStatus::rolledBack)), "second", "-"},
     {"older summary put back",
      [](auto& test) {
          test.sql("ATTACH '" + (test.data() / "older.rows").native() +
@@ -213,7 +211,9 @@ TEST_P(EveryDamage, IsToldAndHarmsNothingElse) {
     const SecureDefaults store = SecureDefaults::shared();
     EXPECT_TRUE(store.isKeyCreated());
 
-    EXPECT_EQ(store.status(), row.status);
+    // What is wrong with an entry shows where it is read or looked for, and when everything is verified.
+    const bool isInEntries = row.none == "-";
+    EXPECT_EQ(store.status(), isInEntries ? StoreStatus::ok : row.status);
     const std::string reason(describe(row.status));
     EXPECT_EQ(readText(store, "a"), row.a.empty() ? reason : row.a);
     EXPECT_EQ(readText(store, "b"), row.b.empty() ? reason : row.b);
@@ -222,9 +222,8 @@ TEST_P(EveryDamage, IsToldAndHarmsNothingElse) {
     EXPECT_EQ(faults.empty(), row.status == StoreStatus::ok);
     if (faults.empty()) return;
 
-    EXPECT_EQ(faults.front().status, row.status);
     EXPECT_EQ(faults.front().domain, "test-host");
-    EXPECT_EQ(lines.front(), "The encrypted store \"test-host\": " + reason + ".");
+    EXPECT_EQ(lines.front(), "The encrypted store \"test-host\": " + (isInEntries ? row.a : reason) + ".");
     EXPECT_EQ(lines.size(), faults.size());
     EXPECT_NE(store.setPassword("another"), StoreStatus::ok);
     EXPECT_EQ(fs::exists(fs::symlink_status(key())), hadKey);
@@ -271,75 +270,53 @@ TEST_F(StoreDamageTest, GoesOnBesideTheDamage) {
     sql("UPDATE entry SET sealed = x'00' WHERE tag=$b; DELETE FROM entry WHERE tag=$c");
     EXPECT_EQ(store.remove("b"), StoreStatus::ok);
     reopen();
-    EXPECT_EQ(store.status(), StoreStatus::damaged);  // c is still missed
+    EXPECT_EQ(readText(store, "c"), damaged);  // still missed
     EXPECT_EQ(readText(store, "a"), "anew");
     EXPECT_EQ(SecureDefaults::removePersistentDomain("test-host"), StoreStatus::ok);
     EXPECT_EQ(readText(store, "a"), "-");
     EXPECT_EQ(store.verify().status, StoreStatus::ok);
 }
 
-// Anywhere in the data: no value is ever wrong, and what cannot be read is told.
+// Anywhere in the files: no value is ever wrong or plainly absent, and nothing is wrong without being told.
 TEST_F(StoreDamageTest, FlippedBytesNeverGiveAWrongValue) {
     std::mt19937 random(11);
     const SecureDefaults store = storeWithKey();
+    const auto valueOf = [](int i) { return std::string(100, 'x') + std::to_string(i); };
     for (int round = 0; round < 3; ++round) {
-        for (int i = 0; i < 50; ++i) store.set(std::to_string(i), std::string(100, 'x') + std::to_string(i));
+        for (int i = 0; i < 50; ++i) store.set(std::to_string(i), valueOf(i));
         if (round == 1) sql("PRAGMA wal_checkpoint(TRUNCATE)");  // so that both files hold what counts
     }
     reopen();
-    const fs::path copy = data() / "copy";
-    fs::copy(folder(), copy);
+    std::map<fs::path, std::string> contents;
+    for (const fs::path& file : {database(), log(), key(), fs::path(key()).replace_extension(".last")}) {
+        std::ifstream stream(file, std::ios::binary);
+        contents[file].assign(std::istreambuf_iterator<char>(stream), {});
+    }
     int harmed = 0, served = 0;
-    for (int trial = 0; trial < 150; ++trial) {
-        fs::remove_all(folder());
-        fs::copy(copy, folder());
-        const fs::path& file = trial % 2 == 0 ? database() : log();
-        const auto size = trial % 2 == 0 ? fs::file_size(file) : 51U * 4120;
+    for (int trial = 0; trial < 300; ++trial) {
+        fs::remove(log().native().substr(0, log().native().size() - 3) + "shm");
+        for (const auto& [file, content] : contents) std::ofstream(file, std::ios::binary) << content;
+        // The data in most trials; of the log, the part that was written to.
+        const auto& [file, content] =
+            *std::next(contents.begin(), trial % 10 < 8 ? trial % 2 : trial % 10 - 6);
+        const std::size_t size = std::min(content.size(), content.find_last_not_of('\0') + 1);
         for (int bytes = trial % 4; bytes >= 0; --bytes)
             flip(file, static_cast<std::streamoff>(random() % size));
-        const StoreStatus status = store.status();
+        const StoreReport report = store.verify();
+        bool isHarmed = false;
         for (int i = 0; i < 50; ++i) {
             const std::string text = readText(store, std::to_string(i));
-            const bool isRight = text == std::string(100, 'x') + std::to_string(i);
+            const bool isRight = text == valueOf(i);
             served += isRight ? 1 : 0;
-            EXPECT_TRUE(isRight || (status != StoreStatus::ok && text != "-" && text[0] != 'x'))
-                << trial << text;
+            isHarmed |= !isRight;
+            EXPECT_TRUE(isRight || (text != "-" && text[0] != 'x')) << trial << ": " << text;
         }
-        harmed += status != StoreStatus::ok ? 1 : 0;
-        reopen();
+        EXPECT_TRUE(!isHarmed || report.status != StoreStatus::ok) << trial;
+        harmed += report.status != StoreStatus::ok ? 1 : 0;
     }
-    EXPECT_GT(harmed, 50);
-    EXPECT_GT(served, 50 * 25);
-}
-
-TEST_F(StoreDamageTest, FullDisk) {
-    const SecureDefaults store = storeWithKey();
-    ::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{4 << 20, RLIM_INFINITY};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
-    int written = 0;
-    StoreStatus status = StoreStatus::ok;
-    while (written < 100 && status == StoreStatus::ok) {
-        status =
-            store.set(std::to_string(written), std::string(100000, static_cast<char>('a' + written % 26)));
-        written += status == StoreStatus::ok ? 1 : 0;
-    }
-    EXPECT_EQ(status, StoreStatus::diskFull);
-    EXPECT_EQ(faults.back().status, StoreStatus::diskFull);
-    EXPECT_EQ(faults.back().key, std::to_string(written));
-    const auto expectAll = [&] {
-        for (int i = 0; i < written; ++i)
-            EXPECT_EQ(readText(store, std::to_string(i)),
-                      std::string(100000, static_cast<char>('a' + i % 26)));
-        EXPECT_EQ(readText(store, std::to_string(written)), "-");
-    };
-    expectAll();
-    const rlimit none{RLIM_INFINITY, RLIM_INFINITY};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &none), 0);
-    reopen();
-    expectAll();
-    EXPECT_EQ(store.set(std::to_string(written), "x"), StoreStatus::ok);
-    EXPECT_EQ(store.verify().status, StoreStatus::ok);
+    EXPECT_GT(harmed, 100);
+    EXPECT_GT(served, 100 * 50);
+    RecordProperty("harmed", harmed);
 }
 
 TEST_F(StoreDamageTest, PlaceThatCannotBeWrittenTo) {

@@ -1,0 +1,162 @@
+// The encrypted store beside a bare forced write, beside the engine it is built on, and beside other stores.
+#include "Bench.h"
+#include "StorePeers.h"
+#include "TorvelPlatform/defaults/SecureDefaults.h"
+#include "TorvelPlatform/foundation/Bundle.h"
+
+#include <atomic>
+#include <filesystem>
+
+#include <stdlib.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace torvel;
+using namespace torvel::bench;
+namespace fs = std::filesystem;
+
+// Every forced write of the process comes by here. None is made while stores are filled.
+static std::atomic<int> syncs{0};
+static std::atomic<bool> isFilling{false};
+static int forced(long call, int file) {
+    ++syncs;
+    return isFilling ? 0 : static_cast<int>(::syscall(call, file));
+}
+extern "C" int fdatasync(int file) { return forced(SYS_fdatasync, file); }
+extern "C" int fsync(int file) { return forced(SYS_fsync, file); }
+
+namespace {
+
+fs::path folder;
+std::string nameOf(std::size_t number) { return "setting." + std::to_string(number); }
+const std::string value(100, 'v');
+
+SecureDefaults storeOf(std::size_t keys) {
+    const SecureDefaults store = *SecureDefaults::suite(std::to_string(keys));
+    if (store.isKeyCreated()) return store;
+    isFilling = true;
+    if (store.setPassword("6f0d4f62-8f0c-4d4a-a2a7-0d3b7f2f6f5e") != StoreStatus::ok) giveUp("no store");
+    for (std::size_t i = 0; i < keys; ++i) store.set(nameOf(i), value);
+    isFilling = false;
+    return store;
+}
+
+// Puts over keys that are there already, all over the store.
+template <class Put>
+Side putting(std::size_t keys, Put put) {
+    return repeating([put, keys, i = std::size_t{0}]() mutable { put(nameOf((i += 7919) % keys), value); });
+}
+
+void measurePuts(Report& report) {
+    for (const std::size_t keys : {std::size_t{100}, std::size_t{100'000}}) {
+        const SecureDefaults store = storeOf(keys);
+        for (int i = 0; i < 300; ++i) store.set(nameOf(0), value);  // until the log starts over
+        RawFile raw(folder / "raw");
+        const Side ours = putting(keys, [&](const auto& key, const auto& text) { store.set(key, text); });
+        std::vector<Side> sides{putting(keys, [&](const auto&, const auto&) { raw.overwrite(); }), ours};
+        const auto peers = keys == 100 ? otherStores(folder) : std::vector<Peer>();
+        for (const Peer& peer : peers) {
+            isFilling = true;
+            for (std::size_t i = 0; i < keys; ++i) peer.put(nameOf(i), value);
+            isFilling = false;
+            sides.push_back(putting(keys, peer.put));
+        }
+        const Rounds rounds = takeTurns(sides, {Clock::wall, 15, 0.02});
+        const std::string name = keys == 100 ? "durable-put" : "durable-put-at-100000-keys";
+        report.atMost(name, rounds.ratio(1, 0), keys == 100 ? 1.45 : 1.5);
+        report.time(name, "write-and-fdatasync", rounds.time(0));
+        report.time(name, "torvel", rounds.time(1));
+        for (std::size_t i = 0; i < peers.size(); ++i) {
+            report.atLeast(peers[i].name + "-over-ours", rounds.ratio(i + 2, 1), peers[i].goal);
+            report.time(peers[i].name + "-over-ours", peers[i].name, rounds.time(i + 2));
+        }
+        while (true) {  // not across a fold of the log, which pays for two more
+            const int before = syncs;
+            ours(20);
+            if (syncs - before > 22) giveUp("more than one sync a put");
+            if (syncs - before != 20) continue;
+            if (keys == 100) report.atMost("syncs-a-put", (syncs - before) / 20.0, 1);
+            break;
+        }
+    }
+}
+
+void measureReads(Report& report) {
+    constexpr std::size_t keys = 1000;
+    const SecureDefaults store = storeOf(keys);
+    BareEngine bare(folder / "bare.db");
+    bare.fill(keys);
+    auto next = [i = std::size_t{0}]() mutable { return (i += 7) % keys; };
+    std::vector<std::string> names(keys);
+    for (std::size_t i = 0; i < keys; ++i) names[i] = nameOf(i);
+    const Rounds rounds = takeTurns({
+        repeating([&, next]() mutable { keep(bare.read(next())); }),
+        repeating([&, next]() mutable {
+            if (!store.object(names[next()])) giveUp("a value is gone");
+        }),
+        repeating([&, next]() mutable { keep(store.contains(names[next()])); }),
+        repeating([] { keep(SecureDefaults::suite("1000")); }),
+    });
+    report.atMost("warm-read", rounds.ratio(1, 0), 1.2);
+    report.time("warm-read", "select-and-open", rounds.time(0));
+    report.time("warm-read", "torvel", rounds.time(1));
+    report.atMost("contains", rounds.ratio(2, 0), 0.4);
+    report.time("contains", "torvel", rounds.time(2));
+    report.atMost("fresh-object", rounds.ratio(3, 0), 0.06);
+    report.time("fresh-object", "torvel", rounds.time(3));
+}
+
+// A fork closes the process's stores.
+void closeStores() {
+    const pid_t child = ::fork();
+    if (child == 0) ::_exit(0);
+    ::waitpid(child, nullptr, 0);
+}
+
+template <class Work>
+double timed(Work work) {
+    const double start = seconds(Clock::thread);
+    work();
+    return seconds(Clock::thread) - start;
+}
+
+// The bare engine opens a copy of the store's own file and log.
+void measureFirstOpen(Report& report) {
+    for (const std::size_t keys : {std::size_t{100}, std::size_t{100'000}}) {
+        const SecureDefaults store = storeOf(keys);
+        closeStores();
+        const fs::path copy = folder / ("copy-" + std::to_string(keys));
+        fs::copy(databaseOf(std::to_string(keys)).parent_path(), copy);
+        std::vector<std::vector<double>> times;
+        for (int round = 0; round < 41; ++round) {
+            closeStores();
+            const double bare = timed([&] { BareEngine(copy / "entries.db").readAny(); });
+            const double ours = timed([&] {
+                if (!store.object(nameOf(keys / 2))) giveUp("a value is gone");
+            });
+            times.push_back({bare, ours});
+        }
+        const Rounds rounds(std::move(times));
+        const std::string name = "first-open-and-read-" + std::to_string(keys);
+        report.atMost(name, rounds.ratio(1, 0), 1.5);
+        report.time(name, "bare-engine", rounds.time(0));
+        report.time(name, "torvel", rounds.time(1));
+    }
+}
+
+}  // namespace
+
+int main() {
+    std::string made = (fs::temp_directory_path() / "torvel-bench-XXXXXX").string();
+    folder = ::mkdtemp(made.data());
+    ::setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1);
+    ::setenv("XDG_STATE_HOME", (folder / "state").c_str(), 1);
+    Bundle::setMain(folder, "bench");
+    Report report("store");
+    measureReads(report);
+    measureFirstOpen(report);
+    measurePuts(report);
+    fs::remove_all(folder);
+    return report.exitCode();
+}

@@ -1,0 +1,61 @@
+#pragma once  // internal
+
+#include "TorvelPlatform/defaults/Database.h"
+#include "TorvelPlatform/defaults/SealedEntry.h"
+
+#include <bitset>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace torvel {
+
+// What a store must hold, by which it is told that an entry is gone or an older one was put back. An entry
+// belongs to one of 256 buckets by the first byte of its tag. Of each bucket the number of its entries and a
+// sum of their keyed digests is kept; sixteen of these make a sealed page, which lies under the first half of
+// that byte. The sealed summary, under the empty tag, holds the sequence number of the last write and that of
+// the last write to each page: a page with another number is not the newest. A write changes entry, page and
+// summary in one transaction. A bucket is checked when this process first reads or writes in it, which costs
+// the reading of a 256th of the store; opening a store costs that of the summary alone.
+class StoreLedger {
+  public:
+    StoreLedger(const StoreSealer& sealer, Database& database) : m_sealer(sealer), m_database(database) {}
+
+    Outcome<StoreSummary, StoreStatus> summary();
+
+    // Whether the bucket of a tag has been found whole since the store was opened.
+    bool isWhole(std::string_view tag) const;
+    // Within a transaction: whether the bucket of a tag holds what was written last. damaged: entries are
+    // broken or gone, what can be read is the newest; rolledBack: any of them may be an older one.
+    StoreStatus check(std::string_view tag);
+
+    // Within a transaction: puts an entry in the place of another; either may be absent. Gives the sequence
+    // number of the write.
+    Outcome<std::uint64_t, StoreStatus> replace(std::string_view tag, const std::optional<std::string>& old,
+                                                const std::optional<std::string>& sealed);
+
+    struct Content {
+        StoreStatus status = StoreStatus::ok;  // the gravest of its buckets'
+        std::size_t damaged = 0;               // entries
+        std::vector<std::string> names;        // of the others
+    };
+    // Everything.
+    Content walk();
+
+  private:
+    struct Bucket {
+        StoreStatus status = StoreStatus::ok;  // of its reading
+        BucketSum found;
+        Content content;  // where entries are opened
+    };
+    Bucket read(std::size_t number, bool opensEntries);
+    static StoreStatus judge(const Bucket& bucket, const BucketSum& expected);
+    Outcome<SummaryPage, StoreStatus> page(const StoreSummary& summary, std::size_t number);
+
+    const StoreSealer& m_sealer;
+    Database& m_database;
+    std::bitset<bucketCount> m_isWhole;  // known to be
+};
+
+}  // namespace torvel
