@@ -74,7 +74,7 @@ asan tsan:
 	TSAN_OPTIONS="suppressions=$(CURDIR)/tests/support/tsan.supp" ctest --test-dir build-$@ --output-on-failure -j $(JOBS)
 
 fuzz:
-	tools/install-deps core fuzz
+	tools/install-deps core ui fuzz
 	cmake --preset fuzz
 	cmake --build build-fuzz
 	tools/fuzz $(SECONDS)

@@ -2,12 +2,15 @@
 #include "TorvelLibrary/Data/Remote/Interceptors/GenericRequestHeaderInterceptor.h"
 #include "TorvelLibrary/Data/Remote/Interceptors/GenericResponseInterceptor.h"
 #include "TorvelLibrary/Data/Remote/Networking/APITimeError.h"
+#include "TorvelLibrary/Data/Remote/Networking/RequestLog.h"
 #include "TorvelLibrary/Data/Remote/Networking/TorvelNetworkClient.h"
+#include "TorvelLibrary/TorvelLibrary.h"
 #include "TorvelLibrary/TorvelLibraryBuilder.h"
 #include "TorvelLibrary/Utils/LogUtils.h"
 #include "TorvelPlatform/foundation/Bundle.h"
 #include "TorvelPlatform/security/SecKey.h"
 #include "cli/Command.h"
+#include "cli/HarRecorder.h"
 #include "cli/HostFiles.h"
 #include "cli/Output.h"
 
@@ -70,7 +73,8 @@ constexpr Option options[] = {
     {"--bypass", "", "trusts any server"},
     {"--timeout", "S", "seconds without a byte moving before the request fails (30)", Occurs::atMostOnce,
      checkSeconds},
-    {"--log", "", "the library's log, on standard error"},
+    {"--log", "", "the library's log, on standard error, with a line on the request's course"},
+    {"--har", "FILE", "records the request as an HTTP archive for browsers, without secrets"},
 };
 
 // What a host would add to each of its requests.
@@ -213,7 +217,8 @@ void upload(const Arguments& arguments, const std::string& target, Data file, En
         [bar = std::make_shared<Progress>()](double sent) { bar->show(sent); });
 }
 
-void send(const Arguments& arguments, const std::string& target, std::optional<Data> body, Ending& ending) {
+RequestHandle send(const Arguments& arguments, const std::string& target, std::optional<Data> body,
+                   Ending& ending) {
     const TorvelNetworkClient client;
     const auto [wrappers, parsers] = interceptors(arguments);
     const std::string type = arguments.text("--type", "application/json");
@@ -233,10 +238,13 @@ void send(const Arguments& arguments, const std::string& target, std::optional<D
         return client.getRequest(target, type, wrappers, parsers, onSuccess, onError);
     // Any other method, as a host sends it that builds its own requests.
     auto request = client.getRequest(target);
-    if (!request) return onError(APITimeError("Unexpected Error", "-1", std::nullopt));
+    if (!request) {
+        onError(APITimeError("Unexpected Error", "-1", std::nullopt));
+        return {};
+    }
     request->httpMethod = method;
     request->httpBody = std::move(body);
-    client.consumeRequest(*request, type, wrappers, parsers, onSuccess, onError);
+    return client.consumeRequest(*request, type, wrappers, parsers, onSuccess, onError);
 }
 
 int call(const Arguments& arguments) {
@@ -246,13 +254,17 @@ int call(const Arguments& arguments) {
         if (!Bundle::at(*directory)) return arguments.failed("--bundle: there is no directory " + *directory);
         Bundle::setMain(*directory);
     }
-    const std::string target = EndpointsHelper::getEndPoint(arguments.text("TARGET", ""));
+    const std::string target = EndpointsHelper::getEndPoint<std::string>(arguments.text("TARGET", ""));
     if (!target.starts_with("http") && !arguments.has("--server"))
         return arguments.misused("the target is no URL, so --server is needed");
     auto inputs = readInputs(arguments);
     if (!inputs) return arguments.failed(inputs.error());
 
     configure(arguments, inputs.value(), target);
+    const auto recorder = std::make_shared<HarRecorder>();
+    auto& monitors = TorvelLibrary::sharedInstance()->eventMonitors;
+    if (arguments.has("--har")) monitors.push_back(recorder);
+    if (arguments.has("--log")) monitors.push_back(std::make_shared<RequestLog>());
     Ending ending;
     if (inputs.value().upload)
         upload(arguments, target, std::move(*inputs.value().upload), ending);
@@ -261,6 +273,8 @@ int call(const Arguments& arguments) {
     // The library's own time-out ends the request; an upload or an answer that moves may take its time.
     constexpr std::chrono::hours aWhile{1};
     while (!ending.exit) DispatchQueue::main().runUntil([&] { return ending.exit.has_value(); }, aWhile);
+    if (const auto file = arguments.text("--har"))
+        if (const auto fault = recorder->write(*file)) return arguments.failed("--har: " + *fault);
     return *ending.exit;
 }
 

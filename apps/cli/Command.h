@@ -26,5 +26,7 @@ extern const Command cardCommand;
 extern const Command amountCommand;
 extern const Command validateCommand;
 extern const Command storeCommand;
+extern const Command doctorCommand;
+extern const Command pinsCommand;
 
 }  // namespace torvel::cli

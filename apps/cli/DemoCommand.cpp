@@ -90,7 +90,7 @@ class Demo {
         m_host.configure(WrapperConfig::VelmMoney, "server", timeout);
         const std::string body = R"({"msisdn":"0700000001","pin":"4321"})";
         const Seen seen = m_host.run([&](OnSuccess onSuccess, OnError onError) {
-            const std::string target = EndpointsHelper::getEndPoint("login");
+            const std::string target = EndpointsHelper::getEndPoint<std::string>("login");
             TorvelNetworkClient().postRequest(target, Data(body), json, {}, {}, onSuccess, onError);
         });
         m_token = member(seen.body, "token");
@@ -106,7 +106,7 @@ class Demo {
         m_report.beginStep(
             "Ask for the balance: an interceptor of the host's own adds the token to a request.");
         const Seen seen = m_host.run([&](OnSuccess onSuccess, OnError onError) {
-            const std::string target = EndpointsHelper::getEndPoint("balance");
+            const std::string target = EndpointsHelper::getEndPoint<std::string>("balance");
             TorvelNetworkClient().getRequest(target, json, {token()}, {}, onSuccess, onError);
         });
         request(seen);
@@ -122,7 +122,7 @@ class Demo {
         const std::string key = AES256CBC::generatePassword();
         const std::string body = R"({"to":"0700000002","amount":")" + amount + "\"}";
         const Seen seen = m_host.run([&](OnSuccess onSuccess, OnError onError) {
-            const std::string target = EndpointsHelper::getEndPoint("transfer");
+            const std::string target = EndpointsHelper::getEndPoint<std::string>("transfer");
             TorvelNetworkClient().postRequest(
                 target, Data(body), json, {token(), std::make_shared<EncryptRequestInterceptor>(key)},
                 {std::make_shared<DecryptResponseInterceptor>(key)}, onSuccess, onError);
@@ -156,7 +156,7 @@ class Demo {
         const auto fractions = std::make_shared<std::vector<double>>();
         const auto bar = std::make_shared<Progress>("   progress  ");
         const Seen seen = m_host.run([&](OnSuccess onSuccess, OnError onError) {
-            const std::string target = EndpointsHelper::getEndPoint("documents");
+            const std::string target = EndpointsHelper::getEndPoint<std::string>("documents");
             const auto onProgress = [fractions, bar](double sent) {
                 fractions->push_back(sent);
                 bar->show(sent);
@@ -180,7 +180,7 @@ class Demo {
         m_report.beginStep(
             "A declined transfer: the server's own JSON error goes to onSuccess, where hosts decode it.");
         const Seen seen = m_host.run([&](OnSuccess onSuccess, OnError onError) {
-            const std::string target = EndpointsHelper::getEndPoint("transfer");
+            const std::string target = EndpointsHelper::getEndPoint<std::string>("transfer");
             const Data body(R"({"to":"0700000002","amount":"5000.00"})");
             TorvelNetworkClient().postRequest(target, body, json, {token()}, {}, onSuccess, onError);
         });
@@ -196,7 +196,7 @@ class Demo {
         m_report.beginStep(
             "A session that has ended: an error of status 401 goes to onError, even if it is JSON.");
         const Seen seen = m_host.run([&](OnSuccess onSuccess, OnError onError) {
-            const std::string target = EndpointsHelper::getEndPoint("balance");
+            const std::string target = EndpointsHelper::getEndPoint<std::string>("balance");
             const auto oldToken = std::make_shared<TokenInterceptor>("of-yesterday");
             TorvelNetworkClient().getRequest(target, json, {oldToken}, {}, onSuccess, onError);
         });
@@ -214,7 +214,7 @@ class Demo {
             "A wrong pin: the server is refused in the handshake and never receives the request.");
         m_host.configure(WrapperConfig::VelmMoney, "stranger", timeout);
         const Seen seen = m_host.run([&](OnSuccess onSuccess, OnError onError) {
-            const std::string target = EndpointsHelper::getEndPoint("balance");
+            const std::string target = EndpointsHelper::getEndPoint<std::string>("balance");
             TorvelNetworkClient().getRequest(target, json, {token()}, {}, onSuccess, onError);
         });
         m_report.fact("pinned", "stranger.der, another server's certificate");
@@ -230,7 +230,7 @@ class Demo {
             "A server that hangs: the request ends by itself after 1 s in which no byte moved.");
         m_host.configure(WrapperConfig::VelmMoney, "server", 1.0);
         const Seen seen = m_host.run([&](OnSuccess onSuccess, OnError onError) {
-            const std::string target = EndpointsHelper::getEndPoint("hang");
+            const std::string target = EndpointsHelper::getEndPoint<std::string>("hang");
             TorvelNetworkClient().getRequest(target, json, {token()}, {}, onSuccess, onError);
         });
         request(seen);

@@ -44,10 +44,15 @@ int deliver(std::string_view result) {
 
 bool resultsOnTerminal() { return ::isatty(resultsChannel) == 1; }
 
-void complain(std::string_view command, std::string message) {
+std::string printable(std::string text) {
     const auto isControl = [](char c) { return (c >= 0 && c < ' ') || c == 127; };
-    std::ranges::replace_if(message, isControl, '?');
-    std::cerr << "torvel" << (command.empty() ? "" : " ") << command << ": " << message << std::endl;
+    std::ranges::replace_if(text, isControl, '?');
+    return text;
+}
+
+void complain(std::string_view command, std::string message) {
+    std::cerr << "torvel" << (command.empty() ? "" : " ") << command << ": " << printable(std::move(message))
+              << std::endl;
 }
 
 std::string progressBar(double fraction) {

@@ -19,8 +19,10 @@ int deliver(std::string_view result);
 
 bool resultsOnTerminal();
 
-// One line on standard error, "torvel COMMAND: message" ("torvel: message" without a command). Control
-// characters, which may come with a user's text, become question marks.
+// The text with question marks for control characters, which may come with a user's text or a file.
+std::string printable(std::string text);
+
+// One line on standard error, "torvel COMMAND: message" ("torvel: message" without a command), printable.
 void complain(std::string_view command, std::string message);
 
 // A line of text with a bar for a fraction from 0 to 1.

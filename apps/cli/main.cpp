@@ -10,8 +10,8 @@ namespace torvel::cli {
 namespace {
 
 const Command* const commands[] = {
-    &demoCommand, &serveCommand,  &callCommand,     &sealCommand,  &openCommand,
-    &cardCommand, &amountCommand, &validateCommand, &storeCommand,
+    &demoCommand,   &serveCommand,    &callCommand,  &sealCommand,   &openCommand, &cardCommand,
+    &amountCommand, &validateCommand, &storeCommand, &doctorCommand, &pinsCommand,
 };
 
 std::string toolHelp() {

@@ -2,6 +2,8 @@
 
 #include "TorvelPlatform/foundation/Bundle.h"
 
+#include <string_view>
+
 namespace torvel {
 
 // What the library finds once and then shares.
@@ -9,6 +11,12 @@ class Constants {
   public:
     // The library's own resources, found on the first use and then kept.
     static const Bundle& sdkBundle();
+
+    // What the library looks for in bundles, by name and by type.
+    static constexpr std::string_view endpointTable = "EndpointsConfig", colorTheme = "ColorTheme";
+    static constexpr std::string_view configurationsTable = "Configurations";
+    static constexpr std::string_view propertyListType = "plist", certificateType = "der", fontType = "ttf";
+    static constexpr std::string_view placeholderImage = "noImage";  // of the library's bundle
 };
 
 // No members: a type that hosts name.

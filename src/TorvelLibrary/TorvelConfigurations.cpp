@@ -7,7 +7,7 @@ namespace torvel {
 namespace {
 
 std::string text(std::string_view key) {
-    return Constants::sdkBundle().localizedString(key, key, "Configurations");
+    return Constants::sdkBundle().localizedString(key, key, Constants::configurationsTable);
 }
 
 }  // namespace

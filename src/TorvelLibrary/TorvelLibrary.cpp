@@ -1,5 +1,6 @@
 #include "TorvelLibrary/TorvelLibrary.h"
 
+#include "TorvelLibrary/Constants.h"
 #include "TorvelLibrary/Utils/Extenstions.h"
 #include "TorvelLibrary/Utils/LogUtils.h"
 #include "TorvelPlatform/foundation/Bundle.h"
@@ -9,15 +10,6 @@
 #include <algorithm>
 
 namespace torvel {
-namespace {
-
-std::shared_ptr<Session> makeSession(ServerTrustManager::Evaluators evaluators) {
-    return std::make_shared<Session>(URLSessionConfiguration::defaults(), "org.alamofire.session.rootQueue",
-                                     std::make_shared<ServerTrustManager>(true, std::move(evaluators)));
-}
-
-}  // namespace
-
 Guarded<std::shared_ptr<TorvelLibrary>>& TorvelLibrary::instance() {
     static auto* const slot =
         new Guarded<std::shared_ptr<TorvelLibrary>>;  // never destroyed: callbacks may run late
@@ -60,13 +52,25 @@ std::shared_ptr<Session> TorvelLibrary::makeManager(const std::string& host) con
         case SSlPinningType::Kind::none:
             break;
     }
-    return Session::defaultSession();
+    return eventMonitors.empty() ? Session::defaultSession() : makeSession(nullptr);
+}
+
+std::shared_ptr<Session> TorvelLibrary::makeSession(
+    std::shared_ptr<const ServerTrustManager> trustManager) const {
+    URLSessionConfiguration configuration = URLSessionConfiguration::defaults();
+    configuration.eventMonitors = eventMonitors;
+    return std::make_shared<Session>(std::move(configuration), "org.alamofire.session.rootQueue",
+                                     std::move(trustManager));
+}
+
+std::shared_ptr<Session> TorvelLibrary::makeSession(ServerTrustManager::Evaluators evaluators) const {
+    return makeSession(std::make_shared<const ServerTrustManager>(true, std::move(evaluators)));
 }
 
 std::vector<SecCertificate> TorvelLibrary::getSSLPinningCerts(const std::vector<std::string>& files) {
     std::vector<SecCertificate> certificates;
     for (const std::string& file : files) {
-        const auto path = Bundle::main().path(file, "der");
+        const auto path = Bundle::main().path(file, Constants::certificateType);
         if (!path) fatalError(file + " certficate not found in app bundle");
         const auto bytes = readFile(*path);
         auto certificate = bytes ? SecCertificate::createWithData(bytes.value()) : std::nullopt;

@@ -52,6 +52,9 @@ class TorvelLibrary {
     // Currencies by name, with the symbol by which to find a locale that writes their amounts.
     std::optional<std::map<std::string, std::string>> currencyMap;
     std::optional<double> requestTimeoutInterval;  // seconds
+    /// Hear of every request of the session that is made next. Empty at first; with one, a session without
+    /// trust manager is the library's own instead of the shared default session.
+    std::vector<std::shared_ptr<EventMonitor>> eventMonitors;
 
     // The session, nullptr until the first getAlamofireServiceManager().
     std::shared_ptr<Session> manager() const { return m_manager.load(); }
@@ -73,6 +76,8 @@ class TorvelLibrary {
 
   private:
     std::shared_ptr<Session> makeManager(const std::string& host) const;
+    std::shared_ptr<Session> makeSession(std::shared_ptr<const ServerTrustManager> trustManager) const;
+    std::shared_ptr<Session> makeSession(ServerTrustManager::Evaluators evaluators) const;
 
     std::mutex m_managerCreation;  // one thread at a time decides whether to make or rebuild the session
     Guarded<std::shared_ptr<Session>> m_manager;

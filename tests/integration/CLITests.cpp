@@ -3,6 +3,8 @@
 
 #include <fstream>
 
+#include <nlohmann/json.hpp>
+
 // Runs the built tool as a script would, against a sandbox of this process.
 namespace torvel::sandbox {
 namespace {
@@ -103,6 +105,29 @@ TEST_F(CLITest, CallGivesWhatTheLibraryGives) {
          "^torvel: the library stopped: [^\n]+\n$"},
     };
     expectRows(rows, [this](const std::string& arguments) { return torvel("call " + arguments); });
+}
+
+TEST_F(CLITest, RecordsWhatBrowsersImportButNoSecret) {
+    start();
+    const Ran ran = torvel(
+        R"(call "$URL/misbehave/redirect?to=/echo&pin=4711" --har "$DIR/call.har" --bundle "$DIR" --encrypt )"
+        R"(--cert server --key "$KEY" --data '{"pin":"4711"}' --header "Authorization: Bearer 4711" --log)");
+    EXPECT_THAT(ran.out, HasSubstr("4711"));  // the echo, opened
+    const std::string archive = contentOf(m_directory / "call.har");
+    EXPECT_THAT(archive, Not(HasSubstr("4711")));
+    for (const char* part : {"RequestData", "ResponseData", "\"name\": \"Authorization\"", "\"status\": 307",
+                             "\"status\": 200", "/misbehave/redirect\"", "\"name\": \"pin\""})
+        EXPECT_THAT(archive, HasSubstr(part));
+    EXPECT_THAT(
+        contentOf(m_directory / "stderr"),
+        ContainsRegex("POST https://127.0.0.1:[0-9]+/misbehave/redirect -> 307: .*; then POST .* -> 200: "));
+
+    EXPECT_EQ(
+        torvel(R"(call "$URL/echo" --data '{"RequestData":"x","pin":"4711"}' --har "$DIR/open.har")").exit,
+        0);
+    EXPECT_THAT(contentOf(m_directory / "open.har"), Not(HasSubstr("4711")));
+    EXPECT_THAT(shell(R"("$TORVEL" call "$URL/echo" --har /nowhere/x 2>&1)").out,
+                HasSubstr("--har: /nowhere/x"));
 }
 
 TEST_F(CLITest, CallSendsNothingToWhomItDoesNotTrust) {
@@ -286,11 +311,40 @@ TEST_F(CLITest, HelpsEverywhere) {
     EXPECT_THAT(torvel("--version").out, MatchesRegex("torvel [0-9]+\\.[0-9]+\\.[0-9]+\n"));
     const std::string help = torvel("--help").out;
     for (const std::string command :
-         {"demo", "serve", "call", "seal", "open", "card", "amount", "validate"}) {
+         {"demo", "serve", "call", "seal", "open", "card", "amount", "validate", "doctor", "pins"}) {
         EXPECT_THAT(help, HasSubstr("\n  " + command + " "));
         EXPECT_THAT(torvel(command + " --help").out, StartsWith("Usage: torvel " + command));
     }
     EXPECT_THAT(torvel("call --help").out, ContainsRegex("\n  --timeout S +seconds"));
+}
+
+TEST_F(CLITest, DoctorSaysWhatItFinds) {
+    write("EndpointsConfig.plist", "{ a = \"http://a.example/\\\"\"; }");
+    setenv("SAMPLE", (std::filesystem::path(TORVEL_CLI).parent_path() / "../share/torvel-sample").c_str(), 1);
+    const std::vector<Row> rows = {
+        {"clean", "doctor \"$SAMPLE\" --strict --server https://a.example/ --flavour Dunmere", 0,
+         "^Endpoints +6 endpoints +ok\n.*\n\nNothing to mend\\.\n$"},
+        {"missing pin", "doctor \"$SAMPLE\" --pin-cert b --pin-cert c >/dev/null", 1, ""},
+        {"no folder", "doctor \"$DIR/none\"", 2, "there is no folder"},
+        {"both pins", "doctor \"$DIR\" --pin-cert a --pin-key b", 2, "exclude each other"},
+        {"no key file", "doctor \"$DIR\" --pin-key \"$DIR/none\"", 2, "--pin-key: "},
+        {"no flavour", "doctor \"$DIR\" --flavour none", 2, "is not a flavour"},
+    };
+    expectRows(rows, [this](const std::string& arguments) { return torvel(arguments); });
+
+    const Ran found = shell("\"$TORVEL\" doctor \"$DIR\"");
+    EXPECT_EQ(found.exit, 1);
+    EXPECT_THAT(found.out,
+                HasSubstr("\n  error     EndpointsConfig.plist:1  a\n            \"http://a.example/\"\""));
+    const auto json = nlohmann::json::parse(shell("\"$TORVEL\" doctor \"$DIR\" --json").out);
+    EXPECT_EQ(json["version"], 1);
+    EXPECT_EQ(json["subjects"].size(), 7);
+    const auto& finding = json["subjects"][0]["findings"][0];
+    EXPECT_EQ(finding["rule"], "endpoints.without-tls");
+    EXPECT_EQ(finding["line"], 1);
+    EXPECT_EQ(finding["what"], "\"http://a.example/\"\" is without TLS");
+    EXPECT_GE(json["errors"], 1);
+    EXPECT_EQ(shell("\"$TORVEL\" doctor \"$DIR\" --strict >/dev/full").exit, 2);
 }
 
 TEST_F(CLITest, LooksIntoStores) {

@@ -1,5 +1,6 @@
 #include "TorvelLibrary/Data/Remote/Interceptors/GenericRequestHeaderInterceptor.h"
 #include "TorvelLibrary/Data/Remote/Interceptors/GenericResponseInterceptor.h"
+#include "TorvelLibrary/Data/Remote/Interceptors/IdempotencyKeyInterceptor.h"
 #include "TorvelLibrary/Data/Remote/Interceptors/Utils/DecryptResponse.h"
 #include "TorvelLibrary/TorvelLibraryBuilder.h"
 #include "TorvelTesting/Certificates.h"
@@ -50,6 +51,7 @@ TEST_F(Interceptors, TheServerOpensTheEnvelopeOfEveryFlavour) {
             const auto opened = sandbox::openRequestEnvelope(sent.httpBody->raw(), m_server.privateKeyPem);
             ASSERT_TRUE(opened.ok()) << opened.error().message;
             EXPECT_EQ(opened.value().plainText, body);
+            EXPECT_EQ(request.httpBody, Data(body)) << "the caller's own request stays";
             EXPECT_EQ(opened.value().keyText, key);
             EXPECT_EQ(opened.value().form == sandbox::EnvelopeForm::payload, payload);
             EXPECT_EQ(sent.headers.value("Content-Type"), "text/x");
@@ -72,6 +74,21 @@ TEST_F(Interceptors, ARequestWithoutABodyGetsTheHeaderInEveryFlavour) {
     again.headers.set("RequestKey", "first");
     EXPECT_THAT(*EncryptRequestInterceptor(key).wrapRequest(again).headers.value("RequestKey"),
                 ::testing::StartsWith("first,"));
+}
+
+TEST(IdempotencyKey, StaysForEveryAttemptOfOneInterceptor) {
+    IdempotencyKeyInterceptor payment, next, own("X-Request-Id", "kept");
+    URLRequest request(*URL::parse("http://a/"));
+    const auto keyBy = [&](IdempotencyKeyInterceptor& interceptor, const char* header = "Idempotency-Key") {
+        return interceptor.wrapRequest(request).headers.value(header).value_or("");
+    };
+    EXPECT_THAT(payment.key(), ::testing::MatchesRegex("[0-9A-F-]{36}"));
+    EXPECT_EQ(keyBy(payment), payment.key());
+    EXPECT_EQ(keyBy(payment), payment.key());
+    EXPECT_EQ(keyBy(own, "X-Request-Id"), "kept");
+    request.headers.set("idempotency-key", "the host's");
+    EXPECT_EQ(keyBy(next), "the host's");
+    EXPECT_NE(next.key(), payment.key());
 }
 
 TEST_F(Interceptors, OpensWhatTheServerSealed) {

@@ -116,9 +116,9 @@ TEST_F(Pipeline, ATargetThatIsNoURLFailsAtOnceOnTheCallersThread) {
 }
 
 TEST_F(Pipeline, EveryMethodSendsItsBody) {
-    using Operation =
-        void (NetworkDispatcher::*)(std::string_view, Data, std::string_view, const RequestInterceptors&,
-                                    const ResponseInterceptors&, OnSuccess, OnError) const;
+    using Operation = RequestHandle (NetworkDispatcher::*)(
+        std::string_view, Data, std::string_view, const RequestInterceptors&, const ResponseInterceptors&,
+        OnSuccess, OnError) const;
     const std::pair<const char*, Operation> rows[] = {{"POST", &NetworkDispatcher::postRequest},
                                                       {"PUT", &NetworkDispatcher::putRequest},
                                                       {"DELETE", &NetworkDispatcher::deleteRequest}};
@@ -138,6 +138,7 @@ TEST_F(Pipeline, EveryMethodSendsItsBody) {
 }
 
 TEST_F(Pipeline, AnswersAreRouted) {
+    using Kind = SessionError::Kind;
     struct Row {
         const char* name;
         std::string target;
@@ -145,6 +146,7 @@ TEST_F(Pipeline, AnswersAreRouted) {
         const char* code = "";
         std::optional<std::string> received = {};
         const char* description = "";  // a part of it
+        SessionError::Kind kind = {};
     };
     const Row rows[] = {
         {"success", misbehave("status?body=abc&type=text/plain"), "b(a(abc))"},
@@ -152,14 +154,32 @@ TEST_F(Pipeline, AnswersAreRouted) {
         {"structured error", misbehave("status?code=400&body=%7B%22message%22:%22x%22%7D"),
          "b(a({\"message\":\"x\"}))"},
         {"structured error, a scalar", misbehave("status?code=500&body=1"), "b(a(1))"},
-        {"plain-text error", misbehave("status?code=500&body=oops"), {}, "500", "oops", "JSON"},
-        {"unauthorised, JSON", misbehave("status?code=401&body=%7B%7D"), {}, "401", "{}", "401"},
-        {"error without a body", misbehave("status?code=503"), {}, "503", {}, "503"},
-        {"empty success", misbehave("status?code=200"), {}, "200", {}, ""},
-        {"cut answer", misbehave("truncate?framing=length"), {}, "200", {}, ""},
-        {"reset", misbehave("reset"), {}, "-1", {}, ""},
-        {"refused", "http://127.0.0.1:1/", {}, "-1", {}, "127.0.0.1"},
-        {"not http", "httpx", {}, "-1", {}, ""},
+        {"plain-text error",
+         misbehave("status?code=500&body=oops"),
+         {},
+         "500",
+         "oops",
+         "JSON",
+         Kind::unacceptableStatusCode},
+        {"unauthorised, JSON",
+         misbehave("status?code=401&body=%7B%7D"),
+         {},
+         "401",
+         "{}",
+         "401",
+         Kind::unacceptableStatusCode},
+        {"error without a body",
+         misbehave("status?code=503"),
+         {},
+         "503",
+         {},
+         "503",
+         Kind::unacceptableStatusCode},
+        {"empty success", misbehave("status?code=200"), {}, "200", {}, "", Kind::emptyResponse},
+        {"cut answer", misbehave("truncate?framing=length"), {}, "200", {}, "", Kind::connectionLost},
+        {"reset", misbehave("reset"), {}, "-1", {}, "", Kind::connectionLost},
+        {"refused", "http://127.0.0.1:1/", {}, "-1", {}, "127.0.0.1", Kind::cannotConnect},
+        {"not http", "httpx", {}, "-1", {}, "", Kind::invalidRequest},
     };
     const ResponseInterceptors parsers{std::make_shared<Bracketing>("a"), std::make_shared<Bracketing>("b")};
     for (const Row& row : rows) {
@@ -170,9 +190,25 @@ TEST_F(Pipeline, AnswersAreRouted) {
         EXPECT_EQ(ending.error->errorCodeInResponse(), row.code) << row.name;
         EXPECT_THAT(ending.error->localizedDescription(), HasSubstr(row.description)) << row.name;
         EXPECT_NE(ending.error->localizedDescription(), "") << row.name;
+        ASSERT_TRUE(ending.error->failure().has_value()) << row.name;
+        EXPECT_EQ(ending.error->failure()->kind, row.kind) << row.name;
         if (!row.received) continue;
         EXPECT_EQ(ending.error->receivedDataInResponse(), Data(*row.received)) << row.name;
     }
+}
+
+TEST_F(Pipeline, EmptyCallbacksAreNotCalledAndLogoutCancelsEverything) {
+    for (const std::string& target :
+         {misbehave("status?body=1"), misbehave("status?code=401"), std::string(":")})
+        m_client.getRequest(target, "a/b", {}, {}, nullptr, nullptr);
+    Ending uploaded, hung;
+    m_client.multipartRequest("/echo", "POST", Data("x"), "a/b", "n", {}, {}, uploaded.onSuccess(),
+                              uploaded.onError(), {});
+    EXPECT_TRUE(finished(uploaded).success.has_value());
+    m_client.getRequest(misbehave("hang"), "a/b", {}, {}, hung.onSuccess(), hung.onError());
+    NetworkDispatcher::cancelAll();
+    EXPECT_EQ(finished(hung).error->failure()->kind, SessionError::Kind::cancelled);
+    EXPECT_EQ(hung.error->errorCodeInResponse(), "-1");
 }
 
 TEST_F(Pipeline, AnAnswerThatNeverComesTimesOut) {

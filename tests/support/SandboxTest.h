@@ -35,7 +35,7 @@ inline Ran shell(const std::string& command) {
 }
 
 // Commands find $URL, $CA, $DIR (the written identity), and $TOKEN once logged in.
-class SandboxTest : public testing::Test {
+class SandboxTest : public ::testing::Test {
   protected:
     ~SandboxTest() override { std::filesystem::remove_all(m_directory); }
 
@@ -84,7 +84,7 @@ inline void expectRows(const std::vector<Row>& rows, const std::function<Ran(con
         SCOPED_TRACE(row.name);
         const Ran ran = run(row.arguments);
         EXPECT_EQ(ran.exit, row.exit);
-        EXPECT_THAT(ran.out, testing::ContainsRegex(row.output));
+        EXPECT_THAT(ran.out, ::testing::ContainsRegex(row.output));
     }
 }
 

@@ -1,5 +1,6 @@
 #include "TorvelLibrary/Utils/ColorUtils.h"
 
+#include "TorvelLibrary/Constants.h"
 #include "TorvelLibrary/Utils/Extenstions.h"
 #include "TorvelLibrary/Utils/LogUtils.h"
 #include "TorvelLibrary/Utils/Utils.h"
@@ -29,13 +30,15 @@ ColorUtils::ColorUtils() {
 }
 
 void ColorUtils::loadDefaultTheme() {
-    if (const auto file = getPathURLFromBundle("ColorTheme", "plist", Bundle::library()))
+    if (const auto file =
+            getPathURLFromBundle(Constants::colorTheme, Constants::propertyListType, Bundle::library()))
         return setThemeFromPlist(*file);
     LogUtils::e("Default Color Theme plist Not Found In Framework", {source, 36, 23, "loadDefaultTheme()"});
 }
 
 void ColorUtils::loadAppTheme() {
-    if (const auto file = getPathURLFromBundle("ColorTheme", "plist", Bundle::main()))
+    if (const auto file =
+            getPathURLFromBundle(Constants::colorTheme, Constants::propertyListType, Bundle::main()))
         return setThemeFromPlist(*file);
     LogUtils::e("Default Color Theme plist Not Found In App", {source, 47, 23, "loadAppTheme()"});
 }

@@ -30,8 +30,8 @@ struct Base {
 #define TORVEL_BASE(WEIGHT, SUFFIX) constexpr Base base##WEIGHT{"get" #WEIGHT "Font()", SUFFIX};
 TORVEL_FONT_WEIGHTS(TORVEL_BASE)
 #undef TORVEL_BASE
-#define TORVEL_POPPINS_BASE(WEIGHT, SUFFIX) \
-    constexpr Base basePoppins##WEIGHT{"get" #WEIGHT "Poppin()", SUFFIX, "Poppins-" #WEIGHT};
+#define TORVEL_POPPINS_BASE(WEIGHT, FILE, SUFFIX) \
+    constexpr Base basePoppins##WEIGHT{"get" #WEIGHT "Poppin()", SUFFIX, FILE};
 TORVEL_POPPINS_WEIGHTS(TORVEL_POPPINS_BASE)
 #undef TORVEL_POPPINS_BASE
 
@@ -75,7 +75,7 @@ double pointSize<&FontSizesDependency::getHeadlineSize>() {
 enum Key : std::size_t {
 #define TORVEL_STYLE_KEY(WEIGHT, STYLE, SIZE) WEIGHT##STYLE##Font,
 #define TORVEL_WEIGHT_KEYS(WEIGHT, SUFFIX) TORVEL_FONT_STYLES(TORVEL_STYLE_KEY, WEIGHT)
-#define TORVEL_POPPINS_KEY(WEIGHT, SUFFIX) Poppins##WEIGHT##Font,
+#define TORVEL_POPPINS_KEY(WEIGHT, FILE, SUFFIX) Poppins##WEIGHT##Font,
     TORVEL_FONT_WEIGHTS(TORVEL_WEIGHT_KEYS) TORVEL_POPPINS_WEIGHTS(TORVEL_POPPINS_KEY) keyCount
 #undef TORVEL_STYLE_KEY
 #undef TORVEL_WEIGHT_KEYS
@@ -122,7 +122,7 @@ constexpr const Base& baseOf(Key key, const Base& own) {
     UIFont FontCache::get##WEIGHT##FontCustomSize(double size) { \
         return baseFont(base##WEIGHT).withSize(size);            \
     }
-#define TORVEL_POPPINS_GETTERS(WEIGHT, SUFFIX)                        \
+#define TORVEL_POPPINS_GETTERS(WEIGHT, FILE, SUFFIX)                  \
     const UIFont& FontCache::get##WEIGHT##PoppinFont() {              \
         return cached(Poppins##WEIGHT##Font, basePoppins##WEIGHT,     \
                       pointSize<&FontSizesDependency::getTitleSize>); \

@@ -30,12 +30,13 @@ namespace torvel {
     WEIGHT(Bold, "_bold")               \
     WEIGHT(SemiBold, "_semi_bold")
 
-/// Every weight of the Poppins family, with the end of the names of the font files that stand in for it.
-#define TORVEL_POPPINS_WEIGHTS(WEIGHT)  \
-    WEIGHT(Regular, "_regular")         \
-    WEIGHT(Medium, "_medium")           \
-    WEIGHT(Bold, "_bold")               \
-    WEIGHT(SemiBold, "_semi_bold")
+/// Every weight of the Poppins family: its font file, which is also the face's PostScript name, and the end of
+/// the names of the font files that stand in for it.
+#define TORVEL_POPPINS_WEIGHTS(WEIGHT)                   \
+    WEIGHT(Regular, "Poppins-Regular", "_regular")       \
+    WEIGHT(Medium, "Poppins-Medium", "_medium")          \
+    WEIGHT(Bold, "Poppins-Bold", "_bold")                \
+    WEIGHT(SemiBold, "Poppins-SemiBold", "_semi_bold")
 // clang-format on
 
 /// The application's fonts by weight and style: faces from the host's font files of the current language,
@@ -56,8 +57,8 @@ class FontCache {
 #define TORVEL_WEIGHT_GETTERS(WEIGHT, SUFFIX)       \
     TORVEL_FONT_STYLES(TORVEL_STYLE_GETTER, WEIGHT) \
     static UIFont get##WEIGHT##FontCustomSize(double size);
-#define TORVEL_POPPINS_GETTERS(WEIGHT, SUFFIX)      \
-    static const UIFont& get##WEIGHT##PoppinFont(); \
+#define TORVEL_POPPINS_GETTERS(WEIGHT, FILE, SUFFIX) \
+    static const UIFont& get##WEIGHT##PoppinFont();  \
     static UIFont getPoppin##WEIGHT##CustomSize(double size);
     /// get{Weight}{Style}Font(): the style's size in points, times the width of the screen over 375.
     /// get{Weight}FontCustomSize(size): exactly that size in points; reads the font file at each call.

@@ -1,5 +1,6 @@
 #include "TorvelLibrary/Utils/Utils.h"
 
+#include "TorvelLibrary/Constants.h"
 #include "TorvelLibrary/Utils/Extenstions.h"
 #include "TorvelLibrary/Utils/LogUtils.h"
 #include "TorvelPlatform/foundation/File.h"
@@ -36,7 +37,7 @@ std::optional<Data> Utils::loadFileContents(const URL& url) {
 }
 
 std::optional<std::string> Utils::loadFontName(std::string_view forName) {
-    const std::optional<URL> file = getPathURLFromBundle(forName, "ttf", Bundle::main());
+    const std::optional<URL> file = getPathURLFromBundle(forName, Constants::fontType, Bundle::main());
     if (!file) return fontFault("Could not load font file");
     const std::optional<Data> bytes = loadFileContents(*file);
     if (!bytes) return fontFault("Could not load font file contents");

@@ -11,6 +11,8 @@
 
 namespace torvel {
 
+class UIImage;
+
 // Operations that host screens call without knowing which room a value lives in.
 class Utils {
   public:
@@ -30,6 +32,13 @@ class Utils {
     static std::string readFileFromDocumentDirectory(std::string_view fileName);
     // False when there is no such file or it cannot be removed.
     static bool deleteFileFromDocumentDirectory(std::string_view fileName);
+
+    // --- Image files there, as JPEG of the best quality; for programs that link Torvel::UI. ---
+    // Replaces a file of that name, which stays when the image cannot be encoded. What goes wrong with the
+    // files is logged for debugging alone.
+    static void writeImageFileToDocumentDirectory(std::string_view imageName, const UIImage& image);
+    // Absent when there is no such file or no image in it.
+    static std::optional<UIImage> readImageFileFromDocumentDirectory(std::string_view fileName);
 
     // --- The configuration, wherever a value lives. ---
     // The flavour.

@@ -1,3 +1,4 @@
+#include "TorvelLibrary/Utils/DocumentFile.h"
 #include "TorvelLibrary/Utils/Utils.h"
 #include "TorvelPlatform/foundation/File.h"
 #include "TorvelPlatform/foundation/UserDirectories.h"
@@ -5,17 +6,12 @@
 #include <fstream>
 
 namespace torvel {
-namespace {
-
-// A file in the Documents directory; absent when the name is not a single path component.
 std::optional<std::filesystem::path> documentFile(std::string_view name) {
     constexpr std::string_view separators("/\0", 2);
     const bool isComponent = !name.empty() && name != "." && name != ".." &&
                              name.find_first_of(separators) == std::string_view::npos;
     return isComponent ? std::optional(UserDirectories::documents() / name) : std::nullopt;
 }
-
-}  // namespace
 
 bool Utils::writeFileToDocumentDirectory(std::string_view fileName, std::string_view text) {
     const auto path = documentFile(fileName);

@@ -1,5 +1,6 @@
 #include "TorvelLibrary/crypto/PEMUtils.h"
 
+#include "TorvelLibrary/Constants.h"
 #include "TorvelLibrary/TorvelLibrary.h"
 #include "TorvelLibrary/Utils/Extenstions.h"
 #include "TorvelPlatform/foundation/FatalError.h"
@@ -12,7 +13,7 @@ namespace {
 
 std::optional<SecKey> loadKey() {
     const std::string name = TorvelLibrary::sharedInstance()->encryptionCertName.value_or("");
-    const std::optional<URL> file = getPathURLFromBundle(name, "der", Bundle::main());
+    const std::optional<URL> file = getPathURLFromBundle(name, Constants::certificateType, Bundle::main());
     if (!file) return std::nullopt;
     const auto bytes = readFile(file->path());
     if (!bytes) fatalError(bytes.error().localizedDescription);

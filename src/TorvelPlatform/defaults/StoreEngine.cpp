@@ -153,8 +153,9 @@ bool StoreEngine::isOvertaken() {
     return m_open && m_open->database->hasMoved();
 }
 
-// Runs an operation on the open store; again on the new one when the store had been moved aside. After a
-// failure of the system the store is opened and checked anew at the next call.
+// Runs an operation on the open store; again on the new one when the store had been moved aside. A failed
+// write leaves the store open: SQLite then writes anew over what was not synced, where one who opened it
+// afresh would take that for written and build on it.
 template <class Operation>
 auto StoreEngine::opened(std::string_view key, Operation operation) {
     using Result = decltype(operation());
@@ -170,10 +171,11 @@ auto StoreEngine::opened(std::string_view key, Operation operation) {
             Result result = operation();
             const StoreStatus status = failed(result);
             const bool isRetried = status != StoreStatus::ok && isFirst && isOvertaken();
-            if (isRetried || status == StoreStatus::unavailable) m_open.reset();
-            if (isRetried) continue;
-            note(status, key);
-            return result;
+            if (!isRetried) {
+                note(status, key);
+                return result;
+            }
+            m_open.reset();
         }
     });
 }

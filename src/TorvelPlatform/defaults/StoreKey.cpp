@@ -99,9 +99,12 @@ StoreStatus writeKeyFile(const std::filesystem::path& file, const RootKey& key) 
     const Descriptor opened(
         ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
     if (!opened || !writeDurably(opened.get(), keyFileOf(key)) ||
-        ::rename(temporary.c_str(), file.c_str()) != 0 || !syncDirectory(file.parent_path()))
+        ::rename(temporary.c_str(), file.c_str()) != 0)
         return statusOfSystemError(errno);
-    return StoreStatus::ok;
+    if (syncDirectory(file.parent_path())) return StoreStatus::ok;
+    const StoreStatus status = statusOfSystemError(errno);
+    ::unlink(file.c_str());  // or the next attempt would rely on a name that a loss of power takes away
+    return status;
 }
 
 StoreStatus statusOfSystemError(int error) {

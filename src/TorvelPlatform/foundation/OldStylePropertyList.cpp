@@ -25,7 +25,8 @@ int digitValue(char c, int base) {
 // A recursive descent; the first fault leaves the error and unwinds by absent values.
 class Parser {
   public:
-    explicit Parser(std::string_view text) : m_text(text) {}
+    Parser(std::string_view text, std::vector<PropertyListKey>* rootKeys)
+        : m_text(text), m_rootKeys(text, rootKeys) {}
 
     Outcome<PropertyList, PropertyListError> parse() {
         std::optional<PropertyList> list = skipSpace() ? root() : std::nullopt;
@@ -80,7 +81,7 @@ class Parser {
         Value first = value(0);
         if (!first || !first->string() || !skipSpace() || (next() != '=' && next() != ';')) return first;
         m_position = begin;
-        return members('\0', 0);
+        return members('\0', 1);
     }
 
     Value value(int depth) {
@@ -102,8 +103,10 @@ class Parser {
         while (true) {
             if (!skipSpace()) return std::nullopt;
             if (closing == '\0' ? atEnd() : take(closing)) return PropertyList(std::move(dictionary));
+            const std::size_t begin = m_position;
             std::optional<std::string> key = string("a key");
             if (!key) return std::nullopt;
+            if (depth == 1) m_rootKeys.note(*key, begin);
             Value member = take('=') ? value(depth) : Value(*key);
             if (!member || !expect(';', "a member")) return std::nullopt;
             dictionary.insert_or_assign(std::move(*key), std::move(*member));
@@ -207,6 +210,7 @@ class Parser {
     }
 
     std::string_view m_text;
+    RootKeys m_rootKeys;
     std::size_t m_position = 0;
     bool m_failed = false;
     PropertyListError m_error;
@@ -214,8 +218,9 @@ class Parser {
 
 }  // namespace
 
-Outcome<PropertyList, PropertyListError> parseOldStylePropertyList(std::string_view text) {
-    return Parser(text).parse();
+Outcome<PropertyList, PropertyListError> parseOldStylePropertyList(std::string_view text,
+                                                                   std::vector<PropertyListKey>* rootKeys) {
+    return Parser(text, rootKeys).parse();
 }
 
 }  // namespace torvel

@@ -4,6 +4,7 @@
 #include "TorvelPlatform/foundation/PropertyList.h"
 
 #include <string_view>
+#include <vector>
 
 namespace torvel {
 
@@ -13,6 +14,7 @@ namespace torvel {
 // white space and comments alone is an empty dictionary. All scalars are strings. Of equal keys the last
 // counts. Escapes: \" \' \\ \a \b \f \n \r \t \v, \U and four hex digits (a UTF-16 unit), and \ with up to
 // three octal digits (a Unicode scalar below 256).
-Outcome<PropertyList, PropertyListError> parseOldStylePropertyList(std::string_view text);
+Outcome<PropertyList, PropertyListError> parseOldStylePropertyList(std::string_view text,
+                                                                   std::vector<PropertyListKey>* rootKeys);
 
 }  // namespace torvel

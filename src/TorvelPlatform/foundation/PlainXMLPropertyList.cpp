@@ -94,7 +94,8 @@ struct Tag {
 // leaves the error.
 class Rewriter {
   public:
-    explicit Rewriter(std::string_view text) : m_text(text) {}
+    Rewriter(std::string_view text, std::vector<PropertyListKey>* rootKeys)
+        : m_text(text), m_rootKeys(text, rootKeys) {}
 
     Outcome<std::string, PropertyListError> rewrite() {
         if (!document()) return std::move(m_error);
@@ -222,7 +223,10 @@ class Rewriter {
             if (tag.closing) return tag.name == "dict" || unexpected(tag, "</dict>");
             if (tag.name != "key") return unexpected(tag, "<key>");
             if (count == maximumKeys) return fail(tag.position, "the dictionary has too many keys");
-            if (!scalar(tag) || !nextTag(tag, "a value") || !value(tag, depth)) return false;
+            const std::size_t begin = tag.position;
+            if (!scalar(tag)) return false;
+            if (depth == 1) m_rootKeys.note(m_content, begin);
+            if (!nextTag(tag, "a value") || !value(tag, depth)) return false;
         }
     }
 
@@ -239,12 +243,12 @@ class Rewriter {
         const auto kind = std::find_if(std::begin(scalars), std::end(scalars),
                                        [&tag](const Scalar& row) { return row.name == tag.name; });
         if (kind == std::end(scalars)) return fail(tag.position, "unknown element " + tag.written());
-        std::string content;
-        if (!tag.empty && !textOf(tag, content)) return false;
-        if (!kind->isValid(content)) {
+        m_content.clear();
+        if (!tag.empty && !textOf(tag, m_content)) return false;
+        if (!kind->isValid(m_content)) {
             return fail(tag.position, "expected " + std::string(kind->content) + " in " + tag.written());
         }
-        writeScalar(tag, content);
+        writeScalar(tag, m_content);
         return true;
     }
 
@@ -334,21 +338,24 @@ class Rewriter {
     }
 
     std::string_view m_text;
+    RootKeys m_rootKeys;
     std::size_t m_position = 0;
+    std::string m_content;  // of the last scalar
     std::string m_plain;
     PropertyListError m_error;
 };
 
 }  // namespace
 
-Outcome<std::string, PropertyListError> plainXMLPropertyList(std::string_view text) {
+Outcome<std::string, PropertyListError> plainXMLPropertyList(std::string_view text,
+                                                             std::vector<PropertyListKey>* rootKeys) {
     const auto control = std::find_if(text.begin(), text.end(), [](char c) {
         return static_cast<unsigned char>(c) < 0x20 && !isOneOf(c, whitespace);
     });
     if (control != text.end()) {
         return faultAtLine(text, static_cast<std::size_t>(control - text.begin()), "a control character");
     }
-    return Rewriter(text).rewrite();
+    return Rewriter(text, rootKeys).rewrite();
 }
 
 }  // namespace torvel

@@ -26,9 +26,11 @@ struct Predicate::Pattern {
 
     explicit Pattern(const std::string& pattern) : text(pattern) {
         UErrorCode error = U_ZERO_ERROR;
-        compiled.reset(icu::RegexPattern::compile(unicodeText(text), 0, error));
+        UParseError place{};
+        compiled.reset(icu::RegexPattern::compile(unicodeText(text), 0, place, error));
         if (U_SUCCESS(error)) return;
         compiled.reset();
+        fault = std::string(u_errorName(error)) + " at character " + std::to_string(place.offset);
         report("Invalid", text, error);
     }
     ~Pattern() { keep(nullptr); }
@@ -41,8 +43,22 @@ struct Predicate::Pattern {
     }
     void keep(Matcher matcher) const { Matcher(spare.exchange(matcher.release())); }
 
+    Verdict judge(std::string_view with, UErrorCode& error) const {
+        if (!compiled) return Verdict::gaveUp;
+        const icu::UnicodeString input = unicodeText(with);
+        Matcher made = matcher(error);
+        const bool matches = U_SUCCESS(error) && made->reset(input).matches(error);
+        if (U_FAILURE(error)) return Verdict::gaveUp;
+        const Verdict verdict = matches          ? Verdict::matches
+                                : made->hitEnd() ? Verdict::wantsMore
+                                                 : Verdict::differs;
+        keep(std::move(made));
+        return verdict;
+    }
+
     const std::string text;
     std::unique_ptr<const icu::RegexPattern> compiled;  // absent when invalid; serves any thread
+    std::optional<std::string> fault;                   // why it is
     // A matcher serves one thread at a time, and making one takes longer than most matches.
     mutable std::atomic<icu::RegexMatcher*> spare{nullptr};
 };
@@ -75,17 +91,17 @@ Predicate Predicate::matches(std::string_view pattern) {
 }
 
 bool Predicate::evaluate(std::string_view with) const {
-    if (!m_pattern->compiled) return false;
-    const icu::UnicodeString text = unicodeText(with);
     UErrorCode error = U_ZERO_ERROR;
-    Pattern::Matcher matcher = m_pattern->matcher(error);
-    const bool matches = U_SUCCESS(error) && matcher->reset(text).matches(error);
-    if (U_FAILURE(error)) {
-        report("Gave up the", m_pattern->text, error);
-        return false;
-    }
-    m_pattern->keep(std::move(matcher));
-    return matches;
+    const Verdict verdict = m_pattern->judge(with, error);
+    if (U_FAILURE(error)) report("Gave up the", m_pattern->text, error);
+    return verdict == Verdict::matches;
 }
+
+Predicate::Verdict Predicate::judge(std::string_view text) const {
+    UErrorCode error = U_ZERO_ERROR;
+    return m_pattern->judge(text, error);
+}
+
+const std::optional<std::string>& Predicate::fault() const { return m_pattern->fault; }
 
 }  // namespace torvel

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <memory>
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace torvel {
@@ -18,6 +20,17 @@ class Predicate {
     // A match that takes too many steps (about a tenth of a second) or too much memory, as a pattern that
     // backtracks without end does, is given up, reported to the diagnostics and false.
     bool evaluate(std::string_view with) const;
+
+    // What evaluate() found, in more words and without a report.
+    enum class Verdict {
+        matches,
+        differs,
+        wantsMore,  ///< differs, having looked for more text than there is: a longer one may match
+        gaveUp,     ///< too many steps or too much memory, or the pattern is invalid
+    };
+    Verdict judge(std::string_view text) const;
+    // What is wrong with the pattern, and where; absent when it is valid.
+    const std::optional<std::string>& fault() const;
 
   private:
     struct Pattern;

@@ -200,11 +200,11 @@ void joinLineEnds(std::string& text) {
     text.resize(kept);
 }
 
-Outcome<PropertyList, PropertyListError> parseText(std::string text) {
+Outcome<PropertyList, PropertyListError> parseText(std::string text, std::vector<PropertyListKey>* rootKeys) {
     joinLineEnds(text);
     const std::size_t first = text.find_first_not_of(" \t\r\n");
-    if (first == std::string::npos || text[first] != '<') return parseOldStylePropertyList(text);
-    const auto plain = plainXMLPropertyList(text);
+    if (first == std::string::npos || text[first] != '<') return parseOldStylePropertyList(text, rootKeys);
+    const auto plain = plainXMLPropertyList(text, rootKeys);
     if (!plain) return plain.error();
     return readBy(plist_from_xml, plain.value());
 }
@@ -215,6 +215,14 @@ PropertyListError faultAtLine(std::string_view text, std::size_t position, const
     const std::string_view before = text.substr(0, position);
     const auto line = 1 + std::count(before.begin(), before.end(), '\n');
     return {"line " + std::to_string(line) + ": " + message};
+}
+
+void RootKeys::note(const std::string& key, std::size_t position) {
+    if (m_keys == nullptr) return;
+    const std::string_view since = m_text.substr(m_counted, position - m_counted);
+    m_line += static_cast<int>(std::count(since.begin(), since.end(), '\n'));
+    m_counted = position;
+    m_keys->push_back({key, m_line});
 }
 
 std::optional<PropertyList::Date> propertyListDate(std::string_view text) {
@@ -241,7 +249,8 @@ PropertyList& PropertyList::operator=(const PropertyList&) = default;
 PropertyList& PropertyList::operator=(PropertyList&&) noexcept = default;
 PropertyList::~PropertyList() = default;
 
-Outcome<PropertyList, PropertyListError> PropertyList::parse(const Data& bytes) {
+Outcome<PropertyList, PropertyListError> PropertyList::parse(const Data& bytes,
+                                                             std::vector<PropertyListKey>* rootKeys) {
     const std::string_view raw = bytes.raw();
     if (raw.empty()) return PropertyListError{"offset 0: the property list is empty"};
     if (raw.size() > std::numeric_limits<std::int32_t>::max() / 2) {
@@ -253,7 +262,7 @@ Outcome<PropertyList, PropertyListError> PropertyList::parse(const Data& bytes) 
     }
     std::optional<std::string> text = textOf(raw);
     if (!text) return PropertyListError{"offset 0: the property list is neither valid UTF-8 nor UTF-16"};
-    return parseText(std::move(*text));
+    return parseText(std::move(*text), rootKeys);
 }
 
 }  // namespace torvel

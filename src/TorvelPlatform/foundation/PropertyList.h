@@ -20,6 +20,12 @@ struct PropertyListError {
     std::string description;  // the sentence
 };
 
+/// A key of a list's root dictionary, where the file has it.
+struct PropertyListKey {
+    std::string key;
+    int line;  ///< from 1
+};
+
 // A property-list value in any of the platform's forms.
 class PropertyList {
   public:
@@ -34,7 +40,11 @@ class PropertyList {
     // or without the braces of its root dictionary; texts in UTF-8 or UTF-16. Of equal keys the last counts.
     // Dates lie in 1678 to 2261, integers in 64 bits; unique identifiers of keyed archives are integers.
     // Bytes from outside are safe to give: depth and size in memory are bounded.
-    static Outcome<PropertyList, PropertyListError> parse(const Data& bytes);
+    //
+    // For tools that speak about the file, `rootKeys` receives every key of a text form's root dictionary in
+    // the file's order, as often as it stands there; of the binary form, which has no lines, nothing.
+    static Outcome<PropertyList, PropertyListError> parse(const Data& bytes,
+                                                          std::vector<PropertyListKey>* rootKeys = nullptr);
 
     // A value of one of the kinds below.
     template <class T>

@@ -2,8 +2,9 @@
 
 namespace torvel {
 
-Outcome<StringsTable, PropertyListError> StringsTable::parse(const Data& bytes) {
-    const auto list = PropertyList::parse(bytes);
+Outcome<StringsTable, PropertyListError> StringsTable::parse(const Data& bytes,
+                                                             std::vector<PropertyListKey>* keys) {
+    const auto list = PropertyList::parse(bytes, keys);
     if (!list) return list.error();
     const PropertyList::Dictionary* members = list.value().dictionary();
     if (members == nullptr) return PropertyListError{"the root of a strings table is not a dictionary"};

@@ -1,5 +1,7 @@
 #include "TorvelPlatform/http/Redirect.h"
 
+#include "TorvelPlatform/foundation/CharacterSet.h"
+#include "TorvelPlatform/foundation/PercentEncoding.h"
 #include "TorvelPlatform/http/HeaderText.h"
 
 #include <algorithm>
@@ -35,6 +37,14 @@ HTTPHeaders fieldsForAnotherHost(const HTTPHeaders& sent, const HTTPHeaders& ses
     return fields;
 }
 
+// Servers also write what must not stand in a URL, such as spaces, and browsers put up with it.
+std::optional<URL> targetOf(const URL& from, std::string_view location) {
+    if (auto target = from.resolving(location)) return target;
+    static const CharacterSet& kept =
+        *new CharacterSet(CharacterSet::urlQueryAllowed().unionWith(CharacterSet::charactersIn("%#")));
+    return from.resolving(percentEncodedBytes(location, kept));
+}
+
 // Names scheme and host alone: the rest of a redirect's URL often holds a secret.
 SessionError refused(const URL& from, const URL& to, std::string_view why) {
     return {SessionError::Kind::redirectFailed,
@@ -64,7 +74,7 @@ RedirectDecision decideRedirect(const URLRequest& sent, bool hasBody, const HTTP
                                 const HTTPHeaders& sessionHeaders) {
     if (!isRedirect(response.statusCode)) return {};
     const std::optional<std::string> location = response.headers.value("Location");
-    std::optional<URL> target = location ? sent.url->resolving(*location) : std::nullopt;
+    std::optional<URL> target = location ? targetOf(*sent.url, *location) : std::nullopt;
     if (!target) return {};
 
     const URL& from = *sent.url;

@@ -3,11 +3,10 @@
 #include "TorvelPlatform/foundation/FatalError.h"
 #include "TorvelPlatform/http/SessionCore.h"
 #include "TorvelPlatform/http/SessionTask.h"
-#include "TorvelPlatform/http/SessionWorker.h"
 
 namespace torvel {
 
-DataRequest::DataRequest(std::unique_ptr<SessionTask> task) : m_task(std::move(task)) {}
+DataRequest::DataRequest(std::shared_ptr<SessionTask> task) : m_task(std::move(task)) {}
 DataRequest::DataRequest(DataRequest&&) noexcept = default;
 DataRequest::~DataRequest() = default;
 
@@ -21,25 +20,23 @@ DataRequest& DataRequest::validate() {
     return *this;
 }
 
-void DataRequest::responseData(DispatchQueue& queue, Completion completion) {
+RequestHandle DataRequest::responseData(DispatchQueue& queue, Completion completion) {
     task().queue = &queue;
     task().completion = std::move(completion);
-    const std::shared_ptr<SessionCore> core = m_task->core;
-    core->worker().submit(std::move(m_task));
+    RequestHandle handle{m_task};
+    const std::shared_ptr<RequestRunner> runner = m_task->core->runner;
+    runner->submit(std::move(m_task));
+    return handle;
 }
 
 UploadRequest& UploadRequest::uploadProgress(DispatchQueue& queue, std::function<void(double)> handler) {
-    task().progress = std::make_shared<UploadProgress>(queue, std::move(handler));
+    if (handler) task().progress = std::make_shared<UploadProgress>(queue, std::move(handler));
     return *this;
 }
 
-SessionCore::SessionCore(URLSessionConfiguration sessionConfiguration, const std::string& rootQueueLabel,
-                         std::shared_ptr<const ServerTrustManager> serverTrustManager)
-    : configuration(std::move(sessionConfiguration)),
-      trustManager(std::move(serverTrustManager)),
-      m_worker(SessionWorker::start(rootQueueLabel, configuration.maximumConnectionsPerHost)) {}
-
-SessionCore::~SessionCore() { m_worker->stop(); }
+void RequestHandle::cancel() const {
+    if (const auto task = m_task.lock()) task->cancel();
+}
 
 const std::shared_ptr<Session>& Session::defaultSession() {
     // Never destroyed: its thread is stopped when the process ends.
@@ -55,12 +52,14 @@ Session::Session(URLSessionConfiguration configuration, std::string rootQueueLab
 
 Session::~Session() = default;
 
+void Session::cancelAllRequests() { SessionTask::cancelAll(); }
+
 DataRequest Session::request(URLRequest request) {
-    return DataRequest(std::make_unique<SessionTask>(m_core, std::move(request)));
+    return DataRequest(std::make_shared<SessionTask>(m_core, std::move(request)));
 }
 
 UploadRequest Session::upload(MultipartFormData formData, URLRequest request, std::size_t usingThreshold) {
-    auto task = std::make_unique<SessionTask>(m_core, std::move(request));
+    auto task = std::make_shared<SessionTask>(m_core, std::move(request));
     task->request.httpBody.reset();
     task->form = std::move(formData);
     task->memoryThreshold = usingThreshold;

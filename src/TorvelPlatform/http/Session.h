@@ -1,8 +1,10 @@
 #pragma once
 
 #include "TorvelPlatform/dispatch/DispatchQueue.h"
+#include "TorvelPlatform/http/EventMonitor.h"
 #include "TorvelPlatform/http/HTTPURLResponse.h"
 #include "TorvelPlatform/http/MultipartFormData.h"
+#include "TorvelPlatform/http/RequestHandle.h"
 #include "TorvelPlatform/http/ServerTrustManager.h"
 #include "TorvelPlatform/http/SessionError.h"
 #include "TorvelPlatform/http/URLRequest.h"
@@ -12,6 +14,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace torvel {
 
@@ -36,11 +39,12 @@ struct URLSessionConfiguration {
     std::size_t maximumConnectionsPerHost = 6;
     // Bound on a response body, as received and as decompressed; a larger one fails.
     std::size_t maximumResponseBytes = std::size_t{256} * 1024 * 1024;
+    // Hear of every request. None costs nothing.
+    std::vector<std::shared_ptr<EventMonitor>> eventMonitors = {};
 };
 
 class Session;
 class SessionCore;
-struct SessionTask;
 
 // One request of a session. Collects its options until responseData() starts it; a handle that is dropped
 // before never sends anything.
@@ -56,7 +60,7 @@ class DataRequest {
     // Starts the request, which can be done once. `completion` is called exactly once, on `queue`, whatever
     // happens; only the end of the process may leave it uncalled. The queue outlives the request. A response
     // without bytes is a failure unless its status is 204 or 205 or the method HEAD.
-    void responseData(DispatchQueue& queue, Completion completion);
+    RequestHandle responseData(DispatchQueue& queue, Completion completion);
 
     // The handle alone moves.
     DataRequest(DataRequest&&) noexcept;
@@ -65,12 +69,12 @@ class DataRequest {
   protected:
     friend class Session;
     // For the session, which makes requests.
-    explicit DataRequest(std::unique_ptr<SessionTask> task);
+    explicit DataRequest(std::shared_ptr<SessionTask> task);
     // The request to be; until it is started.
     SessionTask& task();
 
   private:
-    std::unique_ptr<SessionTask> m_task;  // until the request is started
+    std::shared_ptr<SessionTask> m_task;  // until the request is started
 };
 
 // An upload of a multipart form.
@@ -103,6 +107,9 @@ class Session {
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
+
+    // Cancels every request of the process, of whichever session, whose completion has not begun.
+    static void cancelAllRequests();
 
     // A request that nothing has started yet.
     DataRequest request(URLRequest request);

@@ -1,13 +1,12 @@
 #pragma once  // internal
 
+#include "TorvelPlatform/http/RequestRunner.h"
 #include "TorvelPlatform/http/Session.h"
 
 #include <memory>
 #include <string>
 
 namespace torvel {
-
-class SessionWorker;
 
 // What the handles and the requests of one session share. The thread ends with the last of them.
 class SessionCore {
@@ -20,11 +19,10 @@ class SessionCore {
 
     const URLSessionConfiguration configuration;
     const std::shared_ptr<const ServerTrustManager> trustManager;
+    const std::shared_ptr<RequestRunner> runner;
 
-    SessionWorker& worker() { return *m_worker; }
-
-  private:
-    std::shared_ptr<SessionWorker> m_worker;
+    // Every session of the process looks through its requests.
+    static void sweepAll();
 };
 
 }  // namespace torvel

@@ -1,18 +1,12 @@
 #include "TorvelPlatform/http/SessionWorker.h"
 
 #include "TorvelPlatform/dispatch/LibraryThread.h"
-#include "TorvelPlatform/http/HeaderText.h"
 #include "TorvelPlatform/http/LiveWorkers.h"
-#include "TorvelPlatform/http/RequestCheck.h"
 #include "TorvelPlatform/http/SessionCore.h"
 #include "TorvelPlatform/http/URLCache.h"
-#include "TorvelPlatform/http/Validation.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
-#include <numeric>
-#include <system_error>
 
 namespace torvel {
 namespace {
@@ -34,42 +28,6 @@ SessionError timeoutError(const URLRequest& request) {
             std::string("The request timed out after ") + seconds.data() + " s without a byte from or to " +
                 request.url->host().value_or("") + ".",
             std::nullopt};
-}
-
-// A host that must be evaluated and cannot be is refused before anything is sent, even a name look-up.
-std::optional<SessionError> missingEvaluatorError(const ServerTrustManager* manager, const URL& url) {
-    const std::string host = url.host().value_or("");
-    if (manager == nullptr || !manager->allHostsMustBeEvaluated() || manager->evaluator(host) != nullptr ||
-        !equalsIgnoringCase(url.scheme().value_or(""), "https"))
-        return std::nullopt;
-    TrustFailure failure{TrustFailure::Reason::noRequiredEvaluator, host,
-                         "The server " + host + " is not trusted: no evaluator is given for it."};
-    std::string description = failure.description;
-    return SessionError{Kind::serverTrustEvaluationFailed, std::move(description), std::move(failure)};
-}
-
-// Turns the form into the request's body, in memory or in a file.
-std::optional<SessionError> encodeForm(SessionTask& task) {
-    const MultipartFormData form = std::move(*task.form);
-    task.form.reset();
-    task.request.headers.set("Content-Type", form.contentType());
-    const std::size_t content = std::accumulate(
-        form.parts().begin(), form.parts().end(), std::size_t{0},
-        [](std::size_t sum, const MultipartFormData::Part& part) { return sum + part.content.size(); });
-    if (content >= task.memoryThreshold) {
-        task.spool = SpoolFile::write(form);
-        if (task.spool) return std::nullopt;
-        return SessionError{Kind::invalidRequest,
-                            "The upload cannot be spooled to a temporary file: " +
-                                std::generic_category().message(errno) + ".",
-                            std::nullopt};
-    }
-    std::string body;
-    body.reserve(form.contentLength());
-    for (std::size_t part = 0; part < form.parts().size(); ++part)
-        body.append(form.head(part)).append(form.parts()[part].content.raw());
-    task.request.httpBody = Data(std::move(body.append(form.tail())));
-    return std::nullopt;
 }
 
 // A network answer is offered to the cache; nothing is copied unless it is kept.
@@ -103,6 +61,13 @@ void SessionWorker::submit(Task task) {
     if (wasAsleep) m_loop->wake();
 }
 
+void SessionWorker::sweep() {
+    const std::lock_guard lock(m_mutex);
+    m_sweeps = true;
+    // Woken inside the lock: no request of the caller's keeps the thread from ending after it.
+    if (std::exchange(m_asleep, false)) m_loop->wake();
+}
+
 void SessionWorker::stop() {
     requestQuit(Quit::whenIdle);
     LiveWorkers::shared().join(*this);
@@ -134,41 +99,43 @@ void SessionWorker::run(const std::string& label) {
 // False when the thread shall end.
 bool SessionWorker::takeSubmitted() {
     std::vector<Task> submitted;
+    bool sweeps = false;
     {
         const std::lock_guard lock(m_mutex);
         m_asleep = false;
         if (m_quit == Quit::atOnce || (m_quit == Quit::whenIdle && m_submitted.empty())) return false;
         submitted.swap(m_submitted);
+        sweeps = std::exchange(m_sweeps, false);
     }
     for (Task& task : submitted) begin(std::move(task));
+    if (sweeps) giveUpCancelled();
     return true;
 }
 
 bool SessionWorker::mayWait() {
     const std::lock_guard lock(m_mutex);
-    m_asleep = m_submitted.empty() && m_quit == Quit::no;
+    m_asleep = m_submitted.empty() && !m_sweeps && m_quit == Quit::no;
     return m_asleep;
 }
 
 void SessionWorker::begin(Task task) {
+    task->begin();
     if (!m_loop->usable())
         return fail(std::move(task), {Kind::cannotConnect, "No descriptors are left for a session.", {}});
-    task->accept = task->request.headers.value("Accept");
-    for (const auto& [name, value] : task->core->configuration.headers.fields())
-        if (!task->request.headers.value(name)) task->request.headers.set(name, value);
-    if (auto error = requestError(task->request, task->hasBody()))
-        return fail(std::move(task), std::move(*error));
-    if (task->form)
-        if (auto error = encodeForm(*task)) return fail(std::move(task), std::move(*error));
+    if (auto error = task->prepare()) return fail(std::move(task), std::move(*error));
     startHop(std::move(task));
 }
 
 void SessionWorker::startHop(Task task) {
-    if (auto error = missingEvaluatorError(task->core->trustManager.get(), *task->request.url))
-        return fail(std::move(task), std::move(*error));
-    if (auto cached = URLCache::shared().cachedResponse(task->request))
+    if (auto error = task->hopError()) return fail(std::move(task), std::move(*error));
+    if (auto cached = URLCache::shared().cachedResponse(task->request)) {
+        if (!task->hops.empty()) {
+            task->hops.back().cached = true;
+            task->hops.back().response = cached->response;
+        }
         return finish(std::move(task),
                       {std::move(cached->response), std::move(cached->data).raw(), std::nullopt});
+    }
     startTransfer(std::move(task));
 }
 
@@ -208,18 +175,7 @@ void SessionWorker::onFinished(Transfer& transfer, CURLcode code) {
 }
 
 void SessionWorker::follow(Task task, Redirection next) {
-    constexpr int mostRedirects = 16;
-    const std::string from = task->request.url->host().value_or("");
-    if (++task->redirects > mostRedirects)
-        return fail(std::move(task),
-                    {Kind::redirectFailed, from + " redirected too many times.", std::nullopt});
-    task->transfer.reset();
-    task->request = std::move(next.request);
-    if (!next.keepsBody) task->spool.reset();
-    if (auto error = requestError(task->request, task->hasBody())) {
-        error->kind = Kind::redirectFailed;
-        return fail(std::move(task), std::move(*error));
-    }
+    if (auto error = task->turn(std::move(next))) return fail(std::move(task), std::move(*error));
     startHop(std::move(task));
 }
 
@@ -238,34 +194,36 @@ void SessionWorker::expire() {
         m_deadlines.erase(m_deadlines.begin());
         arm(late);
         if (late.deadline > reached) continue;
-        Task task = take(transfer);
-        TransferResult result = transfer.abandon(timeoutError(task->request));
-        recycle(transfer.takeEasy());
-        finish(std::move(task), std::move(result));
+        abandon(transfer, timeoutError(late.request));
     }
+}
+
+void SessionWorker::giveUpCancelled() {
+    std::vector<Transfer*> cancelled;
+    for (const auto& [transfer, task] : m_live)
+        if (task->isCancelled()) cancelled.push_back(transfer);
+    for (Transfer* const transfer : cancelled) abandon(*transfer, cancelledError(*m_live.at(transfer)));
+}
+
+void SessionWorker::abandon(Transfer& transfer, SessionError error) {
+    Task task = take(transfer);
+    TransferResult result = transfer.abandon(std::move(error));
+    recycle(transfer.takeEasy());
+    finish(std::move(task), std::move(result));
 }
 
 SessionWorker::Task SessionWorker::take(Transfer& transfer) {
     Task task = std::move(m_live.extract(&transfer).mapped());
     m_deadlines.erase({task->deadline, &transfer});
     m_loop->remove(transfer);
+    task->maybeSent |= transfer.maybeSent();
+    if (!task->hops.empty()) transfer.measure(task->hops.back());
     return task;
 }
 
 void SessionWorker::finish(Task task, TransferResult result) {
-    // Half an answer is withheld: it could pass for an error payload of the server's, which hosts read as
-    // success.
-    const bool whole = !result.error;
-    DataResponse response{std::move(result.response), std::nullopt, std::move(result.error)};
-    const bool empty = result.body.empty();
-    if (!response.error && task->validates)
-        response.error = validationError(task->accept, *response.response, empty);
-    if (!response.error) response.error = emptinessError(task->request.httpMethod, *response.response, empty);
-    if (whole && (!response.error || !empty)) response.data = Data(std::move(result.body));
-    m_completions.emplace_back(
-        task->queue, [completion = std::move(task->completion), response = std::move(response)]() mutable {
-            completion(std::move(response));
-        });
+    DispatchQueue* const queue = task->queue;
+    m_completions.emplace_back(queue, SessionTask::end(std::move(task), std::move(result)));
 }
 
 void SessionWorker::fail(Task task, SessionError error) {

@@ -16,20 +16,20 @@ namespace torvel {
 
 // A session's thread: takes requests in, drives their transfers, and posts their completions, those of one
 // turn together. Each request leaves through finish(), once.
-class SessionWorker {
+class SessionWorker final : public RequestRunner {
   public:
     static std::shared_ptr<SessionWorker> start(const std::string& label,
                                                 std::size_t maximumConnectionsPerHost);
     explicit SessionWorker(std::size_t maximumConnectionsPerHost);
 
-    // Any thread.
-    void submit(std::unique_ptr<SessionTask> task);
-    // Ends the thread, which has no requests any more, and waits for that unless it is the calling one.
-    void stop();
+    void submit(std::shared_ptr<SessionTask> task) override;
+    void sweep() override;
+    // Ends the thread and waits for that unless it is the calling one.
+    void stop() override;
 
   private:
     friend class LiveWorkers;
-    using Task = std::unique_ptr<SessionTask>;
+    using Task = std::shared_ptr<SessionTask>;
     enum class Quit { no, whenIdle, atOnce };
 
     void requestQuit(Quit quit);
@@ -45,6 +45,8 @@ class SessionWorker {
     void follow(Task task, Redirection next);
     void arm(SessionTask& task);
     void expire();
+    void giveUpCancelled();
+    void abandon(Transfer& transfer, SessionError error);
     Task take(Transfer& transfer);
 
     void finish(Task task, TransferResult result);
@@ -55,7 +57,8 @@ class SessionWorker {
     void recycle(EasyHandle easy);
 
     std::mutex m_mutex;
-    std::vector<Task> m_submitted;  // guarded by m_mutex, as are the next two
+    std::vector<Task> m_submitted;  // guarded by m_mutex, as are the next three
+    bool m_sweeps = false;
     Quit m_quit = Quit::no;
     bool m_asleep = false;
     std::atomic<bool> m_ended{false};

@@ -12,6 +12,7 @@ namespace torvel {
 namespace {
 
 using Kind = SessionError::Kind;
+using Phase = SessionError::Phase;
 
 // Owned by the connection or made from the body; a caller's own would contradict what is sent.
 bool isReserved(std::string_view name) {
@@ -53,6 +54,7 @@ struct Transfer::Callbacks {
     static std::size_t header(char* bytes, std::size_t, std::size_t size, void* user) {
         Transfer& transfer = of(user);
         transfer.m_activity->last = std::chrono::steady_clock::now();
+        transfer.m_phase = Phase::receiving;
         const bool wasComplete = transfer.m_head.complete();
         if (!transfer.m_head.addLine({bytes, size})) return transfer.fail(transfer.m_head.fault()) ? size : 0;
         if (!wasComplete && transfer.m_head.complete() && !transfer.onHeadComplete()) return 0;
@@ -77,6 +79,7 @@ struct Transfer::Callbacks {
 
     static int onSocket(void* user, curl_socket_t, curlsocktype) {
         leaveQueue(of(user));
+        of(user).m_phase = Phase::connecting;
         return CURL_SOCKOPT_OK;
     }
 
@@ -85,17 +88,19 @@ struct Transfer::Callbacks {
     static int beforeRequest(void* user, char*, char*, int, int) {
         Transfer& transfer = of(user);
         transfer.m_queued = false;
+        transfer.m_phase = Phase::sending;
         transfer.m_activity->last = std::chrono::steady_clock::now();
-        long handedOver = 0;
-        curl_easy_getinfo(transfer.easy(), CURLINFO_REQUEST_SIZE, &handedOver);
-        transfer.m_replayRefused = ++transfer.m_attempts > 1 && handedOver > 0;
+        if (++transfer.m_attempts == 1) transfer.m_sentToProxy = transfer.handedOver();
+        transfer.m_replayRefused = transfer.m_attempts > 1 && transfer.maybeSent();
         return transfer.m_replayRefused ? CURL_PREREQFUNC_ABORT : CURL_PREREQFUNC_OK;
     }
 
     // The context lives as long as the connection, which other requests use too: nothing of this transfer
     // but the shared verdict goes into the decision.
     static CURLcode tlsContext(CURL*, void* context, void* user) {
-        const Transfer& transfer = of(user);
+        Transfer& transfer = of(user);
+        transfer.m_phase = Phase::securing;
+        transfer.m_securingSince = std::chrono::system_clock::now();
         auto decide = [manager = transfer.m_options.trustManager, host = transfer.host(),
                        verdict = transfer.m_verdict](SecTrust& trust) {
             const ServerTrustEvaluating* evaluator = manager ? manager->evaluator(host) : nullptr;
@@ -327,7 +332,21 @@ std::variant<TransferResult, Redirection> Transfer::conclude(CURLcode code) {
     return TransferResult{response(), std::move(m_body), std::nullopt};
 }
 
+Phase Transfer::phase() const {
+    if (m_phase != Phase::sending) return m_phase;
+    curl_off_t sent = 0;
+    curl_easy_getinfo(easy(), CURLINFO_SIZE_UPLOAD_T, &sent);
+    return maybeSent() && static_cast<std::size_t>(sent) >= bodySize() ? Phase::waiting : Phase::sending;
+}
+
+long Transfer::handedOver() const {
+    long bytes = 0;
+    curl_easy_getinfo(easy(), CURLINFO_REQUEST_SIZE, &bytes);
+    return bytes;
+}
+
 TransferResult Transfer::abandon(SessionError error) {
+    if (error.kind == Kind::timedOut) error.phase = phase();
     TransferResult result{std::nullopt, std::move(m_body), std::move(error)};
     if (m_head.complete() && m_redirect.index() == 0) result.response = response();
     return result;

@@ -2,6 +2,7 @@
 
 #include "TorvelPlatform/http/ContentDecoder.h"
 #include "TorvelPlatform/http/Curl.h"
+#include "TorvelPlatform/http/EventMonitor.h"
 #include "TorvelPlatform/http/Redirect.h"
 #include "TorvelPlatform/http/ResponseHead.h"
 #include "TorvelPlatform/http/ServerTrustManager.h"
@@ -66,6 +67,10 @@ class Transfer {
     std::variant<TransferResult, Redirection> conclude(CURLcode code);
     // The outcome of a hop that is given up because of `error`.
     TransferResult abandon(SessionError error);
+    // Fills in what is known of the hop by now.
+    void measure(HopMetrics& hop) const;
+    // Whether a byte of the request was handed to the network.
+    bool maybeSent() const { return m_attempts > 0 && handedOver() > m_sentToProxy; }
 
   private:
     struct Verdict {
@@ -85,6 +90,8 @@ class Transfer {
     bool endsWithConnection() const;
     bool isSecure() const;
     std::optional<SessionError> failure(CURLcode code) const;
+    SessionError::Phase phase() const;
+    long handedOver() const;
     bool fail(std::string_view why);
     HTTPURLResponse response() const;
     bool hasBody() const;
@@ -99,7 +106,10 @@ class Transfer {
     std::shared_ptr<Verdict> m_verdict = std::make_shared<Verdict>();
 
     bool m_queued = true;
+    SessionError::Phase m_phase = SessionError::Phase::lookingUpName;
+    std::chrono::system_clock::time_point m_securingSince;
     int m_attempts = 0;
+    long m_sentToProxy = 0;  // in front of the request
     bool m_replayRefused = false;
     std::size_t m_bodyOffset = 0;
     std::uint64_t m_bytesSent = 0;

@@ -71,6 +71,8 @@ SessionError transferError(CURLcode code, std::string_view host, std::string_vie
     std::string description = sentence(kind, std::string(host)) + ": ";
     if (systemError != 0 && code == CURLE_COULDNT_CONNECT) {
         description += std::generic_category().message(static_cast<int>(systemError));
+    } else if (code == CURLE_OUT_OF_MEMORY) {
+        description += "a line of its head is too long";
     } else {
         description += detail.empty() ? std::string_view(curl_easy_strerror(code)) : detail;
     }

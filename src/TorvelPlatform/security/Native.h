@@ -4,6 +4,7 @@
 #include "TorvelPlatform/security/SecKey.h"
 
 #include <memory>
+#include <string>
 
 #include <openssl/evp.h>
 #include <openssl/x509.h>
@@ -35,6 +36,9 @@ struct SecCertificate::Native {
 std::optional<SecCertificate> wrapCertificate(X509Ptr certificate);
 // Takes the reference over. Absent when the key has no SubjectPublicKeyInfo.
 std::optional<SecKey> wrapKey(KeyPtr key);
+
+// What was written to a memory BIO.
+std::string textOf(BIO* memory);
 
 // The process's trust store: SSL_CERT_FILE and SSL_CERT_DIR where they are set, else the system's hashed
 // directory, whose certificates are read when they are needed; the bundle file, far slower to load, only

@@ -3,9 +3,11 @@
 #include "TorvelPlatform/foundation/Data.h"
 #include "TorvelPlatform/security/SecKey.h"
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace torvel {
 
@@ -15,12 +17,19 @@ class SecCertificate {
     // From DER bytes; absent when they are not exactly one certificate.
     static std::optional<SecCertificate> createWithData(const Data& der);
 
+    /// The certificates of a PEM text (RFC 7468), in its order; what stands between them is left out.
+    static std::vector<SecCertificate> createWithPEM(const Data& text);
+
     // The DER encoding.
     const Data& data() const;
     // Absent when the key is of a kind that cannot be used here.
     std::optional<SecKey> copyKey() const;
     // The subject on one line, for messages.
     std::string subjectSummary() const;
+    /// The DNS names and IP addresses of the subject alternative names (RFC 5280, 4.2.1.6), in their order.
+    std::vector<std::string> subjectAlternativeNames() const;
+    /// The last second in which it is valid; absent when the certificate's date is none.
+    std::optional<std::chrono::sys_seconds> notAfter() const;
 
     // Same DER encoding.
     bool operator==(const SecCertificate& other) const { return data() == other.data(); }

@@ -72,4 +72,17 @@ Outcome<Data, SecStatus> SecKey::encrypt(SecPadding padding, std::span<const std
 
 const Data& SecKey::subjectPublicKeyInfo() const { return m_native->subjectPublicKeyInfo; }
 
+std::string SecKey::pem() const {
+    const BioPtr text(BIO_new(BIO_s_mem()));
+    PEM_write_bio_PUBKEY(text.get(), m_native->key.get());
+    return textOf(text.get());
+}
+
+std::string SecKey::description() const {
+    const EVP_PKEY* const key = m_native->key.get();
+    return std::string(EVP_PKEY_get0_type_name(key)) + " " + std::to_string(EVP_PKEY_get_bits(key));
+}
+
+int SecKey::securityBits() const { return EVP_PKEY_get_security_bits(m_native->key.get()); }
+
 }  // namespace torvel

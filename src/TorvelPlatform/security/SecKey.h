@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 
 namespace torvel {
 
@@ -31,6 +32,12 @@ class SecKey {
     Outcome<Data, SecStatus> encrypt(SecPadding padding, std::span<const std::uint8_t> plainText) const;
     // The DER of the SubjectPublicKeyInfo.
     const Data& subjectPublicKeyInfo() const;
+    /// The same as PEM text, the form that createWithData() and pins take.
+    std::string pem() const;
+    /// The algorithm and the size in bits: "RSA 2048", "EC 256".
+    std::string description() const;
+    /// The strength in bits by NIST SP 800-57, part 1, 5.6.1: 112 for RSA of 2048 bits, 128 for P-256.
+    int securityBits() const;
 
     // Same algorithm and key bits.
     bool operator==(const SecKey& other) const {

@@ -49,6 +49,11 @@ std::optional<fs::path> find(const fs::path& folder, std::string_view file) {
     return std::nullopt;
 }
 
+bool says(const JSON& object, std::string_view name, std::string_view value) {
+    const auto member = object.member(name);
+    return member && member->string() == value;
+}
+
 }  // namespace
 
 std::optional<fs::path> assetFolder(const Bundle& bundle, std::string_view name, std::string_view type) {
@@ -58,6 +63,16 @@ std::optional<fs::path> assetFolder(const Bundle& bundle, std::string_view name,
         if (auto found = find(catalog, file)) return found;
     }
     return std::nullopt;
+}
+
+int appearanceFitness(const JSON& entry, ScreenEnvironment::Style style) {
+    if (!says(entry, "idiom", "universal")) return 0;
+    const auto appearances = entry.member("appearances");
+    if (!appearances) return 1;
+    const std::string_view wanted = style == ScreenEnvironment::Style::dark ? "dark" : "light";
+    for (const JSON& appearance : appearances->elements())
+        if (!says(appearance, "appearance", "luminosity") || !says(appearance, "value", wanted)) return 0;
+    return 2;
 }
 
 }  // namespace torvel

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "TorvelPlatform/foundation/Bundle.h"
+#include "TorvelPlatform/foundation/JSON.h"
+#include "TorvelPlatform/foundation/ScreenEnvironment.h"
 
 #include <filesystem>
 #include <optional>
@@ -14,5 +16,9 @@ namespace torvel {
 /// there is none. Any thread.
 std::optional<std::filesystem::path> assetFolder(const Bundle& bundle, std::string_view name,
                                                  std::string_view type);
+
+/// How well an entry of an asset's "Contents.json" suits an appearance, on any device: 0 not at all, 1 as the
+/// one for any appearance, 2 as that one's own.
+int appearanceFitness(const JSON& entry, ScreenEnvironment::Style style);
 
 }  // namespace torvel

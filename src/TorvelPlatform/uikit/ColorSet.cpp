@@ -87,22 +87,6 @@ std::optional<UIColor> readColor(const JSON& color) {
     return UIColor((*rgb)[0], (*rgb)[1], (*rgb)[2], *alpha);
 }
 
-bool says(const JSON& object, std::string_view name, std::string_view value) {
-    const auto member = object.member(name);
-    return member && member->string() == value;
-}
-
-// How well an entry suits an appearance: 0 not at all, 1 as the one for any, 2 as its own.
-int fitness(const JSON& entry, ScreenEnvironment::Style style) {
-    if (!says(entry, "idiom", "universal")) return 0;
-    const auto appearances = entry.member("appearances");
-    if (!appearances) return 1;
-    const std::string_view wanted = style == ScreenEnvironment::Style::dark ? "dark" : "light";
-    for (const JSON& appearance : appearances->elements())
-        if (!says(appearance, "appearance", "luminosity") || !says(appearance, "value", wanted)) return 0;
-    return 2;
-}
-
 }  // namespace
 
 std::optional<UIColor> colorOfSet(std::string_view contents, ScreenEnvironment::Style style) {
@@ -112,7 +96,7 @@ std::optional<UIColor> colorOfSet(std::string_view contents, ScreenEnvironment::
     std::optional<JSON> best;
     int bestFitness = 0;
     for (const JSON& entry : colors->elements()) {
-        const int fit = fitness(entry, style);
+        const int fit = appearanceFitness(entry, style);
         if (fit <= bestFitness) continue;
         bestFitness = fit;
         best = entry.member("color");

@@ -1,4 +1,5 @@
 #include "TorvelLibrary/Data/Local/EndpointsHelper.h"
+#include "TorvelLibrary/Data/Remote/Networking/RequestLog.h"
 #include "TorvelLibrary/TorvelLibrary.h"
 #include "TorvelLibrary/TorvelLibraryBuilder.h"
 #include "TorvelLibrary/Utils/Amounts.h"
@@ -100,6 +101,12 @@ TEST_F(Facade, WithoutPinningEveryHostSharesTheDefaultSession) {
     EXPECT_EQ(library->manager(), nullptr);
     EXPECT_EQ(library->getAlamofireServiceManager(firstHost), Session::defaultSession());
     EXPECT_EQ(library->getAlamofireServiceManager(secondHost), Session::defaultSession());
+    library->setManager(nullptr);
+    library->eventMonitors.push_back(std::make_shared<RequestLog>());
+    const auto watched = library->getAlamofireServiceManager(firstHost);
+    EXPECT_NE(watched, Session::defaultSession());
+    EXPECT_EQ(watched->serverTrustManager(), nullptr);
+    EXPECT_EQ(library->getAlamofireServiceManager(secondHost), watched);
 }
 
 TEST_F(Facade, TheBypassWinsOverPinningAndReadsNoCertificate) {
@@ -165,7 +172,7 @@ TEST_F(Facade, FirstUsesRaceCleanly) {
     const std::function<void()> uses[] = {
         [] { EXPECT_NE(TorvelLibrary::sharedInstance(), nullptr); },
         [] { EXPECT_NE(TorvelLibrary::sharedInstance()->getAlamofireServiceManager(secondHost), nullptr); },
-        [] { EXPECT_EQ(std::string(EndpointsHelper::getEndPoint("login")), "api/login"); },
+        [] { EXPECT_EQ(EndpointsHelper::getEndPoint<std::string>("login"), "api/login"); },
         [] { EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "en"); },
         [] { EXPECT_EQ(getLocalisedValue("absent", Bundle::main(), "Localizable"), "absent"); },
         [] { EXPECT_EQ(ColorUtils::sharedInstance().theme->primaryColor, "0387D1"); },

@@ -1,5 +1,6 @@
 #include "TorvelLibrary/Data/Local/EndpointsHelper.h"
 
+#include "TorvelLibrary/Constants.h"
 #include "TorvelLibrary/Utils/Extenstions.h"
 #include "TorvelLibrary/Utils/LogUtils.h"
 #include "TorvelPlatform/foundation/Bundle.h"
@@ -29,22 +30,29 @@ std::shared_ptr<const EndpointsHelper::Dictionary> dictionaryOfTexts(const Prope
 
 }  // namespace
 
-EndpointsHelper::EndPoint EndpointsHelper::getEndPoint(std::string_view endpointId) {
+template <>
+std::optional<std::string> EndpointsHelper::getEndPoint(std::string_view endpointId) {
     const auto helper = slot().loadOr([] {
         auto created = std::make_shared<EndpointsHelper>();
         created->loadAppEndPoints();
         return created;
     });
     const auto table = helper->endpointsDict();
-    if (!table) return {endpointId, std::nullopt};
+    if (!table) return std::nullopt;
     const auto found = table->find(endpointId);
-    return {endpointId, found == table->end() ? std::nullopt : std::optional(found->second)};
+    return found == table->end() ? std::nullopt : std::optional(found->second);
+}
+
+template <>
+std::string EndpointsHelper::getEndPoint(std::string_view endpointId) {
+    return getEndPoint<std::optional<std::string>>(endpointId).value_or(std::string(endpointId));
 }
 
 std::shared_ptr<EndpointsHelper> EndpointsHelper::instance() { return slot().load(); }
 
 void EndpointsHelper::loadAppEndPoints() {
-    if (const auto url = getPathURLFromBundle("EndpointsConfig", "plist", Bundle::main()))
+    if (const auto url =
+            getPathURLFromBundle(Constants::endpointTable, Constants::propertyListType, Bundle::main()))
         return setEndPointsPlist(*url);
     LogUtils::e("EndpointsConfig plist Not Found In App", {source, "loadAppEndPoints()"});
 }

@@ -18,27 +18,12 @@ class EndpointsHelper {
     // Paths or absolute URLs by identifier.
     using Dictionary = ByText<std::string>;
 
-    // What a look-up found, in the form that the caller asks for:
-    //   std::optional<std::string> path = EndpointsHelper::getEndPoint("login");  // absent when unknown
-    //   std::string target = EndpointsHelper::getEndPoint("login");  // the identifier when unknown
-    // Initialise with "=", as here: an optional that is assigned to, or initialised with braces, takes the
-    // second form.
-    class EndPoint {
-      public:
-        // What the identifier stands for, absent when it is unknown.
-        EndPoint(std::string_view id, std::optional<std::string> value)
-            : m_id(id), m_value(std::move(value)) {}
-        // The answer in either form.
-        operator std::optional<std::string>() && { return std::move(m_value); }
-        operator std::string() && { return m_value ? std::move(*m_value) : std::string(m_id); }
-
-      private:
-        std::string_view m_id;
-        std::optional<std::string> m_value;
-    };
-
-    // The identifier must match a key exactly.
-    static EndPoint getEndPoint(std::string_view endpointId);
+    /// Looks an identifier up, which must match a key exactly. The type that is asked for decides what an
+    /// unknown one gives:
+    ///   getEndPoint<std::optional<std::string>>("login")  absent
+    ///   getEndPoint<std::string>("login")                 the identifier itself
+    template <class Text>
+    static Text getEndPoint(std::string_view endpointId) = delete;
 
     // The helper behind the look-ups; nullptr before the first one.
     static std::shared_ptr<EndpointsHelper> instance();
@@ -56,5 +41,10 @@ class EndpointsHelper {
   private:
     Guarded<std::shared_ptr<const Dictionary>> m_endpointsDict;
 };
+
+template <>
+std::optional<std::string> EndpointsHelper::getEndPoint(std::string_view endpointId);
+template <>
+std::string EndpointsHelper::getEndPoint(std::string_view endpointId);
 
 }  // namespace torvel

@@ -3,9 +3,11 @@
 #include "TorvelPlatform/dispatch/DispatchQueue.h"
 #include "TorvelPlatform/foundation/ScreenEnvironment.h"
 
+#include <QEvent>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QSocketNotifier>
+#include <QWidget>
 
 namespace torvel {
 namespace {
@@ -16,19 +18,69 @@ void drainMainQueueFromLoop() {
     QObject::connect(notifier, &QSocketNotifier::activated, notifier, [] { DispatchQueue::main().drain(); });
 }
 
-void takeWidth() {
+// A screen that does not turn says none of these, and then nothing is known.
+ScreenEnvironment::Orientation orientationOf(const QScreen& screen) {
+    switch (screen.orientation()) {
+        case Qt::PortraitOrientation:
+            return ScreenEnvironment::Orientation::portrait;
+        case Qt::InvertedPortraitOrientation:
+            return ScreenEnvironment::Orientation::portraitUpsideDown;
+        case Qt::InvertedLandscapeOrientation:
+            return ScreenEnvironment::Orientation::landscapeLeft;
+        case Qt::LandscapeOrientation:
+            return ScreenEnvironment::Orientation::landscapeRight;
+        default:
+            return ScreenEnvironment::Orientation::unknown;
+    }
+}
+
+void takeScreen() {
     const QScreen* const screen = QGuiApplication::primaryScreen();  // none while all are unplugged
-    if (screen != nullptr) ScreenEnvironment::widthInPoints = screen->geometry().width();
+    if (screen == nullptr) return;
+    ScreenEnvironment::widthInPoints = screen->geometry().width();
+    ScreenEnvironment::scale = screen->devicePixelRatio();
+    ScreenEnvironment::orientation = orientationOf(*screen);
 }
 
 void followScreen(QScreen* screen) {
-    takeWidth();
-    if (screen != nullptr) QObject::connect(screen, &QScreen::geometryChanged, screen, takeWidth);
+    takeScreen();
+    if (screen == nullptr) return;
+    QObject::connect(screen, &QScreen::geometryChanged, screen, takeScreen);
+    QObject::connect(screen, &QScreen::orientationChanged, screen, takeScreen);
 }
+
+// Views take the direction in force when they are first shown. That of an ancestor is inherited, unless it
+// was taken here and is out of date: one that somebody set on purpose counts for all that is in it.
+class DirectionFilter final : public QObject {
+  public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject* object, QEvent* event) override {
+        if (event->type() == QEvent::Polish && object->isWidgetType())
+            takeDirection(*static_cast<QWidget*>(object));
+        return false;
+    }
+
+  private:
+    static void takeDirection(QWidget& view) {
+        const bool isMirrored = ScreenEnvironment::direction == ScreenEnvironment::Direction::rightToLeft;
+        const Qt::LayoutDirection direction = isMirrored ? Qt::RightToLeft : Qt::LeftToRight;
+        const QWidget* decisive = &view;
+        while (decisive && !decisive->testAttribute(Qt::WA_SetLayoutDirection))
+            decisive = decisive->parentWidget();
+        const bool isOurs = !decisive || decisive->property(mark).isValid();
+        if (!isOurs || decisive == &view || (decisive && decisive->layoutDirection() == direction)) return;
+        view.setLayoutDirection(direction);
+        view.setProperty(mark, true);
+    }
+
+    static constexpr const char* mark = "torvelDirection";
+};
 
 }  // namespace
 
 void connectToQt() {
+    qGuiApp->installEventFilter(new DirectionFilter(qGuiApp));
     drainMainQueueFromLoop();
     followScreen(QGuiApplication::primaryScreen());
     QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, qGuiApp, followScreen);

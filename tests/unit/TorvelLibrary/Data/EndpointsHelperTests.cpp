@@ -17,9 +17,9 @@ const std::string login = "<dict><key>login</key><string>v1/login</string></dict
 class Endpoints : public testing::HostFixture {
   protected:
     static std::optional<std::string> optional(std::string_view id) {
-        return EndpointsHelper::getEndPoint(id);
+        return EndpointsHelper::getEndPoint<std::optional<std::string>>(id);
     }
-    static std::string text(std::string_view id) { return EndpointsHelper::getEndPoint(id); }
+    static std::string text(std::string_view id) { return EndpointsHelper::getEndPoint<std::string>(id); }
 };
 
 TEST_F(Endpoints, AnswersInBothForms) {
@@ -29,6 +29,10 @@ TEST_F(Endpoints, AnswersInBothForms) {
     EXPECT_EQ(text("login"), "v1/login");
     EXPECT_EQ(optional("Login"), std::nullopt);
     EXPECT_EQ(text("Login"), "Login");
+    std::optional<std::string> assigned = "before";
+    assigned = optional("Login");
+    EXPECT_EQ(assigned, std::nullopt);
+    EXPECT_EQ(std::optional<std::string>{optional("Login")}, std::nullopt);
 }
 
 TEST_F(Endpoints, AMissingFileIsLoggedOnceAndNotLookedForAgain) {

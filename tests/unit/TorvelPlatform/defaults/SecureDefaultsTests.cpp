@@ -6,18 +6,6 @@
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
-
-// Every forced write of the process, SQLite's too, comes by here.
-static std::atomic<int> syncs{0};
-extern "C" int fdatasync(int file) {
-    ++syncs;
-    return static_cast<int>(::syscall(SYS_fdatasync, file));
-}
-extern "C" int fsync(int file) {
-    ++syncs;
-    return static_cast<int>(::syscall(SYS_fsync, file));
-}
 
 // A child of a process with threads ends without having joined them, which is no leak.
 extern "C" const char* __tsan_default_options() { return "report_thread_leaks=0"; }
@@ -102,19 +90,6 @@ TEST_F(SecureDefaultsTest, NothingStandsInTheFilesAndTheyAreTheUsersAlone) {
         for (const std::string& text : {password, "suite of"s, "name of"s, "value of"s})
             EXPECT_EQ(bytes.find(text), std::string::npos) << file << " " << text;
     }
-}
-
-TEST_F(SecureDefaultsTest, OneSyncAWrite) {
-    const SecureDefaults store = storeWithKey();
-    EXPECT_EQ(store.set("a", 0), StoreStatus::ok);
-    const int before = syncs;
-    for (int i = 0; i < 50; ++i) store.set("a", i);
-    EXPECT_EQ(syncs, before + 50);
-    for (int i = 0; i < 50; ++i) store.set(numbered("b", i % 2), i);
-    store.remove("b0");
-    EXPECT_EQ(syncs, before + 101);
-    for (int i = 0; i < 1000; ++i) store.set("a", i);
-    EXPECT_LE(syncs, before + 1101 + 3 * 8);  // where the log was folded in
 }
 
 TEST_F(SecureDefaultsTest, KeyIsMadeOnceFromItsPassword) {

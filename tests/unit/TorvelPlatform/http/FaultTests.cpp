@@ -50,6 +50,8 @@ void expectRow(const Row& row) {
     EXPECT_EQ(answer.failure(), row.failure) << answer.outcome();
     EXPECT_EQ(answer.status(), row.status);
     EXPECT_EQ(answer.data(), row.data);
+    EXPECT_EQ(answer.outcome().find("memory"), std::string::npos) << answer.outcome();
+    EXPECT_EQ(answer.response.error && !answer.response.error->maybeSent, false);
     EXPECT_EQ(server.requests().size(), 1U) << "sent once";
 }
 

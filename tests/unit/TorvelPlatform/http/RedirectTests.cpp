@@ -98,7 +98,8 @@ TEST(Redirect, ThatLeadsNowhereIsDeliveredOrRefused) {
     };
     const Row rows[] = {
         {"no location", response("302 Found", "moved"), 302},
-        {"invalid location", redirectTo(302, "http://a b/"), 302},
+        {"invalid location", redirectTo(302, "/%zz"), 302},
+        {"invalid host", redirectTo(302, "http://a b/"), 0},
         {"no redirect status", redirectTo(304, "/"), 304},
         {"300 is the user's choice", redirectTo(300, "/"), 300},
         {"a file", redirectTo(302, "file:///etc/passwd"), 0},
@@ -112,6 +113,22 @@ TEST(Redirect, ThatLeadsNowhereIsDeliveredOrRefused) {
         EXPECT_EQ(answer.status(), row.status);
         EXPECT_EQ(answer.failure() == Kind::redirectFailed, row.status == 0);
         EXPECT_EQ(server.requests().size(), row.name == std::string_view("a loop") ? 17U : 1U);
+    }
+}
+
+TEST(Redirect, EscapesWhatMustNotStandInAURL) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"/a b", "/a%20b"},
+        {"/\xC3\xA9\"", "/%C3%A9%22"},
+        {"/%41%20?q=a b&r=[]#c d", "/%41%20?q=a%20b&r=%5B%5D"}};
+    for (const auto& [location, sent] : rows) {
+        ScriptedServer server([&](Peer& peer) {
+            peer.answer(redirectTo(302, location));
+            peer.answer(okAnswer);
+        });
+        EXPECT_EQ(fetch(requestTo(server.url())).outcome(), "ok") << location;
+        EXPECT_EQ(server.requests().back().head.find(std::string("GET ") + sent + " "), 0U)
+            << server.requests().back().head;
     }
 }
 

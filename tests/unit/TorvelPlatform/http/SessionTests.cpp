@@ -11,13 +11,16 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace torvel {
 namespace {
 
 using namespace testing;
+using Phase = SessionError::Phase;
 using std::string_literals::operator""s;
 
 TEST(Session, SendsRequestsAsGiven) {
@@ -99,7 +102,7 @@ TEST(Session, RefusesWhatCannotBeSent) {
         row.spoil(request);
         const Answer answer = fetch(session, request);
         EXPECT_EQ(answer.failure(), Kind::invalidRequest);
-        EXPECT_FALSE(answer.response.response || answer.response.data);
+        EXPECT_FALSE(answer.response.response || answer.response.data || answer.response.error->maybeSent);
     }
     EXPECT_EQ(server.connections(), 0U);
 }
@@ -153,6 +156,7 @@ TEST(Session, SaysThatAServerCannotBeReached) {
         ::setenv("https_proxy", row.proxy.c_str(), 1);
         const Answer answer = fetch(session, requestTo(row.url));
         EXPECT_EQ(answer.failure(), row.kind) << row.url << row.proxy;
+        EXPECT_TRUE(answer.response.error->isOffline() && !answer.response.error->maybeSent);
         EXPECT_EQ(answer.outcome(), row.outcome);
     }
 }
@@ -221,11 +225,12 @@ TEST(Session, TimesOutWhenNoByteMoves) {
         const char* name;
         const char* bytes;
         int status;
+        Phase phase;
     };
     const Row rows[] = {
-        {"nothing is answered", "", 0},
-        {"the head stalls", "HTTP/1.1 200 OK\r\nContent-", 0},
-        {"the body stalls", "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nabc", 200},
+        {"nothing is answered", "", 0, Phase::waiting},
+        {"the head stalls", "HTTP/1.1 200 OK\r\nContent-", 0, Phase::receiving},
+        {"the body stalls", "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nabc", 200, Phase::receiving},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -237,9 +242,44 @@ TEST(Session, TimesOutWhenNoByteMoves) {
         EXPECT_EQ(answer.outcome(),
                   "The request timed out after 0.05 s without a byte from or to 127.0.0.1.");
         EXPECT_EQ(answer.failure(), Kind::timedOut);
+        EXPECT_EQ(answer.response.error->phase, row.phase);
+        EXPECT_TRUE(answer.response.error->maybeSent);
         EXPECT_EQ(answer.status(), row.status);
         EXPECT_EQ(answer.data(), "(absent)");
     }
+}
+
+TEST(Session, SaysWhereTimeRanOutAndWhetherAnythingWasSent) {
+    ScriptedServer silent([](Peer& peer) { peer.pause(60'000); });
+    // A listener that accepts nobody: once its backlog is full, further connections hang.
+    const int listener = ::socket(AF_INET, SOCK_STREAM, 0), first = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{
+        .sin_family = AF_INET, .sin_port = 0, .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero{}};
+    socklen_t size = sizeof address;
+    ::listen((::bind(listener, reinterpret_cast<sockaddr*>(&address), size), listener), 0);
+    ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
+    ::connect(first, reinterpret_cast<sockaddr*>(&address), size);
+    struct Row {
+        Phase phase;
+        std::string url;
+        std::size_t body;
+        bool maybeSent;
+    };
+    const Row rows[] = {
+        {Phase::connecting, "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)), 1, false},
+        {Phase::securing, "https" + silent.url().substr(4), 1, false},
+        {Phase::sending, silent.url(), 50'000'000, true},
+    };
+    for (const Row& row : rows) {
+        URLRequest request = requestTo(row.url, "POST", 0.2);
+        request.httpBody = Data(std::string(row.body, 'x'));
+        const Answer answer = fetch(request);
+        ASSERT_EQ(answer.failure(), Kind::timedOut) << answer.outcome();
+        EXPECT_EQ(answer.response.error->phase, row.phase);
+        EXPECT_EQ(answer.response.error->maybeSent, row.maybeSent);
+    }
+    ::close(first);
+    ::close(listener);
 }
 
 TEST(Session, WaitingForAConnectionIsNotIdleness) {

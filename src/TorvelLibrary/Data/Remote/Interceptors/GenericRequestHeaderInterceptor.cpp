@@ -11,6 +11,8 @@
 #include "TorvelPlatform/foundation/JSON.h"
 #include "TorvelPlatform/foundation/Text.h"
 
+#include <utility>
+
 namespace torvel {
 namespace {
 
@@ -32,20 +34,30 @@ std::string encryptedBody(const Data& body, const std::string& key) {
     return std::move(*cipher);
 }
 
+// The request with another body; its own is put aside meanwhile instead of being copied.
+URLRequest withBody(URLRequest& request, std::string body) {
+    std::optional<Data> own = std::exchange(request.httpBody, std::nullopt);
+    URLRequest other = request;
+    other.httpBody = Data(std::move(body));
+    request.httpBody = std::move(own);
+    return other;
+}
+
 }  // namespace
 
 URLRequest EncryptRequestInterceptor::wrapRequest(URLRequest& request) {
     const auto library = TorvelLibrary::sharedInstance();
     if (!library->encryptionCertName) {
         LogUtils::e("Encryption Cert Not setup", {source, function});
-        return std::move(request);
+        return request;
     }
     const std::optional<SecKey> publicKey = PEMUtils::getSecKey();
-    if (!publicKey) return std::move(request);
+    if (!publicKey) return request;
     const std::string keyText = encryptedKeyText(m_aesKey, *publicKey);
     if (!request.httpBody) {
-        request.headers.add("RequestKey", keyText);  // by this name in every flavour
-        return std::move(request);
+        URLRequest keyed = request;
+        keyed.headers.add("RequestKey", keyText);  // by this name in every flavour
+        return keyed;
     }
 
     const std::string cipher = encryptedBody(*request.httpBody, m_aesKey);
@@ -57,11 +69,11 @@ URLRequest EncryptRequestInterceptor::wrapRequest(URLRequest& request) {
     const EnvelopeNames names = envelopeNames(library->wrapperConfig);
     auto envelope = prettyPrintedJSON(
         {{names.requestKey, keyText}, {names.requestData, data}, {names.requestIv, ivText}});
-    if (envelope)
-        request.httpBody = Data(std::move(*envelope));
-    else
+    if (!envelope) {
         LogUtils::e("The envelope cannot be written as JSON", {source, function});
-    return std::move(request);
+        return request;
+    }
+    return withBody(request, std::move(*envelope));
 }
 
 }  // namespace torvel

@@ -1,13 +1,12 @@
 #include "TorvelLibrary/Data/Remote/Networking/NetworkDispatcher.h"
 
 #include "TorvelLibrary/Data/Remote/Networking/APITimeError.h"
+#include "TorvelLibrary/Data/Remote/Networking/Target.h"
 #include "TorvelLibrary/TorvelLibrary.h"
 #include "TorvelLibrary/Utils/Extenstions.h"
 #include "TorvelLibrary/Utils/LogUtils.h"
-#include "TorvelPlatform/foundation/CharacterSet.h"
 #include "TorvelPlatform/foundation/FatalError.h"
 #include "TorvelPlatform/foundation/JSON.h"
-#include "TorvelPlatform/foundation/PercentEncoding.h"
 #include "TorvelPlatform/http/URLCache.h"
 
 namespace torvel {
@@ -54,8 +53,16 @@ Data afterInterceptors(Data bytes, const ResponseInterceptors& responseIntercept
     return bytes;
 }
 
-void reportUnexpected(const OnError& onError) {
-    onError(APITimeError("Unexpected Error", "-1", std::nullopt));
+void succeed(const OnSuccess& onSuccess, Data bytes) {
+    if (onSuccess) onSuccess(std::move(bytes));
+}
+
+RequestHandle reportUnexpected(const OnError& onError) {
+    if (onError)
+        onError(APITimeError(
+            "Unexpected Error", "-1", std::nullopt,
+            SessionError{SessionError::Kind::invalidRequest, "The target makes no URL.", std::nullopt}));
+    return {};
 }
 
 }  // namespace
@@ -66,76 +73,76 @@ std::string NetworkDispatcher::serverURL() const {
     return *library->serverURL;
 }
 
-void NetworkDispatcher::postRequest(std::string_view target, Data postBody, std::string_view mimeType,
-                                    const RequestInterceptors& requestInterceptors,
-                                    const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
-                                    OnError onError) const {
-    requestWithBody("POST", target, std::move(postBody), mimeType, requestInterceptors, responseInterceptors,
-                    std::move(onSuccess), std::move(onError));
+RequestHandle NetworkDispatcher::postRequest(std::string_view target, Data postBody,
+                                             std::string_view mimeType,
+                                             const RequestInterceptors& requestInterceptors,
+                                             const ResponseInterceptors& responseInterceptors,
+                                             OnSuccess onSuccess, OnError onError) const {
+    return requestWithBody("POST", target, std::move(postBody), mimeType, requestInterceptors,
+                           responseInterceptors, std::move(onSuccess), std::move(onError));
 }
 
-void NetworkDispatcher::putRequest(std::string_view target, Data postBody, std::string_view mimeType,
-                                   const RequestInterceptors& requestInterceptors,
-                                   const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
-                                   OnError onError) const {
-    requestWithBody("PUT", target, std::move(postBody), mimeType, requestInterceptors, responseInterceptors,
-                    std::move(onSuccess), std::move(onError));
+RequestHandle NetworkDispatcher::putRequest(std::string_view target, Data postBody, std::string_view mimeType,
+                                            const RequestInterceptors& requestInterceptors,
+                                            const ResponseInterceptors& responseInterceptors,
+                                            OnSuccess onSuccess, OnError onError) const {
+    return requestWithBody("PUT", target, std::move(postBody), mimeType, requestInterceptors,
+                           responseInterceptors, std::move(onSuccess), std::move(onError));
 }
 
-void NetworkDispatcher::deleteRequest(std::string_view target, Data postBody, std::string_view mimeType,
-                                      const RequestInterceptors& requestInterceptors,
-                                      const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
-                                      OnError onError) const {
-    requestWithBody("DELETE", target, std::move(postBody), mimeType, requestInterceptors,
-                    responseInterceptors, std::move(onSuccess), std::move(onError));
+RequestHandle NetworkDispatcher::deleteRequest(std::string_view target, Data postBody,
+                                               std::string_view mimeType,
+                                               const RequestInterceptors& requestInterceptors,
+                                               const ResponseInterceptors& responseInterceptors,
+                                               OnSuccess onSuccess, OnError onError) const {
+    return requestWithBody("DELETE", target, std::move(postBody), mimeType, requestInterceptors,
+                           responseInterceptors, std::move(onSuccess), std::move(onError));
 }
 
-void NetworkDispatcher::requestWithBody(const char* method, std::string_view target, Data body,
-                                        std::string_view mimeType,
-                                        const RequestInterceptors& requestInterceptors,
-                                        const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
-                                        OnError onError) const {
+RequestHandle NetworkDispatcher::requestWithBody(const char* method, std::string_view target, Data body,
+                                                 std::string_view mimeType,
+                                                 const RequestInterceptors& requestInterceptors,
+                                                 const ResponseInterceptors& responseInterceptors,
+                                                 OnSuccess onSuccess, OnError onError) const {
     std::optional<URLRequest> request = getRequest(target);
     if (!request) return reportUnexpected(onError);
     request->httpMethod = method;
     request->httpBody = std::move(body);
     debug("TARGET IS " + std::string(target), method);
-    consumeRequest(*request, mimeType, requestInterceptors, responseInterceptors, std::move(onSuccess),
-                   std::move(onError));
+    return consumeRequest(*request, mimeType, requestInterceptors, responseInterceptors, std::move(onSuccess),
+                          std::move(onError));
 }
 
-void NetworkDispatcher::getRequest(std::string_view target, std::string_view mimeType,
-                                   const RequestInterceptors& requestInterceptors,
-                                   const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
-                                   OnError onError) const {
+RequestHandle NetworkDispatcher::getRequest(std::string_view target, std::string_view mimeType,
+                                            const RequestInterceptors& requestInterceptors,
+                                            const ResponseInterceptors& responseInterceptors,
+                                            OnSuccess onSuccess, OnError onError) const {
     std::optional<URLRequest> request = getRequest(target);
     if (!request) return reportUnexpected(onError);
     request->httpMethod = "GET";
-    consumeRequest(*request, mimeType, requestInterceptors, responseInterceptors, std::move(onSuccess),
-                   std::move(onError));
+    return consumeRequest(*request, mimeType, requestInterceptors, responseInterceptors, std::move(onSuccess),
+                          std::move(onError));
 }
 
-void NetworkDispatcher::multipartRequest(std::string_view target, std::string_view requestType, Data postBody,
-                                         std::string_view mimeType, std::string_view fileName,
-                                         const RequestInterceptors& requestInterceptors,
-                                         const ResponseInterceptors& responseInterceptors,
-                                         OnSuccess onSuccess, OnError onError,
-                                         OnUploadProgress onUploadProgress) const {
+RequestHandle NetworkDispatcher::multipartRequest(std::string_view target, std::string_view requestType,
+                                                  Data postBody, std::string_view mimeType,
+                                                  std::string_view fileName,
+                                                  const RequestInterceptors& requestInterceptors,
+                                                  const ResponseInterceptors& responseInterceptors,
+                                                  OnSuccess onSuccess, OnError onError,
+                                                  OnUploadProgress onUploadProgress) const {
     std::optional<URLRequest> request = getRequest(target);
     if (!request) return reportUnexpected(onError);
     request->httpMethod = requestType;
     request->httpBody = std::nullopt;
     debug("TARGET IS " + std::string(target), "multipartRequest(...)");
-    consumeMultipartRequest(*request, std::move(postBody), mimeType, fileName, requestInterceptors,
-                            responseInterceptors, std::move(onSuccess), std::move(onError),
-                            std::move(onUploadProgress));
+    return consumeMultipartRequest(*request, std::move(postBody), mimeType, fileName, requestInterceptors,
+                                   responseInterceptors, std::move(onSuccess), std::move(onError),
+                                   std::move(onUploadProgress));
 }
 
 std::optional<URLRequest> NetworkDispatcher::getRequest(std::string_view target) const {
-    if (target.starts_with("http")) {
-        const auto encoded = addingPercentEncoding(target, CharacterSet::urlQueryAllowed());
-        if (auto url = encoded ? URL::parse(*encoded) : std::nullopt) return URLRequest(std::move(*url));
-    }
+    if (auto url = wholeURL(target)) return URLRequest(std::move(*url));
     if (auto url = URL::parse(serverURL().append(target))) return URLRequest(std::move(*url));
     return std::nullopt;
 }
@@ -157,26 +164,26 @@ void NetworkDispatcher::setUpRequest(URLRequest& request, std::string_view mimeT
     }
 }
 
-void NetworkDispatcher::consumeRequest(URLRequest& request, std::string_view mimeType,
-                                       const RequestInterceptors& requestInterceptors,
-                                       const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
-                                       OnError onError) {
+RequestHandle NetworkDispatcher::consumeRequest(URLRequest& request, std::string_view mimeType,
+                                                const RequestInterceptors& requestInterceptors,
+                                                const ResponseInterceptors& responseInterceptors,
+                                                OnSuccess onSuccess, OnError onError) {
     setUpRequest(request, mimeType, requestInterceptors);
-    sessionFor(request)->request(request).validate().responseData(
+    return sessionFor(request)->request(request).validate().responseData(
         DispatchQueue::main(), deliverTo(responseInterceptors, std::move(onSuccess), std::move(onError)));
 }
 
-void NetworkDispatcher::consumeMultipartRequest(URLRequest& request, Data fileData, std::string_view mimeType,
-                                                std::string_view fileName,
-                                                const RequestInterceptors& requestInterceptors,
-                                                const ResponseInterceptors& responseInterceptors,
-                                                OnSuccess onSuccess, OnError onError,
-                                                OnUploadProgress onUploadProgress) {
+RequestHandle NetworkDispatcher::consumeMultipartRequest(URLRequest& request, Data fileData,
+                                                         std::string_view mimeType, std::string_view fileName,
+                                                         const RequestInterceptors& requestInterceptors,
+                                                         const ResponseInterceptors& responseInterceptors,
+                                                         OnSuccess onSuccess, OnError onError,
+                                                         OnUploadProgress onUploadProgress) {
     setUpRequest(request, mimeType, requestInterceptors);
     MultipartFormData form;
     const std::string_view detected = torvel::mimeType(fileData);  // of the bytes, not the caller's
     form.append(std::move(fileData), "file", fileName, detected);
-    sessionFor(request)
+    return sessionFor(request)
         ->upload(std::move(form), request)
         .uploadProgress(DispatchQueue::main(), std::move(onUploadProgress))
         .responseData(DispatchQueue::main(),
@@ -197,12 +204,15 @@ void NetworkDispatcher::handleResponse(DataResponse response,
         const auto json = JSON::parse(response.data->raw());
         if (json) {
             debug("Error Responsse is structured.", function);
-            return onSuccess(afterInterceptors(std::move(*response.data), responseInterceptors, function));
+            return succeed(onSuccess,
+                           afterInterceptors(std::move(*response.data), responseInterceptors, function));
         }
         description = json.error().description;
     }
     debug(description, function);
-    onError(APITimeError(std::move(description), code, std::move(response.data)));
+    if (onError)
+        onError(
+            APITimeError(std::move(description), code, std::move(response.data), std::move(response.error)));
 }
 
 void NetworkDispatcher::handleResponseData(Data responseData,
@@ -210,7 +220,7 @@ void NetworkDispatcher::handleResponseData(Data responseData,
                                            const OnSuccess& onSuccess) {
     constexpr std::string_view function = "handleResponseData(responseData:responseInterceptors:onSuccess:)";
     debug(labelled("Response As received - ", responseData), function);
-    onSuccess(afterInterceptors(std::move(responseData), responseInterceptors, function));
+    succeed(onSuccess, afterInterceptors(std::move(responseData), responseInterceptors, function));
 }
 
 }  // namespace torvel

@@ -36,6 +36,9 @@ using OnUploadProgress = std::function<void(double)>;
 // An error answer whose body is JSON and whose status is not 401 goes to onSuccess, after the response
 // interceptors: hosts decode the server's own error payload there.
 //
+// Every operation returns a handle that may be ignored. A request that is cancelled before its callback has
+// begun ends in one onError on the main queue, never in onSuccess. A callback that is empty is not called.
+//
 // The client itself may be destroyed while requests are in flight. Any thread.
 class NetworkDispatcher {
   public:
@@ -45,32 +48,37 @@ class NetworkDispatcher {
     virtual std::string serverURL() const;
 
     // Sends `postBody` by POST, with `mimeType` as its content type.
-    virtual void postRequest(std::string_view target, Data postBody, std::string_view mimeType,
-                             const RequestInterceptors& requestInterceptors,
-                             const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
-                             OnError onError) const;
+    virtual RequestHandle postRequest(std::string_view target, Data postBody, std::string_view mimeType,
+                                      const RequestInterceptors& requestInterceptors,
+                                      const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
+                                      OnError onError) const;
     // Sends `postBody` as the one part of a multipart form: field "file", named `fileName`, of the MIME
     // type that its first byte suggests. `requestType` is the HTTP method. `mimeType` becomes the request's
     // content type for the interceptors, before the form's own replaces it. The status of the answer is not
     // validated: any that comes with a body reaches onSuccess.
-    virtual void multipartRequest(std::string_view target, std::string_view requestType, Data postBody,
-                                  std::string_view mimeType, std::string_view fileName,
-                                  const RequestInterceptors& requestInterceptors,
-                                  const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
-                                  OnError onError, OnUploadProgress onUploadProgress) const;
-    virtual void putRequest(std::string_view target, Data postBody, std::string_view mimeType,
-                            const RequestInterceptors& requestInterceptors,
-                            const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
-                            OnError onError) const;
+    virtual RequestHandle multipartRequest(std::string_view target, std::string_view requestType,
+                                           Data postBody, std::string_view mimeType,
+                                           std::string_view fileName,
+                                           const RequestInterceptors& requestInterceptors,
+                                           const ResponseInterceptors& responseInterceptors,
+                                           OnSuccess onSuccess, OnError onError,
+                                           OnUploadProgress onUploadProgress) const;
+    virtual RequestHandle putRequest(std::string_view target, Data postBody, std::string_view mimeType,
+                                     const RequestInterceptors& requestInterceptors,
+                                     const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
+                                     OnError onError) const;
     // A DELETE carries a body here.
-    virtual void deleteRequest(std::string_view target, Data postBody, std::string_view mimeType,
-                               const RequestInterceptors& requestInterceptors,
-                               const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
-                               OnError onError) const;
-    virtual void getRequest(std::string_view target, std::string_view mimeType,
-                            const RequestInterceptors& requestInterceptors,
-                            const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
-                            OnError onError) const;
+    virtual RequestHandle deleteRequest(std::string_view target, Data postBody, std::string_view mimeType,
+                                        const RequestInterceptors& requestInterceptors,
+                                        const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
+                                        OnError onError) const;
+    virtual RequestHandle getRequest(std::string_view target, std::string_view mimeType,
+                                     const RequestInterceptors& requestInterceptors,
+                                     const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
+                                     OnError onError) const;
+
+    // Cancels every request of the process that has not called back, whichever client began it: for logout.
+    static void cancelAll() { Session::cancelAllRequests(); }
 
     // --- The steps of the operations above, for hosts that build requests of their own. ---
 
@@ -78,15 +86,16 @@ class NetworkDispatcher {
     std::optional<URLRequest> getRequest(std::string_view target) const;
 
     // Sends a request, or a file as the one part of a multipart form, and handles the answer.
-    static void consumeRequest(URLRequest& request, std::string_view mimeType,
-                               const RequestInterceptors& requestInterceptors,
-                               const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
-                               OnError onError);
-    static void consumeMultipartRequest(URLRequest& request, Data fileData, std::string_view mimeType,
-                                        std::string_view fileName,
+    static RequestHandle consumeRequest(URLRequest& request, std::string_view mimeType,
                                         const RequestInterceptors& requestInterceptors,
                                         const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
-                                        OnError onError, OnUploadProgress onUploadProgress);
+                                        OnError onError);
+    static RequestHandle consumeMultipartRequest(URLRequest& request, Data fileData,
+                                                 std::string_view mimeType, std::string_view fileName,
+                                                 const RequestInterceptors& requestInterceptors,
+                                                 const ResponseInterceptors& responseInterceptors,
+                                                 OnSuccess onSuccess, OnError onError,
+                                                 OnUploadProgress onUploadProgress);
     // Sets the facade's timeout (absent: stops the process) and the content type, then runs the interceptors.
     static void setUpRequest(URLRequest& request, std::string_view mimeType,
                              const RequestInterceptors& requestInterceptors);
@@ -97,10 +106,10 @@ class NetworkDispatcher {
 
   private:
     // POST, PUT and DELETE but for the method.
-    void requestWithBody(const char* method, std::string_view target, Data body, std::string_view mimeType,
-                         const RequestInterceptors& requestInterceptors,
-                         const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
-                         OnError onError) const;
+    RequestHandle requestWithBody(const char* method, std::string_view target, Data body,
+                                  std::string_view mimeType, const RequestInterceptors& requestInterceptors,
+                                  const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
+                                  OnError onError) const;
 };
 
 }  // namespace torvel

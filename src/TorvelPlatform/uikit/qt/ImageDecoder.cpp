@@ -1,0 +1,67 @@
+#include "TorvelPlatform/uikit/ImageFileEnd.h"
+#include "TorvelPlatform/uikit/qt/ImageFiles.h"
+
+#include <QBuffer>
+#include <QImageReader>
+#include <cstring>
+
+namespace torvel {
+namespace {
+
+constexpr qint64 mostPixels = 32'000'000;
+
+// What pictures are sent and shipped in. The toolkit knows more: documents that name other files, and formats
+// whose readers fill up what is missing.
+bool isWhole(const QByteArray& format, const Data& data) {
+    if (format == "jpeg") return reachesJPEGEnd(data);
+    if (format == "gif") return reachesGIFImageEnd(data);
+    return format == "png" || format == "webp" || format == "heic" || format == "heif" || format == "avif";
+}
+
+Orientation orientationOf(QImageIOHandler::Transformations transformation) {
+    switch (static_cast<int>(transformation)) {
+        case QImageIOHandler::TransformationMirror:
+            return Orientation::upMirrored;
+        case QImageIOHandler::TransformationFlip:
+            return Orientation::downMirrored;
+        case QImageIOHandler::TransformationRotate180:
+            return Orientation::down;
+        case QImageIOHandler::TransformationRotate90:
+            return Orientation::right;
+        case QImageIOHandler::TransformationRotate270:
+            return Orientation::left;
+        case QImageIOHandler::TransformationMirrorAndRotate90:
+            return Orientation::rightMirrored;
+        case QImageIOHandler::TransformationFlipAndRotate90:
+            return Orientation::leftMirrored;
+        default:
+            return Orientation::up;
+    }
+}
+
+bool isTooLarge(const QSize& size) { return qint64{size.width()} * size.height() > mostPixels; }
+
+}  // namespace
+
+std::optional<DecodedImage> decodeImage(const Data& data) {
+    QByteArray bytes = QByteArray::fromRawData(data.raw().data(), static_cast<qsizetype>(data.raw().size()));
+    QBuffer buffer(&bytes);
+    QImageReader reader(&buffer);
+    if (!isWhole(reader.format(), data) || isTooLarge(reader.size())) return std::nullopt;
+    const QImage image = reader.read();
+    if (image.isNull() || isTooLarge(image.size())) return std::nullopt;
+    return DecodedImage{toBitmap(image), orientationOf(reader.transformation())};
+}
+
+Bitmap toBitmap(const QImage& image) {
+    const QImage straight = image.convertToFormat(QImage::Format_ARGB32);
+    const auto width = static_cast<std::size_t>(straight.width());
+    Bitmap bitmap{straight.width(), straight.height(), {}};
+    bitmap.pixels.resize(width * static_cast<std::size_t>(straight.height()));
+    for (int y = 0; y < straight.height(); ++y)
+        std::memcpy(&bitmap.pixels[static_cast<std::size_t>(y) * width], straight.constScanLine(y),
+                    width * 4);
+    return bitmap;
+}
+
+}  // namespace torvel

@@ -1,0 +1,13 @@
+#include "TorvelPlatform/uikit/qt/UITextField.h"
+
+#include <QLineEdit>
+
+namespace torvel {
+
+std::string getRawValue(const UITextField& field) { return field.text().toStdString(); }
+
+void setPrepopulatedText(UITextField& field, std::string_view text) {
+    field.setText(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+}
+
+}  // namespace torvel
