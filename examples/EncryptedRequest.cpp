@@ -26,7 +26,7 @@ int main(int count, char** arguments) {
         .build();
 
     const std::string key = AES256CBC::generatePassword();  // a fresh one for each request
-    const std::string target = EndpointsHelper::getEndPoint("login");
+    const std::string target = EndpointsHelper::getEndPoint<std::string>("login");
     int exitCode = 0;
     TorvelNetworkClient().postRequest(
         target, Data(R"({"msisdn":"0700000001","pin":"4321"})"), "application/json",

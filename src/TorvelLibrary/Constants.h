@@ -13,9 +13,12 @@ class Constants {
     static const Bundle& sdkBundle();
 
     // What the library looks for in bundles, by name and by type.
-    static constexpr std::string_view endpointTable = "EndpointsConfig", colorTheme = "ColorTheme";
+    static constexpr std::string_view endpointTable = "EndpointsConfig";
+    static constexpr std::string_view colorTheme = "ColorTheme";
     static constexpr std::string_view configurationsTable = "Configurations";
-    static constexpr std::string_view propertyListType = "plist", certificateType = "der", fontType = "ttf";
+    static constexpr std::string_view propertyListType = "plist";
+    static constexpr std::string_view certificateType = "der";
+    static constexpr std::string_view fontType = "ttf";
     static constexpr std::string_view placeholderImage = "noImage";  // of the library's bundle
 };
 

@@ -28,6 +28,7 @@ class Predicate {
         wantsMore,  ///< differs, having looked for more text than there is: a longer one may match
         gaveUp,     ///< too many steps or too much memory, or the pattern is invalid
     };
+    // What evaluate() would find for a text.
     Verdict judge(std::string_view text) const;
     // What is wrong with the pattern, and where; absent when it is valid.
     const std::optional<std::string>& fault() const;

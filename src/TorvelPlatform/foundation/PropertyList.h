@@ -22,8 +22,8 @@ struct PropertyListError {
 
 /// A key of a list's root dictionary, where the file has it.
 struct PropertyListKey {
-    std::string key;
-    int line;  ///< from 1
+    std::string key;  ///< as it stands there
+    int line;         ///< from 1
 };
 
 // A property-list value in any of the platform's forms.
