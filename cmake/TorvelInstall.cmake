@@ -98,6 +98,6 @@ if(TORVEL_UI)
         "libtorvel${version} ${same}")
     torvel_package(ui-dev libtorvel-ui-dev libdevel "client library for mobile-money hosts, screen side to build with"
         "libtorvel-ui${version} ${same}" "libtorvel-dev ${same}")
-    set(CPACK_DEBIAN_UI-DEV_PACKAGE_RECOMMENDS "qt6-base-dev, qt6-tools-dev, libfontconfig-dev, libpng-dev")
+    set(CPACK_DEBIAN_UI-DEV_PACKAGE_RECOMMENDS "qt6-base-dev, qt6-tools-dev, libfontconfig-dev, libpng-dev, libturbojpeg0-dev")
 endif()
 include(CPack)

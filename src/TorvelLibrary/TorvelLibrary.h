@@ -49,7 +49,7 @@ class TorvelLibrary {
         std::make_shared<FontSizesDependencyComponent>();
     // How the server is pinned.
     SSlPinningType sslType = SSlPinningType::none();
-    // What amounts show in the place of a currency symbol.
+    // Currencies by name, with the symbol by which to find a locale that writes their amounts.
     std::optional<std::map<std::string, std::string>> currencyMap;
     std::optional<double> requestTimeoutInterval;  // seconds
     /// Hear of every request of the session that is made next. Empty at first; with one, a session without

@@ -35,6 +35,7 @@ struct SessionError {
         receiving,  ///< Within the answer.
     };
 
+    /// What went wrong.
     Kind kind;
     /// A sentence for logs and developers.
     std::string localizedDescription;
