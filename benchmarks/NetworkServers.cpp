@@ -4,7 +4,6 @@
 #include "TorvelTesting/Certificates.h"
 
 #include <charconv>
-#include <fstream>
 #include <map>
 #include <string_view>
 
@@ -151,21 +150,6 @@ double Child::seconds() const {
     if (::clock_getcpuclockid(m_pid, &clock) != 0 || ::clock_gettime(clock, &time) != 0)
         giveUp("a server has no clock");
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-}
-
-Folder::Folder() {
-    std::string name = (std::filesystem::temp_directory_path() / "torvel-bench-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) giveUp("no folder for temporary files");
-    m_path = name;
-}
-
-Folder::~Folder() {
-    std::error_code error;
-    std::filesystem::remove_all(m_path, error);
-}
-
-void Folder::write(const std::string& name, std::string_view content) const {
-    std::ofstream(m_path / name, std::ios::binary) << content;
 }
 
 Nginx::Nginx(const Folder& folder)

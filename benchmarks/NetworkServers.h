@@ -1,9 +1,9 @@
 #pragma once
 
+#include "BenchFiles.h"
+
 #include <atomic>
-#include <filesystem>
 #include <string>
-#include <string_view>
 
 #include <sys/types.h>
 
@@ -24,21 +24,6 @@ class Child {
 
   private:
     pid_t m_pid;
-};
-
-// A folder of its own that goes with this object.
-class Folder {
-  public:
-    Folder();
-    ~Folder();
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-    std::filesystem::path operator/(const std::string& name) const { return m_path / name; }
-    const std::filesystem::path& path() const { return m_path; }
-    void write(const std::string& name, std::string_view content) const;
-
-  private:
-    std::filesystem::path m_path;
 };
 
 // nginx on 127.0.0.1, with certificates made for it: an answer of a few hundred bytes to everything. One
