@@ -58,13 +58,13 @@ fuzz:
 	tools/fuzz $(SECONDS)
 
 bench:
-	tools/install-deps core bench
+	tools/install-deps core ui bench
 	cmake --preset bench >/dev/null
 	cmake --build build-bench --target benchmarks
 	tools/bench
 
 $(BENCHES): bench-%:
-	tools/install-deps core bench
+	tools/install-deps core ui bench
 	cmake --preset bench >/dev/null
 	cmake --build build-bench --target $@
 	tools/bench $*
