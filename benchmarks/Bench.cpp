@@ -9,16 +9,17 @@
 namespace torvel::bench {
 namespace {
 
-double timed(const Side& side, std::size_t times, Clock clock) {
-    const double start = seconds(clock);
+double timed(const Side& side, std::size_t times, const Pace& pace) {
+    const auto now = [&pace] { return pace.ownClock ? pace.ownClock() : seconds(pace.clock); };
+    const double start = now();
     side(times);
-    return seconds(clock) - start;
+    return now() - start;
 }
 
 // Doubles until a turn takes long enough to be told from the clock's own grain, then scales.
 std::size_t timesInATurn(const Side& side, const Pace& pace) {
     for (std::size_t times = 1;; times *= 2) {
-        const double took = timed(side, times, pace.clock);
+        const double took = timed(side, times, pace);
         if (took >= pace.turn) return times;
         if (took >= pace.turn / 8)
             return static_cast<std::size_t>(static_cast<double>(times) * pace.turn / took);
@@ -64,7 +65,7 @@ Rounds takeTurns(const std::vector<Side>& sides, const Pace& pace) {
     for (std::size_t round = 0; round < pace.rounds; ++round) {
         for (std::size_t turn = 0; turn < sides.size(); ++turn) {
             const std::size_t i = (round + turn) % sides.size();
-            rounds[round][i] = timed(sides[i], times[i], pace.clock) / static_cast<double>(times[i]);
+            rounds[round][i] = timed(sides[i], times[i], pace) / static_cast<double>(times[i]);
         }
     }
     return Rounds(std::move(rounds));

@@ -46,7 +46,7 @@ target_compile_options(torvel_flags INTERFACE
     $<$<BOOL:${TORVEL_WERROR}>:-Werror>
     # Source names in logs and assertions are the library's own, never a builder's folders.
     "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/="
-    -fstack-protector-strong)
+    -fstack-protector-strong -fvisibility-inlines-hidden)
 target_link_options(torvel_flags INTERFACE -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 if(TORVEL_FUZZ)
     target_compile_options(torvel_flags INTERFACE -fsanitize=fuzzer-no-link)

@@ -2,8 +2,11 @@
 
 #include "TorvelPlatform/foundation/File.h"
 #include "TorvelPlatform/foundation/JSON.h"
+#include "TorvelPlatform/foundation/Text.h"
 
 #include <algorithm>
+#include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -33,20 +36,34 @@ bool providesNamespace(const fs::path& group) {
     return flag && flag->isTrue();
 }
 
-// `file` is the name of the asset's folder, from where `folder` stands.
-std::optional<fs::path> find(const fs::path& folder, std::string_view file) {
+using Assets = ByText<fs::path>;
+
+// Adds what stands in a folder and in the groups below it, whose assets are named with `prefix`. Of two assets
+// of one name the first counts.
+void add(Assets& assets, const fs::path& folder, const std::string& prefix) {
     for (const fs::path& entry : foldersIn(folder)) {
-        const std::string name = entry.filename().string();
-        if (name == file) return entry;
-        if (entry.has_extension()) continue;  // another asset
-        std::string_view rest = file;
-        if (providesNamespace(entry)) {
-            if (!rest.starts_with(name + "/")) continue;
-            rest.remove_prefix(name.size() + 1);
-        }
-        if (auto found = find(entry, rest)) return found;
+        const std::string name = prefix + entry.filename().string();
+        assets.emplace(name, entry);
+        if (entry.has_extension()) continue;  // an asset, no group
+        add(assets, entry, providesNamespace(entry) ? name + "/" : prefix);
     }
-    return std::nullopt;
+}
+
+std::shared_ptr<const Assets> readAssets(const fs::path& bundle) {
+    const auto assets = std::make_shared<Assets>();
+    for (const fs::path& catalog : foldersIn(bundle))
+        if (catalog.extension() == ".xcassets") add(*assets, catalog, "");
+    return assets;
+}
+
+// Those of each bundle that was asked, for the life of the process: resources do not change.
+std::shared_ptr<const Assets> assetsOf(const fs::path& bundle) {
+    static auto& mutex = *new std::mutex;
+    static auto& kept = *new ByText<std::shared_ptr<const Assets>>;
+    const std::lock_guard lock(mutex);
+    std::shared_ptr<const Assets>& assets = kept[bundle.native()];
+    if (!assets) assets = readAssets(bundle);
+    return assets;
 }
 
 bool says(const JSON& object, std::string_view name, std::string_view value) {
@@ -57,12 +74,10 @@ bool says(const JSON& object, std::string_view name, std::string_view value) {
 }  // namespace
 
 std::optional<fs::path> assetFolder(const Bundle& bundle, std::string_view name, std::string_view type) {
-    const std::string file = std::string(name) + "." + std::string(type);
-    for (const fs::path& catalog : foldersIn(bundle.directory())) {
-        if (catalog.extension() != ".xcassets") continue;
-        if (auto found = find(catalog, file)) return found;
-    }
-    return std::nullopt;
+    const auto assets = assetsOf(bundle.directory());
+    const auto found = assets->find(std::string(name).append(".").append(type));
+    if (found == assets->end()) return std::nullopt;
+    return found->second;
 }
 
 int appearanceFitness(const JSON& entry, ScreenEnvironment::Style style) {

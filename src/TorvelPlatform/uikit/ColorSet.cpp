@@ -9,7 +9,9 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <functional>
 #include <string>
+#include <unordered_map>
 
 namespace torvel {
 namespace {
@@ -87,6 +89,42 @@ std::optional<UIColor> readColor(const JSON& color) {
     return UIColor((*rgb)[0], (*rgb)[1], (*rgb)[2], *alpha);
 }
 
+// --- Named colours that were read already ---
+
+struct NamedColorView {
+    std::string_view name, bundle;
+    ScreenEnvironment::Style style;
+    bool operator==(const NamedColorView&) const = default;
+};
+
+struct NamedColor {
+    explicit NamedColor(const NamedColorView& view)
+        : name(view.name), bundle(view.bundle), style(view.style) {}
+    operator NamedColorView() const { return {name, bundle, style}; }
+    bool operator==(const NamedColor&) const = default;
+
+    std::string name, bundle;
+    ScreenEnvironment::Style style;
+};
+
+// Of the name alone: a process asks few bundles.
+struct NamedColorHash {
+    using is_transparent = void;
+    std::size_t operator()(const NamedColorView& color) const {
+        return std::hash<std::string_view>()(color.name);
+    }
+};
+
+std::optional<UIColor> readNamed(std::string_view name, const Bundle& bundle,
+                                 ScreenEnvironment::Style style) {
+    const auto folder = assetFolder(bundle, name, "colorset");
+    if (!folder) return std::nullopt;
+    const auto contents = readFile(*folder / "Contents.json");
+    const auto color = contents ? colorOfSet(contents.value().raw(), style) : std::nullopt;
+    if (!color) reportDiagnostic("The colour set \"" + folder->string() + "\" gives no colour.");
+    return color;
+}
+
 }  // namespace
 
 std::optional<UIColor> colorOfSet(std::string_view contents, ScreenEnvironment::Style style) {
@@ -105,11 +143,12 @@ std::optional<UIColor> colorOfSet(std::string_view contents, ScreenEnvironment::
 }
 
 std::optional<UIColor> UIColor::named(std::string_view name, const Bundle& bundle) {
-    const auto folder = assetFolder(bundle, name, "colorset");
-    if (!folder) return std::nullopt;
-    const auto contents = readFile(*folder / "Contents.json");
-    const auto color = contents ? colorOfSet(contents.value().raw(), ScreenEnvironment::style) : std::nullopt;
-    if (!color) reportDiagnostic("The colour set \"" + folder->string() + "\" gives no colour.");
+    // A thread's own, for screens ask for colours all the time and a lock would cost as much as the look-up.
+    thread_local std::unordered_map<NamedColor, UIColor, NamedColorHash, std::equal_to<>> kept;
+    const NamedColorView wanted{name, bundle.directory().native(), ScreenEnvironment::style};
+    if (const auto found = kept.find(wanted); found != kept.end()) return found->second;
+    auto color = readNamed(name, bundle, wanted.style);
+    if (color) kept.emplace(NamedColor(wanted), *color);
     return color;
 }
 
