@@ -42,6 +42,7 @@ void Gallery::open(Pane pane) {
 }
 
 void Gallery::open(Tab tab) {
+    wallet.forgetFault();
     m_tab = tab;
     rebuild();
 }

@@ -39,6 +39,8 @@ class Gallery {
     std::function<void()> refresh = [] {};
     // Shows what the pane's own state has become.
     std::function<void()> refreshPane = [] {};
+    // Shows new lines of the log, soon.
+    std::function<void()> logged = [] {};
 
     void setLanguage(const std::string& language);
     void setDark(bool dark);
@@ -52,13 +54,11 @@ class Gallery {
     void noteTab(Tab tab) { m_tab = tab; }
 
     Wallet wallet;
-    LogTap log{[this] {
-        if (pane() == Pane::log) refreshPane();
-    }};
+    LogTap log{[this] { logged(); }};
     Drafts drafts;
     std::string routed;             // what the router last did, for its console
     std::string waiting;            // the path of the target that waits for a login
-    std::size_t fontWeight = 3;     // of the type scale that is shown
+    std::size_t fontWeight = 2;     // of the type scale that is shown
     std::size_t imageColour = 0;    // of the recoloured images
     bool isSettingsPushed = false;  // over the login screen
 

@@ -22,6 +22,7 @@ class Walk {
     // The names of pictures begin with the language and the theme.
     void inLanguage(const char* language, bool dark) {
         m_prefix = std::string(language) + (dark ? "-dark-" : "-");
+        m_gallery.open(Pane::theme);
         m_gallery.setLanguage(language);
         m_gallery.setDark(dark);
     }

@@ -13,7 +13,7 @@ namespace torvel::gallery {
 namespace {
 
 constexpr int sidebarWidth = 208;
-constexpr int paneWidth = 688;
+constexpr int paneWidth = 640;
 
 struct PaneEntry {
     Pane pane;
@@ -48,11 +48,16 @@ Window::Window(Gallery& gallery) : m_gallery(gallery) {
         showPane();
     };
     gallery.refreshPane = [this] { showPane(); };
+    m_logTimer.setSingleShot(true);
+    m_logTimer.callOnTimeout(this, [this] { showPane(); });
+    gallery.logged = [this] {
+        if (m_gallery.pane() == Pane::log && !m_logTimer.isActive()) m_logTimer.start(100);
+    };
     rebuild();
 }
 
 Window::~Window() {
-    m_gallery.rebuild = m_gallery.refresh = m_gallery.refreshPane = [] {};
+    m_gallery.rebuild = m_gallery.refresh = m_gallery.refreshPane = m_gallery.logged = [] {};
 }
 
 void Window::rebuild() {
@@ -117,6 +122,7 @@ void Window::showPane() {
         QVBoxLayout* const lines = column(pane, 2 * grid);
         lines->addWidget(label(text(entry.title), type::title()));
         lines->addWidget(entry.make(m_gallery), 1);
+        lines->setContentsMargins(0, 0, 2 * grid, 0);  // beside the scroll bar
         m_paneHolder->layout()->addWidget(scrolling(pane));
     }
 }

@@ -2,6 +2,7 @@
 
 #include "gallery/Gallery.h"
 
+#include <QTimer>
 #include <QWidget>
 
 namespace torvel::gallery {
@@ -29,6 +30,7 @@ class Window final : public QWidget {
     QWidget* m_content = nullptr;
     Phone* m_phone = nullptr;
     QWidget* m_paneHolder = nullptr;
+    QTimer m_logTimer;  // lines come in bursts
 };
 
 }  // namespace torvel::gallery

@@ -1,13 +1,18 @@
 #include "gallery/kit/Card.h"
 
+#include "TorvelLibrary/Utils/Views.h"
+
 #include <QPainter>
 #include <QScrollBar>
 
 namespace torvel::gallery {
 
+QString directed(const QString& text) { return isRTL() ? QChar(0x200F) + text : text; }
+
 QLabel* label(const QString& text, const QFont& font, Role ink) {
-    auto* const made = new QLabel(text);
+    auto* const made = new QLabel(directed(text));
     made->setFont(font);
+    made->setForegroundRole(QPalette::WindowText);  // also in a button
     made->setTextFormat(Qt::PlainText);
     QPalette palette = made->palette();
     palette.setColor(QPalette::WindowText, color(ink));

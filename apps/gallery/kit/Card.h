@@ -9,6 +9,9 @@
 // The shared pieces that screens and panes are laid out from.
 namespace torvel::gallery {
 
+// The text in the direction of the language, whatever its own first letter: the toolkit would go by that.
+QString directed(const QString& text);
+
 // A text; `wrapped` ones take as many lines as they need.
 QLabel* label(const QString& text, const QFont& font, Role ink = &ColorDAO::regularTextColor);
 QLabel* wrapped(QLabel* label);

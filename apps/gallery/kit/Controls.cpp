@@ -1,5 +1,6 @@
 #include "gallery/kit/Controls.h"
 
+#include "TorvelLibrary/Utils/Views.h"
 #include "TorvelPlatform/uikit/qt/UITextField.h"
 #include "gallery/kit/Card.h"
 
@@ -145,13 +146,12 @@ Field::Field(const QString& name, std::string& draft, std::function<void()> edit
     m_edit->setFrame(false);
     m_edit->setFixedHeight(fieldHeight);
     m_edit->setFont(type::body());
-    m_edit->setTextMargins(2 * grid, 0, 2 * grid, 0);
-    QPalette colours = m_edit->palette();
-    colours.setColor(QPalette::Base, Qt::transparent);
-    colours.setColor(QPalette::Text, color(&ColorDAO::regularTextColor));
-    colours.setColor(QPalette::Highlight, color(&ColorDAO::primaryColor));
-    colours.setColor(QPalette::HighlightedText, color(&ColorDAO::onPrimaryColor));
-    m_edit->setPalette(colours);
+    m_edit->setAlignment(isRTL() ? Qt::AlignRight | Qt::AlignAbsolute : Qt::AlignLeft);
+    m_edit->setStyleSheet(
+        QString("QLineEdit { background: transparent; border: none; padding: 0 16px; color: %1; "
+                "selection-background-color: %2; selection-color: %3; }")
+            .arg(color(&ColorDAO::regularTextColor).name(), color(&ColorDAO::primaryColor).name(),
+                 color(&ColorDAO::onPrimaryColor).name()));
     m_edit->installEventFilter(this);
     setPrepopulatedText(*m_edit, draft);
     content->addWidget(m_edit);
@@ -171,7 +171,7 @@ void Field::say(const QString& message, Tone tone) {
     QPalette colours = m_message->palette();
     colours.setColor(QPalette::WindowText, color(ink));
     m_message->setPalette(colours);
-    m_message->setText(message);
+    m_message->setText(directed(message));
     m_message->setVisible(!message.isEmpty());
     update();
 }

@@ -28,14 +28,14 @@ QColor color(Role role) {
 }
 
 double contrast(const QColor& a, const QColor& b) {
-    const auto [low, high] = std::minmax(luminance(a), luminance(b));
+    const auto [low, high] = std::minmax({luminance(a), luminance(b)});
     return (high + 0.05) / (low + 0.05);
 }
 
 namespace type {
-QFont display() { return toQFont(FontCache::getSemiBoldBigHeadlineFont()); }
-QFont title() { return toQFont(FontCache::getSemiBoldHeadline24Font()); }
-QFont heading() { return toQFont(FontCache::getSemiBoldTitle16Font()); }
+QFont display() { return toQFont(FontCache::getBoldBigHeadlineFont()); }
+QFont title() { return toQFont(FontCache::getBoldHeadline24Font()); }
+QFont heading() { return toQFont(FontCache::getBoldTitle16Font()); }
 QFont body() { return toQFont(FontCache::getRegularSubTitle14Font()); }
 QFont strong() { return toQFont(FontCache::getSemiBoldSubTitle14Font()); }
 QFont label() { return toQFont(FontCache::getMediumSmall12Font()); }
@@ -50,6 +50,8 @@ QFont code() {
 }  // namespace type
 
 QString text(std::string_view key) { return toQt(Bundle::main().localizedString(key, std::nullopt)); }
+
+QString ltr(const QString& text) { return QChar(0x2066) + text + QChar(0x2069); }
 
 QString text(std::string_view key, const QString& argument) { return text(key).replace("%@", argument); }
 

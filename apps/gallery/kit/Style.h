@@ -35,6 +35,9 @@ QFont code();  // envelopes, hexadecimal texts, logs
 QString text(std::string_view key);
 QString text(std::string_view key, const QString& argument);
 
+// A text that reads from left to right in any language: names, numbers with units, formulas.
+QString ltr(const QString& text);
+
 inline QString toQt(std::string_view text) { return QString::fromUtf8(text.data(), qsizetype(text.size())); }
 
 // Distances are multiples of it.

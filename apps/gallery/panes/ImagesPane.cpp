@@ -94,9 +94,7 @@ QWidget* tile(const QString& name, const std::optional<UIImage>& image, const QS
 void addTiles(QGridLayout& tiles, const UIImage& original, const UIColor& colour) {
     double time = 0;
     const QString size = QString("%1 × %1").arg(pixels);
-    const auto took = [&] {
-        return QString(QChar(0x2066)) + QString::number(time, 'f', 1) + " ms" + QChar(0x2069);
-    };
+    const auto took = [&] { return ltr(QString::number(time, 'f', 1) + " ms"); };
     tiles.addWidget(tile(text("image_original"), original, size), 0, 0);
     const UIImage tinted = timed(time, [&] { return original.tint(colour); });
     tiles.addWidget(tile(text("image_tint"), tinted, took()), 0, 1);

@@ -34,13 +34,12 @@ QWidget* stepRow(const Trace::Step& step, Role ink, bool first, bool last) {
     QHBoxLayout* const line = row();
     made->setLayout(line);
     line->addWidget(new Node(ink, first, last));
-    QLabel* const name = label(toQt(step.name), type::label());
+    QLabel* const name = label(ltr(toQt(step.name)), type::label());
     name->setFixedWidth(200);
     line->addWidget(name);
-    line->addWidget(label(toQt(step.detail), type::caption(), &ColorDAO::secondaryTextColor), 1);
+    line->addWidget(label(ltr(toQt(step.detail)), type::caption(), &ColorDAO::secondaryTextColor), 1);
     const QString time = QString::number(step.milliseconds, 'f', 1) + " ms";
-    line->addWidget(
-        label(QChar(0x2066) + time + QChar(0x2069), type::caption(), &ColorDAO::secondaryTextColor));
+    line->addWidget(label(ltr(time), type::caption(), &ColorDAO::secondaryTextColor));
     return made;
 }
 
@@ -48,7 +47,7 @@ QWidget* traceCard(const Trace& trace) {
     auto* const card = new Card;
     card->content->setSpacing(0);
     QHBoxLayout* const head = row();
-    head->addWidget(label(toQt(trace.title), type::strong()), 1);
+    head->addWidget(label(ltr(toQt(trace.title)), type::strong()), 1);
     const Role ink = !trace.isEnded ? &ColorDAO::circlePendingStatusColor
                      : trace.isOk   ? &ColorDAO::circleAcceptColor
                                     : &ColorDAO::circleRejectColor;

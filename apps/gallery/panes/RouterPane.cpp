@@ -12,7 +12,7 @@ QWidget* routeRow(Gallery& gallery, const Route& route) {
     made->setLayout(line);
     line->addWidget(new IconTile(route.isProtected ? Icon::lock : Icon::unlock, &ColorDAO::circlePrimaryColor,
                                  &ColorDAO::circleSecondaryBackgroundColor, 32));
-    line->addWidget(label(route.path, type::strong()));
+    line->addWidget(label(ltr(route.path), type::strong()));
     line->addWidget(label(text(route.isProtected ? "route_protected" : "route_open"), type::caption(),
                           &ColorDAO::secondaryTextColor),
                     1);
@@ -33,8 +33,8 @@ QWidget* sessionCard(Gallery& gallery) {
     line->addWidget(new IconTile(Icon::key, &ColorDAO::primaryColor, &ColorDAO::surfaceColor));
     QVBoxLayout* const words = column(nullptr, 2);
     words->addWidget(label(text(isIn ? "route_authenticated" : "route_anonymous"), type::strong()));
-    const QString waiting =
-        gallery.waiting.empty() ? text("route_none_waits") : text("route_pending", toQt(gallery.waiting));
+    const QString waiting = gallery.waiting.empty() ? text("route_none_waits")
+                                                    : text("route_pending", ltr(toQt(gallery.waiting)));
     words->addWidget(wrapped(label(waiting, type::caption(), &ColorDAO::secondaryTextColor)));
     line->addLayout(words, 1);
     line->addWidget(
@@ -57,7 +57,7 @@ QWidget* makeRouterPane(Gallery& gallery) {
     auto* const console = new Card;
     auto* const field = new Field(text("route_url"), gallery.drafts.consoleURL, [] {});
     field->configured("route_url", 200)->edit().setFont(type::code());
-    field->edit().setLayoutDirection(Qt::LeftToRight);
+    field->edit().setAlignment(Qt::AlignLeft | Qt::AlignAbsolute);
     auto* const go = new Pill(text("route_go"), Pill::Look::filled,
                               [&gallery] { openURL(gallery, gallery.drafts.consoleURL); });
     go->setObjectName("route_go");

@@ -70,8 +70,7 @@ QWidget* measuringCard() {
         auto* const sample = new MeasuredText(text("type_sample"), font, width);
         card->content->addWidget(sample);
         const QString size = QString::number(width) + " × " + QString::number(sample->measured(), 'f', 3);
-        card->content->addWidget(
-            label(QChar(0x2066) + size + QChar(0x2069), type::caption(), &ColorDAO::secondaryTextColor));
+        card->content->addWidget(label(ltr(size), type::caption(), &ColorDAO::secondaryTextColor));
     }
     return card;
 }
@@ -85,8 +84,7 @@ QWidget* styleRow(const Style& style) {
     words->addWidget(label(style.name, type::label()));
     const double base = font.pointSize() * 375.0 / ScreenEnvironment::widthInPoints;
     const QString sizes = QString("%1 → %2 pt").arg(base, 0, 'f', 0).arg(font.pointSize(), 0, 'f', 2);
-    words->addWidget(
-        label(QChar(0x2066) + sizes + QChar(0x2069), type::caption(), &ColorDAO::secondaryTextColor));
+    words->addWidget(label(ltr(sizes), type::caption(), &ColorDAO::secondaryTextColor));
     auto* const left = new QWidget;
     left->setFixedWidth(136);
     left->setLayout(words);

@@ -2,6 +2,7 @@
 #include "gallery/phone/Screen.h"
 
 #include <QPainter>
+#include <QPainterPath>
 #include <algorithm>
 
 namespace torvel::gallery {
@@ -58,7 +59,9 @@ class BalanceCard final : public QWidget {
         painter.setPen(Qt::NoPen);
         painter.setBrush(gradient);
         painter.drawRoundedRect(rect(), 3 * grid, 3 * grid);
-        painter.setClipRect(rect());
+        QPainterPath shape;
+        shape.addRoundedRect(rect(), 3 * grid, 3 * grid);
+        painter.setClipPath(shape);
         painter.setBrush(QColor(255, 255, 255, 18));
         painter.drawEllipse(QPointF(width() - 40, height() - 10), 70, 70);
         painter.drawEllipse(QPointF(width() - 120, height() + 30), 70, 70);

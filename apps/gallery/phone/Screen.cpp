@@ -60,11 +60,11 @@ QWidget* entryRow(const Wallet::Entry& entry) {
     line->addWidget(
         new IconTile(Icon::send, &ColorDAO::circlePrimaryColor, &ColorDAO::circleSecondaryBackgroundColor));
     QVBoxLayout* const words = column(nullptr, 2);
-    words->addWidget(label(toQt(entry.to), type::strong()));
+    words->addWidget(label(ltr(toQt(entry.to)), type::strong()));
     const QString about = toQt(entry.reference) + (entry.note.empty() ? "" : " · " + toQt(entry.note));
     words->addWidget(label(about, type::caption(), &ColorDAO::secondaryTextColor));
     line->addLayout(words, 1);
-    line->addWidget(label(QChar(0x2212) + money(entry.amount), type::strong()));
+    line->addWidget(label(money(entry.amount), type::strong()));
     return made;
 }
 

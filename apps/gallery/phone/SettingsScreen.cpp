@@ -22,6 +22,7 @@ class SettingsScreen final : public Screen {
         column.addWidget(account);
         auto* const leave =
             new Pill(text("settings_logout"), Pill::Look::tonal, [this] { m_gallery.wallet.logOut(); });
+        leave->setFixedHeight(6 * grid);
         leave->setObjectName("settings_logout");
         column.addWidget(leave);
     }
