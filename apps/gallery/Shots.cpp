@@ -88,8 +88,10 @@ void Walk::login() {
     openURL(m_gallery, "app://wallet/settings");
     phone("settings-before-login");
     m_gallery.isSettingsPushed = false;
-    m_gallery.rebuild();
-    settle();
+    m_gallery.wallet.forgetFault();
+    openURL(m_gallery, m_gallery.drafts.consoleURL);
+    m_gallery.open(Pane::router);
+    window("router-waiting");
 }
 
 void Walk::screens() {

@@ -1,6 +1,7 @@
 #include "gallery/Window.h"
 
 #include "TorvelLibrary/Utils/LocaleHelper.h"
+#include "TorvelLibrary/Utils/Views.h"
 #include "TorvelPlatform/dispatch/DispatchQueue.h"
 #include "gallery/kit/Card.h"
 #include "gallery/kit/Controls.h"
@@ -122,7 +123,8 @@ void Window::showPane() {
         QVBoxLayout* const lines = column(pane, 2 * grid);
         lines->addWidget(label(text(entry.title), type::title()));
         lines->addWidget(entry.make(m_gallery), 1);
-        lines->setContentsMargins(0, 0, 2 * grid, 0);  // beside the scroll bar
+        lines->setContentsMargins(isRTL() ? 2 * grid : 0, 0, isRTL() ? 0 : 2 * grid,
+                                  0);  // beside the scroll bar
         m_paneHolder->layout()->addWidget(scrolling(pane));
     }
 }

@@ -95,7 +95,10 @@ QLabel* code(const QString& text) {
     QLabel* const made = wrapped(label(QString(), type::code(), &ColorDAO::secondaryTextColor));
     made->setLayoutDirection(Qt::LeftToRight);
     QString breaking;  // the toolkit breaks at words alone; a zero-width space is a place to break
-    for (const QChar character : text) breaking.append(character).append(QChar(0x200B));
+    for (const QChar character : text) {
+        breaking.append(character);
+        if (!character.isHighSurrogate()) breaking.append(QChar(0x200B));
+    }
     made->setText(breaking);
     return made;
 }

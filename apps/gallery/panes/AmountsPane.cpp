@@ -11,7 +11,7 @@ namespace torvel::gallery {
 namespace {
 
 constexpr const char* locales[] = {"en_US", "en_IN", "de_DE", "fr_FR", "de_CH",
-                                   "ja_JP", "ar_EG", "fa_IR", "hi_IN"};
+                                   "sw_KE", "ar_EG", "fa_IR", "hi_IN"};
 
 // What each locale makes of the amount; the wallet's own locale is put back.
 struct Shown {
@@ -42,7 +42,7 @@ QWidget* localeTable(const std::string& amount) {
     for (const char* identifier : locales) {
         const Shown shown = shownIn(Locale(identifier), amount);
         table->addWidget(label(identifier, type::code(), &ColorDAO::secondaryTextColor), line, 0);
-        table->addWidget(label(shown.without, type::body()), line, 1);
+        table->addWidget(label(ltr(shown.without), type::body()), line, 1);
         table->addWidget(label(shown.with, type::strong()), line, 2);
         ++line;
     }

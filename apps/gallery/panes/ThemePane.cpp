@@ -43,7 +43,7 @@ class Swatch final : public QWidget {
 
 // WCAG 2.1: 4.5 for text, 3 for large text and signs.
 Badge* contrastBadge(double ratio) {
-    const char* const level = ratio >= 7 ? "AAA" : ratio >= 4.5 ? "AA" : ratio >= 3 ? "AA+" : "—";
+    const char* const level = ratio >= 7 ? "AAA" : ratio >= 4.5 ? "AA" : ratio >= 3 ? "3+" : "—";
     const Role ink = ratio >= 4.5 ? &ColorDAO::circleAcceptColor
                      : ratio >= 3 ? &ColorDAO::circlePendingStatusColor
                                   : &ColorDAO::circleRejectColor;

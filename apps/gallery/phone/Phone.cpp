@@ -1,6 +1,7 @@
 #include "gallery/phone/Phone.h"
 
 #include "TorvelPlatform/dispatch/DispatchQueue.h"
+#include "TorvelPlatform/foundation/ScreenEnvironment.h"
 #include "TorvelPlatform/uikit/qt/UINavigationController.h"
 #include "TorvelPlatform/uikit/qt/UITabBarController.h"
 #include "gallery/phone/Screen.h"
@@ -26,18 +27,20 @@ class Frame final : public QWidget {
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
+        const QColor ink(0x12, 0x12, 0x1E);
         QPainterPath path;
         path.setFillRule(Qt::OddEvenFill);
         path.addRoundedRect(rect(), screenRadius + bezel, screenRadius + bezel);
         path.addRoundedRect(rect().adjusted(bezel, bezel, -bezel, -bezel), screenRadius, screenRadius);
-        painter.fillPath(path, QColor(0x12, 0x12, 0x1E));
+        const bool isDark = ScreenEnvironment::style == ScreenEnvironment::Style::dark;
+        painter.fillPath(path, isDark ? QColor(0x30, 0x32, 0x56) : ink);
         QPainterPath corners;
         corners.addRect(rect());
         QPainterPath body;
         body.addRoundedRect(rect(), screenRadius + bezel, screenRadius + bezel);
         painter.fillPath(corners.subtracted(body), color(&ColorDAO::backgroundColor));
         painter.setPen(Qt::NoPen);
-        painter.setBrush(QColor(0x12, 0x12, 0x1E));
+        painter.setBrush(ink);
         painter.drawRoundedRect(QRectF(width() / 2.0 - 48, bezel + 8, 96, 22), 11, 11);
     }
 };
