@@ -9,6 +9,7 @@
 #include "gallery/phone/Phone.h"
 
 #include <QPainter>
+#include <QPointer>
 
 namespace torvel::gallery {
 namespace {
@@ -43,7 +44,11 @@ const std::vector<PaneEntry>& panes() {
 Window::Window(Gallery& gallery) : m_gallery(gallery) {
     setWindowTitle("Torvel Gallery");
     column(this);
-    gallery.rebuild = [this] { DispatchQueue::main().async([this] { rebuild(); }); };
+    gallery.rebuild = [window = QPointer(this)] {
+        DispatchQueue::main().async([window] {
+            if (window) window->rebuild();
+        });
+    };
     gallery.refresh = [this] {
         m_phone->refresh();
         showPane();

@@ -53,8 +53,15 @@ class MeasuredText final : public QWidget {
         painter.setBrush(tint);
         painter.drawRect(box);
         painter.setPen(color(&ColorDAO::regularTextColor));
-        painter.setFont(toQFont(m_font));
-        painter.drawText(box, Qt::TextWordWrap | (mirrored ? Qt::AlignRight : Qt::AlignLeft), m_text);
+        // The toolkit draws at whole pixels; a large size made smaller comes out exact.
+        QFont large = toQFont(m_font);
+        constexpr int pixels = 100;
+        large.setPixelSize(pixels);
+        painter.setFont(large);
+        const double scale = m_font.pointSize() / pixels;
+        painter.scale(scale, scale);
+        painter.drawText(QRectF(box.topLeft() / scale, box.size() / scale),
+                         Qt::TextWordWrap | (mirrored ? Qt::AlignRight : Qt::AlignLeft), m_text);
     }
 
   private:
