@@ -11,6 +11,11 @@ namespace {
 
 constexpr char themeKey[] = "gallery_dark_theme";
 
+void waits(Gallery& gallery, const Route& route) {
+    gallery.waiting = route.path;
+    gallery.refresh();
+}
+
 }  // namespace
 
 Gallery::Gallery(const Host& host)
@@ -56,7 +61,7 @@ void Gallery::registerRoutes() {
                 drafts.to = payload->get<std::string>("to").value_or(drafts.to);
                 drafts.amount = payload->get<std::string>("amount").value_or(drafts.amount);
             }
-            isSettingsPushed = route.tab == Tab::settings;
+            isSettingsPushed = route.tab == Tab::settings && !wallet.isLoggedIn();
             this->open(route.tab);
         };
         AppRouter::Builder(route.path, open).isAuthRequired(route.isProtected).build();
@@ -65,10 +70,12 @@ void Gallery::registerRoutes() {
 
 void openURL(Gallery& gallery, const std::string& url) {
     gallery.routed.clear();
+    gallery.isUnknown = false;
     AppRouter::sharedInstance()->route(url);
     if (!gallery.routed.empty()) return;
     for (const Route& route : routes)
-        if (path(url) == route.path) gallery.waiting = route.path;  // it is known, so it waits
+        if (path(url) == route.path) return waits(gallery, route);  // it is known
+    gallery.isUnknown = true;
     gallery.refresh();
 }
 

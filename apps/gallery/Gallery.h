@@ -57,6 +57,7 @@ class Gallery {
     LogTap log{[this] { logged(); }};
     Drafts drafts;
     std::string routed;             // what the router last did, for its console
+    bool isUnknown = false;         // it knew no such path
     std::string waiting;            // the path of the target that waits for a login
     std::size_t fontWeight = 2;     // of the type scale that is shown
     std::size_t imageColour = 0;    // of the recoloured images

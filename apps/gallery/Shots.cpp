@@ -138,12 +138,18 @@ void Walk::screens() {
 }
 
 void Walk::panes() {
-    const char* const names[] = {"theme",  "type",    "fonts", "images", "amounts",
-                                 "router", "network", "store", "log"};
-    for (std::size_t i = 0; i < std::size(names); ++i) {
+    const struct {
+        const char* name;
+        Tab tab;
+    } panes[] = {{"theme", Tab::home},   {"type", Tab::settings},     {"fonts", Tab::settings},
+                 {"images", Tab::card},  {"amounts", Tab::statement}, {"router", Tab::send},
+                 {"network", Tab::send}, {"store", Tab::settings},    {"log", Tab::statement}};
+    for (std::size_t i = 0; i < std::size(panes); ++i) {
+        m_gallery.open(panes[i].tab);
         m_gallery.open(Pane(i));
-        window(names[i]);
+        window(panes[i].name);
     }
+    m_gallery.open(Tab::home);
 }
 
 }  // namespace
@@ -152,14 +158,12 @@ std::optional<std::string> writeShots(Gallery& gallery, Window& window, const st
     std::error_code failed;
     std::filesystem::create_directories(folder, failed);
     Walk walk(gallery, window, folder);
-    for (const char* language : {"en", "ar", "fr"}) {
-        walk.inLanguage(language, false);
-        walk.login();
-        walk.screens();
-        walk.panes();
-    }
-    for (const char* language : {"en", "ar"}) {
-        walk.inLanguage(language, true);
+    const struct {
+        const char* language;
+        bool isDark;
+    } looks[] = {{"en", false}, {"ar", false}, {"fr", false}, {"en", true}, {"ar", true}};
+    for (const auto& look : looks) {
+        walk.inLanguage(look.language, look.isDark);
         walk.login();
         walk.screens();
         walk.panes();

@@ -65,6 +65,7 @@ int run(int count, char** arguments, const std::string& folder) {
     const auto host = Host::start();
     if (!host) return failed(host.error());
     const QApplication application(count, arguments);
+    QApplication::setStyle("Fusion");  // whatever the desktop has
     connectScreen();
     Gallery gallery(*host.value());
     Window window(gallery);

@@ -69,10 +69,10 @@ QWidget* factsCard(const std::string& amount) {
 class Results final : public QWidget {
   public:
     explicit Results(const std::string& amount) : m_amount(amount), m_lines(column(this, 2 * grid)) {
-        show();
+        fill();
     }
 
-    void show() {
+    void fill() {
         while (QLayoutItem* const item = m_lines->takeAt(0)) {
             delete item->widget();
             delete item;
@@ -94,7 +94,7 @@ QWidget* makeAmountsPane(Gallery& gallery) {
     auto* const card = new Card;
     auto* const results = new Results(gallery.drafts.consoleAmount);
     auto* const field =
-        new Field(text("transfer_amount"), gallery.drafts.consoleAmount, [results] { results->show(); });
+        new Field(text("transfer_amount"), gallery.drafts.consoleAmount, [results] { results->fill(); });
     card->content->addWidget(field->configured("console_amount", 20));
     lines->addWidget(card);
     lines->addWidget(results);

@@ -58,6 +58,7 @@ QWidget* makeRouterPane(Gallery& gallery) {
     auto* const field = new Field(text("route_url"), gallery.drafts.consoleURL, [] {});
     field->configured("route_url", 200)->edit().setFont(type::code());
     field->edit().setAlignment(Qt::AlignLeft | Qt::AlignAbsolute);
+    if (gallery.isUnknown) field->say(text("route_unknown"), Field::Tone::bad);
     auto* const go = new Pill(text("route_go"), Pill::Look::filled,
                               [&gallery] { openURL(gallery, gallery.drafts.consoleURL); });
     go->setObjectName("route_go");
