@@ -7,7 +7,11 @@
 
 namespace torvel::gallery {
 
-QString directed(const QString& text) { return isRTL() ? QChar(0x200F) + text : text; }
+QString directed(const QString& text) {
+    if (isRTL()) return QChar(0x200F) + text;
+    const bool isForeign = text.isRightToLeft();  // it stays in its own direction, at this one's side
+    return isForeign ? QString(QChar(0x200E)) + QChar(0x2068) + text + QChar(0x2069) : text;
+}
 
 QLabel* label(const QString& text, const QFont& font, Role ink) {
     auto* const made = new QLabel(directed(text));

@@ -50,7 +50,9 @@ QWidget* recordRow(const Record& record) {
     QVBoxLayout* const lines = column(made, 2);
     QHBoxLayout* const head = row();
     head->addWidget(new Badge(record.level, inkOf(record.level)));
-    head->addWidget(label(ltr(record.place), type::label()), 1);
+    QLabel* const place = label(ltr(record.place), type::label());
+    place->setAlignment(Qt::AlignLeft | Qt::AlignAbsolute);
+    head->addWidget(place, 1);
     head->addWidget(label(ltr(record.time), type::caption(), &ColorDAO::secondaryTextColor));
     lines->addLayout(head);
     const bool isLong = record.message.size() > shownText;

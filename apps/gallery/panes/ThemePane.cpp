@@ -61,7 +61,7 @@ QWidget* swatchCard(const ColorDAO::Field& field) {
     name.remove("Color");
     card->content->addWidget(label(name, type::label()));
     QHBoxLayout* const line = row(4);
-    line->addWidget(label(fill.name().toUpper(), type::code(), &ColorDAO::secondaryTextColor), 1);
+    line->addWidget(label(ltr(fill.name().toUpper()), type::code(), &ColorDAO::secondaryTextColor), 1);
     line->addWidget(contrastBadge(contrast(fill, ink)));
     card->content->addLayout(line);
     return card;
