@@ -59,19 +59,19 @@ asan tsan:
 	TSAN_OPTIONS="suppressions=$(CURDIR)/tests/support/tsan.supp" ctest --test-dir build-$@ --output-on-failure -j $(JOBS)
 
 fuzz:
-	tools/install-deps core fuzz
+	tools/install-deps core ui fuzz
 	cmake --preset fuzz
 	cmake --build build-fuzz
 	tools/fuzz $(SECONDS)
 
 bench:
-	tools/install-deps core bench
+	tools/install-deps core ui bench
 	cmake --preset bench >/dev/null
 	cmake --build build-bench --target benchmarks
 	tools/bench
 
 $(BENCHES): bench-%:
-	tools/install-deps core bench
+	tools/install-deps core ui bench
 	cmake --preset bench >/dev/null
 	cmake --build build-bench --target $@
 	tools/bench $*

@@ -11,7 +11,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 // Types of a host, in a module of its own.
 namespace wallet {
@@ -39,9 +38,13 @@ using wallet::LoginScreen;
 std::string interfaceFile(const std::string& widgets) {
     return R"(<ui version="4.0"><class>LoginScreen</class><widget class="QWidget" name="LoginScreen">)" +
            widgets +
-           "</widget><customwidgets><customwidget><class>Badge</class><extends>QLabel</extends></"
-           "customwidget>"
-           "</customwidgets></ui>";
+           "</widget><customwidgets><customwidget><class>Badge</class><extends>QLabel</extends>"
+           "</customwidget></customwidgets></ui>";
+}
+
+template <class Controller = LoginScreen, class... Arguments>
+std::shared_ptr<Controller> make(Arguments... arguments) {
+    return std::make_shared<Controller>(arguments...);
 }
 
 class ViewsTest : public testing::HostFixture {
@@ -55,35 +58,32 @@ TEST_F(ViewsTest, InterfaceFilesAreNamedLikeTypesAndTheMainBundlesCountFirst) {
     EXPECT_EQ(getNib<LoginScreen>().bundle().directory().filename(), "Wallet.bundle");
     const auto inside = instantiate<LoginScreen>();
     EXPECT_EQ(inside->loads, 0);
-    EXPECT_TRUE(inside->view()->findChild<QLineEdit*>("own"));
+    auto* const field = inside->view()->findChild<QLineEdit*>("own");
+    EXPECT_EQ(getRawValue(*field), "");
+    setPrepopulatedText(*field, " 0 712-\xD9\xA3 ");
+    EXPECT_EQ(getRawValue(*field), " 0 712-\xD9\xA3 ");
 
     addResource("LoginScreen.ui", interfaceFile(R"(<widget class="Badge" name="badge"/>)"));
-    const auto plain = instantiate<LoginScreen>();
-    EXPECT_TRUE(plain->view()->findChild<QLabel*>("badge"));
-    EXPECT_FALSE(dynamic_cast<wallet::Badge*>(plain->view()->findChild<QLabel*>("badge")));
-    registerView<wallet::Badge>();
-    const auto screen = instantiate<LoginScreen>();
-    EXPECT_TRUE(dynamic_cast<wallet::Badge*>(screen->view()->findChild<QLabel*>("badge")));
-    EXPECT_EQ(screen->view(), screen->view());
-    EXPECT_EQ(screen->loads, 1);
+    for (const bool isKnown : {false, true}) {
+        if (isKnown) registerView<wallet::Badge>();
+        const auto screen = instantiate<LoginScreen>();
+        auto* const label = screen->view()->findChild<QLabel*>("badge");
+        ASSERT_TRUE(label);
+        EXPECT_EQ(dynamic_cast<wallet::Badge*>(label) != nullptr, isKnown);
+        EXPECT_EQ(screen->view(), screen->view());
+        EXPECT_EQ(screen->loads, 1);
+    }
 }
 
 TEST_F(ViewsTest, AnInterfaceFileThatCannotBeUsedIsReportedAndLeavesAnEmptyView) {
-    const struct {
-        const char* name;
-        std::string file;
-        const char* reason;
-    } rows[] = {
-        {"none", "", "There is no interface file"},
-        {"no XML", "text", "cannot be used"},
-        {"cut short", interfaceFile("").substr(0, 90), "cannot be used"},
-        {"unknown class", R"(<ui version="4.0"><widget class="Nothing" name="n"/></ui>)", "cannot be used"}};
-    for (const auto& [name, file, reason] : rows) {
+    const std::string unknown = R"(<ui version="4.0"><widget class="Nothing" name="n"/></ui>)";
+    for (const std::string& file :
+         {std::string(), std::string("text"), unknown, interfaceFile("").substr(0, 90)}) {
         if (!file.empty()) addResource("LoginScreen.ui", file);
         const auto screen = instantiate<LoginScreen>();
-        const std::string log = logOf([&] { EXPECT_TRUE(screen->view()->children().empty()) << name; });
-        EXPECT_NE(log.find(reason), log.npos) << name << log;
-        EXPECT_EQ(screen->loads, 1) << name;
+        const std::string log = logOf([&] { EXPECT_TRUE(screen->view()->children().empty()) << file; });
+        EXPECT_NE(log.find(file.empty() ? "There is no interface file" : "cannot be used"), log.npos) << log;
+        EXPECT_EQ(screen->loads, 1) << file;
     }
     EXPECT_EQ(nibNamed("../secret", Bundle::main()).instantiate(), nullptr);
 }
@@ -97,22 +97,17 @@ TEST_F(ViewsTest, OnlyViewsMadeAfterAChangeOfLanguageTakeItsDirection) {
     old.show();
     LocaleHelper::setAppleLanguageTo("ar-EG");
     EXPECT_TRUE(isRTL());
+    EXPECT_EQ(make()->view()->layoutDirection(), Qt::RightToLeft);
     QWidget later;
     auto* const laterChild = new QLabel(&later);
     later.show();
-    auto* const added = new QLabel(&old);
-    auto* const inFixed = new QLabel(fixed);
+    auto *const added = new QLabel(&old), *const inFixed = new QLabel(fixed);
     for (QWidget* const view : {added, inFixed}) view->show();
-    const struct {
-        const char* name;
-        const QWidget* view;
-        bool mirrored;
-    } rows[] = {{"old", &old, false},        {"its child", oldChild, false},
-                {"new", &later, true},       {"its child", laterChild, true},
-                {"new in old", added, true}, {"new in one that is fixed", inFixed, false}};
     const auto expectAll = [&] {
-        for (const auto& [name, view, mirrored] : rows)
-            EXPECT_EQ(view->layoutDirection() == Qt::RightToLeft, mirrored) << name;
+        for (const QWidget* const view : std::initializer_list<QWidget*>{&old, oldChild, inFixed})
+            EXPECT_EQ(view->layoutDirection(), Qt::LeftToRight);
+        for (const QWidget* const view : std::initializer_list<QWidget*>{&later, laterChild, added})
+            EXPECT_EQ(view->layoutDirection(), Qt::RightToLeft);
     };
     expectAll();
     LocaleHelper::setAppleLanguageTo("fr");
@@ -121,30 +116,16 @@ TEST_F(ViewsTest, OnlyViewsMadeAfterAChangeOfLanguageTakeItsDirection) {
     expectAll();
 }
 
-TEST_F(ViewsTest, AFieldsTextIsWhatStandsThere) {
-    QLineEdit field;
-    EXPECT_EQ(getRawValue(field), "");
-    setPrepopulatedText(field, " 0 712-\xD9\xA3 ");
-    EXPECT_EQ(getRawValue(field), " 0 712-\xD9\xA3 ");
-}
-
-template <class Controller = LoginScreen, class... Arguments>
-std::shared_ptr<Controller> make(Arguments... arguments) {
-    return std::make_shared<Controller>(arguments...);
-}
-
 TEST_F(ViewsTest, TheTopScreenIsFollowedThroughContainers) {
-    const auto screen = make(), above = make();
+    const auto screen = make(), above = make(), beside = make();
     const auto navigation = make<UINavigationController>(screen);
     const auto tabs = make<UITabBarController>();
     const auto top = [&] { return UIApplication::getTopViewController(tabs.get()); };
-    EXPECT_EQ(UIApplication::getTopViewController(nullptr), nullptr);
     EXPECT_EQ(UIApplication::getTopViewController(make<UINavigationController>().get()), nullptr);
     EXPECT_EQ(top(), tabs.get());
-    tabs->setViewControllers({make(), navigation});
-    EXPECT_EQ(top(), tabs->children()[0].get());
+    tabs->setViewControllers({beside, navigation});
+    EXPECT_EQ(top(), beside.get());
     tabs->setSelectedIndex(1);
-    EXPECT_EQ(top(), screen.get());
     navigation->pushViewController(above);
     EXPECT_EQ(top(), above.get());
     EXPECT_EQ(navigation->popViewController(), above);
@@ -160,21 +141,16 @@ TEST_F(ViewsTest, TheNavigationItemIsThatOfThePartOfTheNavigationController) {
     inner->addChild(part);
     outer->addChild(inner);
     const auto navigation = make<UINavigationController>(outer);
-    const struct {
-        const char* name;
-        UIViewController& of;
-        UIViewController& item;
-    } rows[] = {{"alone", *alone, *alone},
-                {"a part of a part", *part, *outer},
-                {"a part of a screen", *inner, *outer},
-                {"a screen", *outer, *navigation},
-                {"the navigation controller", *navigation, *navigation}};
-    for (const auto& row : rows) EXPECT_EQ(&row.of.navItem(), &row.item.navigationItem()) << row.name;
+    const std::pair<UIViewController*, UIViewController*> itemsOf[] = {{alone.get(), alone.get()},
+                                                                       {part.get(), outer.get()},
+                                                                       {inner.get(), outer.get()},
+                                                                       {outer.get(), navigation.get()}};
+    for (const auto& [of, owner] : itemsOf) EXPECT_EQ(&of->navItem(), &owner->navigationItem());
     alone->addChild(part);
     EXPECT_EQ(&part->navItem(), &alone->navigationItem());
     EXPECT_EQ(inner->children().size(), 0u);
-    EXPECT_DEATH(outer->addChild(navigation), "cannot contain itself");
-    EXPECT_DEATH(outer->addChild(outer), "cannot contain itself");
+    for (const auto& itself : {std::shared_ptr<UIViewController>(navigation), {outer}})
+        EXPECT_DEATH(outer->addChild(itself), "cannot contain itself");
 }
 
 TEST_F(ViewsTest, ContainersShowTheirScreensAndBars) {
@@ -190,36 +166,35 @@ TEST_F(ViewsTest, ContainersShowTheirScreensAndBars) {
     auto* const title = window.findChild<QLabel*>("navigationTitle");
     auto* const back = window.findChild<QAbstractButton*>("navigationBack");
     ASSERT_EQ(buttons.size(), 2);
-    EXPECT_EQ(buttons[0]->text(), "Home");
-    EXPECT_TRUE(home->view()->isVisible() && !back->isVisible() && buttons[0]->isChecked());
-    EXPECT_EQ(more->loads, 0);
-
     home->navigationItem().setTitle("Balance");
-    EXPECT_EQ(title->text(), "Balance");
-    auto pushed = make();
-    // A screen that its own button ends, together with its last owner.
+    EXPECT_EQ(buttons[0]->text() + title->text(), "HomeBalance");
+    EXPECT_TRUE(home->view()->isVisible() && !back->isVisible() && buttons[0]->isChecked() &&
+                more->loads == 0);
+
+    auto pushed = make();  // its own button ends it, together with its last owner
     auto* const done = new QPushButton(pushed->view());
     QObject::connect(done, &QPushButton::clicked, done, [&] { navigation->popViewController(); });
     navigation->pushViewController(std::move(pushed));
-    EXPECT_TRUE(back->isVisible() && !home->view()->isVisible());
-    EXPECT_EQ(title->text(), "");
+    EXPECT_TRUE(back->isVisible() && !home->view()->isVisible() && title->text().isEmpty());
     done->click();
     EXPECT_TRUE(home->view()->isVisible() && !back->isVisible());
     navigation->pushViewController(make());
     back->click();
-    EXPECT_EQ(UIApplication::getTopViewController(tabs.get()), home.get());
+    EXPECT_TRUE(home->view()->isVisible());
 
-    buttons[1]->click();
-    buttons[1]->click();
-    EXPECT_TRUE(more->view()->isVisible() && buttons[1]->isChecked() && !home->view()->isVisible());
+    for (const int times : {1, 2}) {
+        buttons[1]->click();
+        EXPECT_TRUE(more->view()->isVisible() && buttons[1]->isChecked() && !buttons[0]->isChecked())
+            << times;
+    }
     tabs->setSelectedIndex({});
-    EXPECT_FALSE(more->view()->isVisible() || buttons[1]->isChecked() || buttons[0]->isChecked());
+    EXPECT_FALSE(more->view()->isVisible() || buttons[1]->isChecked());
     navigation->setNavigationBarHidden(true);
     tabs->setViewControllers({more, navigation, make()});
     EXPECT_EQ(window.findChildren<QAbstractButton*>("tabBarButton").size(), 3);
     EXPECT_TRUE(more->view()->isVisible());
     tabs->setSelectedIndex(1);
-    EXPECT_FALSE(title->isVisible());
+    EXPECT_TRUE(home->view()->isVisible() && !title->isVisible());
     tabs->updateTheme();
     EXPECT_EQ(home->themes + more->themes, 2);
 }

@@ -4,11 +4,16 @@
 #include "TorvelPlatform/foundation/Guarded.h"
 #include "TorvelPlatform/foundation/Locale.h"
 #include "TorvelPlatform/foundation/ScreenEnvironment.h"
+#include "TorvelPlatform/foundation/StringsTable.h"
 
+#include <atomic>
 #include <vector>
 
 namespace torvel {
 namespace {
+
+// Counts what was set, so that a look-up sees a change without a lock.
+std::atomic<unsigned> defaultAppLanguageChanges{0};
 
 Guarded<std::string>& defaultAppLanguage() {
     static auto& language = *new Guarded<std::string>("en");
@@ -46,6 +51,52 @@ std::optional<Bundle> languageFolder(const Bundle& bundle, std::string_view curr
     return folder ? folder : bundle.languageBundle(fallback);
 }
 
+constexpr std::string_view configurations = "Configurations";
+
+// Where the texts of a bundle's table are looked up, in this order. Each thread keeps what it found last
+// until another bundle or table is asked for, or a language or the main bundle changes.
+struct Tables {
+    std::optional<SecureDefaults::ChangeMark> mark;
+    unsigned defaultChanges;
+    const Bundle* main;
+    Bundle bundle;
+    std::string name;
+    std::optional<Bundle> mainFolder;
+    Bundle callerFolder;
+
+    const StringsTable* mainTable = mainFolder ? mainFolder->stringsTable(name) : nullptr;
+    const StringsTable* callerTable = callerFolder.stringsTable(name);
+};
+
+Tables findTables(const Bundle& bundle, std::string_view table) {
+    const auto mark = SecureDefaults::shared().changeMark();  // these two before what they tell of
+    const unsigned defaultChanges = defaultAppLanguageChanges;
+    const bool isConfiguration = table == configurations;
+    const std::string current = isConfiguration ? "en" : LocaleHelper::currentAppleLanguage();
+    const std::string fallback = isConfiguration ? "en" : LocaleHelper::getDefaultAppLanguage();
+    return {.mark = mark,
+            .defaultChanges = defaultChanges,
+            .main = &Bundle::main(),
+            .bundle = bundle,
+            .name = std::string(table),
+            .mainFolder = getMainBundlePath(current, fallback),
+            .callerFolder = getCallerBundlePath(bundle, current, fallback)};
+}
+
+const Tables& tablesFor(const Bundle& bundle, std::string_view table) {
+    thread_local std::optional<Tables> last;
+    if (last && last->main == &Bundle::main() && last->bundle.isSame(bundle) && last->name == table &&
+        last->defaultChanges == defaultAppLanguageChanges && last->mark &&
+        last->mark == SecureDefaults::shared().changeMark())
+        return *last;
+    return last.emplace(findTables(bundle, table));
+}
+
+std::string answerOf(const StringsTable* table, std::string_view key, std::optional<std::string_view> value) {
+    const std::string* const text = table != nullptr ? table->value(key) : nullptr;
+    return text != nullptr ? *text : std::string(value.value_or(key));
+}
+
 }  // namespace
 
 void LocaleHelper::doTheSwizzling() {
@@ -66,19 +117,17 @@ void LocaleHelper::setAppleLanguageTo(std::string_view lang) {
 
 void LocaleHelper::setDefaultAppLanguageTo(std::string_view lang) {
     defaultAppLanguage().store(std::string(lang));
+    ++defaultAppLanguageChanges;
 }
 
 std::string LocaleHelper::getDefaultAppLanguage() { return defaultAppLanguage().load(); }
 
 std::string specialLocalizedString(const Bundle& bundle, std::string_view forKey,
                                    std::optional<std::string_view> value, std::string_view table) {
-    const bool isConfiguration = table == "Configurations";
-    const std::string current = isConfiguration ? "en" : LocaleHelper::currentAppleLanguage();
-    const std::string fallback = isConfiguration ? "en" : LocaleHelper::getDefaultAppLanguage();
-    if (const auto folder = getMainBundlePath(current, fallback))
-        if (std::string answer = folder->platformLocalizedString(forKey, value, table); answer != forKey)
-            return answer;
-    return getCallerBundlePath(bundle, current, fallback).platformLocalizedString(forKey, value, table);
+    const Tables& tables = tablesFor(bundle, table);
+    if (tables.mainFolder)
+        if (std::string answer = answerOf(tables.mainTable, forKey, value); answer != forKey) return answer;
+    return answerOf(tables.callerTable, forKey, value);
 }
 
 std::optional<Bundle> getMainBundlePath(std::string_view currentLanguage, std::string_view defaultLanguage) {

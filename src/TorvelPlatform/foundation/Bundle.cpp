@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <mutex>
+#include <memory>
 
 namespace torvel {
 namespace fs = std::filesystem;
@@ -77,16 +77,9 @@ bool isInnerName(std::string_view name) {
     return std::find(path.begin(), path.end(), "..") == path.end();
 }
 
-// The two bundles of the process, found when first asked for.
-struct ProcessBundles {
-    std::mutex mutex;
-    std::optional<Bundle> main, library;
-};
-
-ProcessBundles& processBundles() {
-    static ProcessBundles& bundles = *new ProcessBundles;  // late callbacks find them
-    return bundles;
-}
+// The two bundles of the process, found when first asked for. Those that were replaced are never freed:
+// references to them are out.
+std::atomic<const Bundle*> mainBundle{nullptr}, libraryBundle{nullptr};
 
 }  // namespace
 
@@ -98,31 +91,26 @@ Bundle::Bundle(const fs::path& directory, std::string_view identifier) {
     m_state = state;
 }
 
-Bundle Bundle::main() {
-    ProcessBundles& bundles = processBundles();
-    const std::lock_guard lock(bundles.mutex);
-    if (!bundles.main) bundles.main = Bundle(mainDirectory(), executable().filename().native());
-    return *bundles.main;
+const Bundle& Bundle::found(std::atomic<const Bundle*>& place, Bundle (*find)()) {
+    if (const Bundle* const known = place.load(std::memory_order_acquire)) return *known;
+    auto made = std::make_unique<const Bundle>(find());
+    const Bundle* earlier = nullptr;
+    return place.compare_exchange_strong(earlier, made.get()) ? *made.release() : *earlier;
+}
+
+const Bundle& Bundle::main() {
+    return found(mainBundle, [] { return Bundle(mainDirectory(), executable().filename().native()); });
 }
 
 void Bundle::setMain(const fs::path& directory, std::string_view identifier) {
-    ProcessBundles& bundles = processBundles();
-    const std::lock_guard lock(bundles.mutex);
-    bundles.main = Bundle(directory, identifier.empty() ? executable().filename().native() : identifier);
+    mainBundle = new Bundle(directory, identifier.empty() ? executable().filename().native() : identifier);
 }
 
-Bundle Bundle::library() {
-    ProcessBundles& bundles = processBundles();
-    const std::lock_guard lock(bundles.mutex);
-    if (!bundles.library) bundles.library = Bundle(libraryDirectory());
-    return *bundles.library;
+const Bundle& Bundle::library() {
+    return found(libraryBundle, [] { return Bundle(libraryDirectory()); });
 }
 
-void Bundle::setLibrary(const fs::path& directory) {
-    ProcessBundles& bundles = processBundles();
-    const std::lock_guard lock(bundles.mutex);
-    bundles.library = Bundle(directory);
-}
+void Bundle::setLibrary(const fs::path& directory) { libraryBundle = new Bundle(directory); }
 
 std::optional<Bundle> Bundle::at(const fs::path& directory) {
     if (!isDirectory(directory)) return std::nullopt;

@@ -2,6 +2,7 @@
 
 #include "TorvelPlatform/foundation/URL.h"
 
+#include <atomic>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -18,14 +19,15 @@ class Bundle {
   public:
     // The host application's resources: the directory given to setMain, else the environment variable
     // TORVEL_MAIN_BUNDLE, else "Resources" beside the executable. The identifier names the host's own
-    // folders: the one given to setMain, else the executable's name.
-    static Bundle main();
+    // folders: the one given to setMain, else the executable's name. The reference stays valid; another main
+    // bundle is another object.
+    static const Bundle& main();
     static void setMain(const std::filesystem::path& directory, std::string_view identifier = {});
 
     // The library's own resources: the directory given to setLibrary, else the environment variable
     // TORVEL_LIBRARY_BUNDLE, else "../share/torvel" beside the executable, else the installed place, else
-    // the build tree.
-    static Bundle library();
+    // the build tree. The reference stays valid.
+    static const Bundle& library();
     static void setLibrary(const std::filesystem::path& directory);
 
     // The bundle at a directory; absent when there is no such directory.
@@ -55,6 +57,9 @@ class Bundle {
     // What localizedString() does while no replacement is installed, for replacements to fall back on.
     std::string platformLocalizedString(std::string_view forKey, std::optional<std::string_view> value,
                                         std::string_view table) const;
+    // The table that platformLocalizedString() looks in; nullptr when there is none. Valid as long as any
+    // copy of the bundle lives.
+    const StringsTable* stringsTable(std::string_view name) const;
     // Installs a replacement, or removes it (nullptr). Returns the one in force before.
     using LookUp = std::string (*)(const Bundle& bundle, std::string_view forKey,
                                    std::optional<std::string_view> value, std::string_view table);
@@ -64,11 +69,13 @@ class Bundle {
     std::optional<Bundle> languageBundle(std::string_view language) const;
 
     bool operator==(const Bundle& other) const { return directory() == other.directory(); }
+    // Whether the two are copies of one value, which share their tables.
+    bool isSame(const Bundle& other) const { return m_state == other.m_state; }
 
   private:
     struct State;
     explicit Bundle(const std::filesystem::path& directory, std::string_view identifier = {});
-    const StringsTable* stringsTable(std::string_view name) const;
+    static const Bundle& found(std::atomic<const Bundle*>& place, Bundle (*find)());
     std::shared_ptr<const State> m_state;
 };
 

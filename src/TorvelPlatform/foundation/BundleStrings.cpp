@@ -37,7 +37,7 @@ std::string Bundle::localizedString(std::string_view forKey, std::optional<std::
 
 std::string Bundle::platformLocalizedString(std::string_view forKey, std::optional<std::string_view> value,
                                             std::string_view table) const {
-    const StringsTable* const texts = stringsTable(table.empty() ? "Localizable" : table);
+    const StringsTable* const texts = stringsTable(table);
     const std::string* const text = texts != nullptr ? texts->value(forKey) : nullptr;
     return text != nullptr ? *text : std::string(value.value_or(forKey));
 }
@@ -45,6 +45,7 @@ std::string Bundle::platformLocalizedString(std::string_view forKey, std::option
 Bundle::LookUp Bundle::replaceLookUp(LookUp replacement) { return lookUpReplacement.exchange(replacement); }
 
 const StringsTable* Bundle::stringsTable(std::string_view name) const {
+    if (name.empty()) name = "Localizable";
     if (name.find('/') != std::string_view::npos) return nullptr;  // tables are not looked for elsewhere
     const std::lock_guard lock(m_state->mutex);
     auto found = m_state->tables.find(name);

@@ -23,8 +23,8 @@ using Kind = SessionError::Kind;
 // In seconds.
 double idleLimit(const URLRequest& request) {
     constexpr double usual = 60.0;
-    constexpr double longest = 10.0 * 365 * 24 * 3600;
-    return request.timeoutInterval > 0.0 ? std::min(request.timeoutInterval, longest) : usual;
+    constexpr double shortest = 0.001, longest = 10.0 * 365 * 24 * 3600;
+    return request.timeoutInterval > 0.0 ? std::clamp(request.timeoutInterval, shortest, longest) : usual;
 }
 
 SessionError timeoutError(const URLRequest& request) {

@@ -6,7 +6,7 @@
 #include "TorvelPlatform/security/TLSServerTrust.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <utility>
 
 namespace torvel {
 namespace {
@@ -64,11 +64,28 @@ struct Transfer::Callbacks {
         return of(user).onBody({bytes, size}) ? size : CURL_WRITEFUNC_ERROR;
     }
 
+    // A hop leaves the queue to look up a name, to open a socket, or with a kept-alive connection at hand.
+    static void leaveQueue(Transfer& transfer) {
+        if (std::exchange(transfer.m_queued, false))
+            transfer.m_activity->last = std::chrono::steady_clock::now();
+    }
+
+    static int beforeLookUp(void*, void*, void* user) {
+        leaveQueue(of(user));
+        return 0;
+    }
+
+    static int onSocket(void* user, curl_socket_t, curlsocktype) {
+        leaveQueue(of(user));
+        return CURL_SOCKOPT_OK;
+    }
+
     // Runs whenever the request is about to be sent. The client sends it a second time when a kept-alive
     // connection dies under it; that is refused, for the server may have acted on the first.
     static int beforeRequest(void* user, char*, char*, int, int) {
         Transfer& transfer = of(user);
-        transfer.m_activity->last = std::chrono::steady_clock::now();  // it may have waited for a connection
+        transfer.m_queued = false;
+        transfer.m_activity->last = std::chrono::steady_clock::now();
         long handedOver = 0;
         curl_easy_getinfo(transfer.easy(), CURLINFO_REQUEST_SIZE, &handedOver);
         transfer.m_replayRefused = ++transfer.m_attempts > 1 && handedOver > 0;
@@ -145,6 +162,10 @@ void Transfer::setCallbacks() {
     curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, Callbacks::body);
     curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
+    curl_easy_setopt(handle, CURLOPT_RESOLVER_START_FUNCTION, Callbacks::beforeLookUp);
+    curl_easy_setopt(handle, CURLOPT_RESOLVER_START_DATA, this);
+    curl_easy_setopt(handle, CURLOPT_SOCKOPTFUNCTION, Callbacks::onSocket);
+    curl_easy_setopt(handle, CURLOPT_SOCKOPTDATA, this);
     curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, Callbacks::beforeRequest);
     curl_easy_setopt(handle, CURLOPT_PREREQDATA, this);
     curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, Callbacks::progress);

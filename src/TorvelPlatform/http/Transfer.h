@@ -53,7 +53,10 @@ class Transfer {
     CURL* easy() const { return m_easy.get(); }
     EasyHandle takeEasy() { return std::move(m_easy); }
     const ResponseHead& head() const { return m_head; }
-    std::chrono::steady_clock::time_point lastActivity() const { return m_activity->last; }
+    // Waiting for one of the host's connections is no idleness: whoever has them is watched.
+    std::chrono::steady_clock::time_point lastActivity() const {
+        return m_queued ? std::chrono::steady_clock::now() : m_activity->last;
+    }
     // What the socket in use reports to, so that even half a header line counts; nullptr for a shared one.
     std::shared_ptr<Activity> socketActivity() const {
         return m_options.sharesConnection ? nullptr : m_activity;
@@ -95,6 +98,7 @@ class Transfer {
     std::shared_ptr<Activity> m_activity = std::make_shared<Activity>();
     std::shared_ptr<Verdict> m_verdict = std::make_shared<Verdict>();
 
+    bool m_queued = true;
     int m_attempts = 0;
     bool m_replayRefused = false;
     std::size_t m_bodyOffset = 0;

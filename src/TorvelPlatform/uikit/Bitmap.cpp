@@ -9,34 +9,18 @@ struct Walk {
     std::ptrdiff_t start, step, row;
 };
 
-Walk walkOf(const Bitmap& bitmap, Orientation orientation) {
+Walk walkOf(const Bitmap& bitmap, ImageOrientation orientation) {
     const std::ptrdiff_t width = bitmap.width;
     const std::ptrdiff_t last = width * bitmap.height - 1;
     const std::ptrdiff_t right = width - 1, bottom = last - right;
-    switch (orientation) {
-        case Orientation::up:
-            return {0, 1, width};
-        case Orientation::down:
-            return {last, -1, -width};
-        case Orientation::left:
-            return {right, width, -1};
-        case Orientation::right:
-            return {bottom, -width, 1};
-        case Orientation::upMirrored:
-            return {right, -1, width};
-        case Orientation::downMirrored:
-            return {bottom, 1, -width};
-        case Orientation::leftMirrored:
-            return {0, width, 1};
-        case Orientation::rightMirrored:
-            return {last, -width, -1};
-    }
-    return {0, 1, width};
+    const Walk walks[] = {{0, 1, width},      {last, -1, -width},  {right, width, -1}, {bottom, -width, 1},
+                          {right, -1, width}, {bottom, 1, -width}, {0, width, 1},      {last, -width, -1}};
+    return walks[static_cast<int>(orientation)];
 }
 
 }  // namespace
 
-Bitmap upright(const Bitmap& bitmap, Orientation orientation) {
+Bitmap upright(const Bitmap& bitmap, ImageOrientation orientation) {
     const bool turns = turnsSides(orientation);
     Bitmap result{turns ? bitmap.height : bitmap.width, turns ? bitmap.width : bitmap.height, {}};
     result.pixels.reserve(bitmap.pixels.size());

@@ -18,7 +18,7 @@ struct Bitmap {
 };
 
 /// How a bitmap is to be turned for viewing; the numbers are the platform's. EXIF counts otherwise.
-enum class Orientation {
+enum class ImageOrientation {
     up = 0,             ///< as it is stored (EXIF 1)
     down = 1,           ///< half a turn (EXIF 3)
     left = 2,           ///< a quarter turn counter-clockwise (EXIF 8)
@@ -30,9 +30,9 @@ enum class Orientation {
 };
 
 /// Whether width and height change places when a bitmap of this orientation is viewed.
-constexpr bool turnsSides(Orientation orientation) { return static_cast<int>(orientation) & 2; }
+constexpr bool turnsSides(ImageOrientation orientation) { return static_cast<int>(orientation) & 2; }
 
 /// The bitmap turned as its orientation wants it viewed. Any thread.
-Bitmap upright(const Bitmap& bitmap, Orientation orientation);
+Bitmap upright(const Bitmap& bitmap, ImageOrientation orientation);
 
 }  // namespace torvel

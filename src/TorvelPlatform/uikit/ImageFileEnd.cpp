@@ -3,7 +3,10 @@
 namespace torvel {
 namespace {
 
-enum Marker : unsigned char { tem = 0x01, rst0 = 0xD0, soi = 0xD8, eoi = 0xD9 };
+enum Marker : unsigned char { tem = 0x01, rst0 = 0xD0, soi = 0xD8, eoi = 0xD9, sos = 0xDA };
+
+// Progressive files have about ten. Each costs a pass over the whole image, however short it is.
+constexpr int mostScans = 100;
 
 bool standsAlone(unsigned char marker) {
     return marker == 0 || marker == tem || (marker >= rst0 && marker <= soi);
@@ -18,7 +21,8 @@ std::size_t colorTableSize(unsigned char flags) { return flags & 0x80 ? std::siz
 // holds no marker but those that stand alone: it writes 0xFF as 0xFF 0x00.
 bool reachesJPEGEnd(const Data& file) {
     const auto bytes = file.bytes();
-    for (std::size_t at = 0; at + 1 < bytes.size();) {
+    int scans = 0;
+    for (std::size_t at = 0; at + 1 < bytes.size() && scans <= mostScans;) {
         if (bytes[at] != 0xFF || bytes[at + 1] == 0xFF) {
             ++at;
             continue;
@@ -27,6 +31,7 @@ bool reachesJPEGEnd(const Data& file) {
         if (marker == eoi) return true;
         at += 2;
         if (standsAlone(marker)) continue;
+        if (marker == sos) ++scans;
         if (at + 1 >= bytes.size()) return false;
         at += static_cast<std::size_t>(bytes[at]) << 8 | bytes[at + 1];
     }

@@ -18,26 +18,11 @@ bool isWhole(const QByteArray& format, const Data& data) {
     return format == "png" || format == "webp" || format == "heic" || format == "heif" || format == "avif";
 }
 
-Orientation orientationOf(QImageIOHandler::Transformations transformation) {
-    switch (static_cast<int>(transformation)) {
-        case QImageIOHandler::TransformationMirror:
-            return Orientation::upMirrored;
-        case QImageIOHandler::TransformationFlip:
-            return Orientation::downMirrored;
-        case QImageIOHandler::TransformationRotate180:
-            return Orientation::down;
-        case QImageIOHandler::TransformationRotate90:
-            return Orientation::right;
-        case QImageIOHandler::TransformationRotate270:
-            return Orientation::left;
-        case QImageIOHandler::TransformationMirrorAndRotate90:
-            return Orientation::rightMirrored;
-        case QImageIOHandler::TransformationFlipAndRotate90:
-            return Orientation::leftMirrored;
-        default:
-            return Orientation::up;
-    }
-}
+// The toolkit says how to transform the image in three bits: mirror, flip, a quarter turn.
+constexpr ImageOrientation orientations[] = {ImageOrientation::up,           ImageOrientation::upMirrored,
+                                             ImageOrientation::downMirrored, ImageOrientation::down,
+                                             ImageOrientation::right,        ImageOrientation::rightMirrored,
+                                             ImageOrientation::leftMirrored, ImageOrientation::left};
 
 bool isTooLarge(const QSize& size) { return qint64{size.width()} * size.height() > mostPixels; }
 
@@ -50,7 +35,8 @@ std::optional<DecodedImage> decodeImage(const Data& data) {
     if (!isWhole(reader.format(), data) || isTooLarge(reader.size())) return std::nullopt;
     const QImage image = reader.read();
     if (image.isNull() || isTooLarge(image.size())) return std::nullopt;
-    return DecodedImage{toBitmap(image), orientationOf(reader.transformation())};
+    const auto transformation = static_cast<std::size_t>(static_cast<int>(reader.transformation()));
+    return DecodedImage{toBitmap(image), orientations[transformation % 8]};
 }
 
 Bitmap toBitmap(const QImage& image) {

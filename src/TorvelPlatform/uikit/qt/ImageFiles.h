@@ -10,7 +10,7 @@ namespace torvel {
 
 struct DecodedImage {
     Bitmap bitmap;
-    Orientation orientation;
+    ImageOrientation orientation;
 };
 
 // See UIImage::fromData().

@@ -2,6 +2,7 @@
 
 #include "TorvelPlatform/dispatch/DispatchQueue.h"
 #include "TorvelPlatform/foundation/ScreenEnvironment.h"
+#include "TorvelPlatform/uikit/qt/Direction.h"
 
 #include <QEvent>
 #include <QGuiApplication>
@@ -49,8 +50,7 @@ void followScreen(QScreen* screen) {
     QObject::connect(screen, &QScreen::orientationChanged, screen, takeScreen);
 }
 
-// Views take the direction in force when they are first shown. That of an ancestor is inherited, unless it
-// was taken here and is out of date: one that somebody set on purpose counts for all that is in it.
+// Whatever way a view was made, it is polished before it is first shown.
 class DirectionFilter final : public QObject {
   public:
     using QObject::QObject;
@@ -60,21 +60,6 @@ class DirectionFilter final : public QObject {
             takeDirection(*static_cast<QWidget*>(object));
         return false;
     }
-
-  private:
-    static void takeDirection(QWidget& view) {
-        const bool isMirrored = ScreenEnvironment::direction == ScreenEnvironment::Direction::rightToLeft;
-        const Qt::LayoutDirection direction = isMirrored ? Qt::RightToLeft : Qt::LeftToRight;
-        const QWidget* decisive = &view;
-        while (decisive && !decisive->testAttribute(Qt::WA_SetLayoutDirection))
-            decisive = decisive->parentWidget();
-        const bool isOurs = !decisive || decisive->property(mark).isValid();
-        if (!isOurs || decisive == &view || (decisive && decisive->layoutDirection() == direction)) return;
-        view.setLayoutDirection(direction);
-        view.setProperty(mark, true);
-    }
-
-    static constexpr const char* mark = "torvelDirection";
 };
 
 }  // namespace

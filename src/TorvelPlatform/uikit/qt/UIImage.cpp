@@ -24,7 +24,12 @@ bool isWhole(const Bitmap& bitmap) {
                static_cast<std::size_t>(bitmap.width) * static_cast<std::size_t>(bitmap.height);
 }
 
+// More than a picture of the greatest size has.
+constexpr std::uintmax_t mostBytes = 128 * 1024 * 1024;
+
 std::optional<UIImage> readImage(const std::string& path, double scale) {
+    std::error_code failed;
+    if (fs::file_size(path, failed) > mostBytes || failed) return std::nullopt;
     const auto bytes = readFile(path);
     return bytes ? UIImage::fromData(bytes.value(), scale) : std::nullopt;
 }
@@ -54,9 +59,20 @@ std::optional<UIImage> imageOfFile(std::string_view name, const Bundle& bundle) 
     return std::nullopt;
 }
 
+// How a photograph is to be turned, by how the device is held and which camera took it. Deliberately
+// asymmetric: hosts' cameras are mounted that way.
+struct Turns {
+    std::optional<ImageOrientation> front, other;
+};
+constexpr Turns turnsByDevice[] = {{},                                              // unknown
+                                   {ImageOrientation::leftMirrored, std::nullopt},  // portrait
+                                   {ImageOrientation::left, ImageOrientation::left},
+                                   {ImageOrientation::down, ImageOrientation::up},
+                                   {ImageOrientation::up, ImageOrientation::down}};
+
 }  // namespace
 
-UIImage::UIImage(Bitmap bitmap, double scale, Orientation orientation)
+UIImage::UIImage(Bitmap bitmap, double scale, ImageOrientation orientation)
     : m_bitmap(isWhole(bitmap) ? std::make_shared<const Bitmap>(std::move(bitmap)) : nullptr),
       m_scale(scale > 0 ? scale : 1),
       m_orientation(orientation) {}
@@ -107,20 +123,11 @@ UIImage UIImage::fillAlpha(const UIColor& fillColor) const {
 
 std::optional<UIImage> UIImage::fixedOrientation(std::optional<bool> isFrontCameraEnabled) const {
     if (!m_bitmap) return std::nullopt;
-    const bool isFront = isFrontCameraEnabled.value_or(false);
-    const auto turned = [this](Orientation orientation) { return UIImage(m_bitmap, m_scale, orientation); };
-    switch (ScreenEnvironment::orientation) {
-        case ScreenEnvironment::Orientation::portrait:
-            return isFront ? turned(Orientation::leftMirrored) : *this;
-        case ScreenEnvironment::Orientation::portraitUpsideDown:
-            return turned(Orientation::left);
-        case ScreenEnvironment::Orientation::landscapeLeft:
-            return turned(isFront ? Orientation::down : Orientation::up);
-        case ScreenEnvironment::Orientation::landscapeRight:
-            return turned(isFront ? Orientation::up : Orientation::down);
-        default:
-            return *this;
-    }
+    const auto held = static_cast<std::size_t>(ScreenEnvironment::orientation.load());
+    if (held >= std::size(turnsByDevice)) return *this;
+    const auto& [front, other] = turnsByDevice[held];
+    const std::optional<ImageOrientation> turn = isFrontCameraEnabled == true ? front : other;
+    return turn ? UIImage(m_bitmap, m_scale, *turn) : *this;
 }
 
 void UIImage::resizeImage(double targetSizeInKB, const Completion<UIImage>& completion) const {
@@ -145,7 +152,7 @@ std::optional<Data> UIImage::jpegData(double quality) const {
 }
 
 std::shared_ptr<const Bitmap> UIImage::viewed() const {
-    if (m_orientation == Orientation::up) return m_bitmap;
+    if (m_orientation == ImageOrientation::up) return m_bitmap;
     return std::make_shared<const Bitmap>(upright(*m_bitmap, m_orientation));
 }
 

@@ -23,13 +23,13 @@ class UIImage {
     /// The image without a bitmap.
     UIImage() = default;
     /// An image of pixels, `scale` of which make a point; no bitmap when its size and its pixels disagree.
-    explicit UIImage(Bitmap bitmap, double scale = 1, Orientation orientation = Orientation::up);
+    explicit UIImage(Bitmap bitmap, double scale = 1, ImageOrientation orientation = ImageOrientation::up);
 
     /// The image in the bytes of a PNG, JPEG or GIF file (its first frame), or of a WebP, HEIC or AVIF file
     /// where the toolkit has the plug-in; with the orientation that EXIF says. Absent when it is none, is cut
     /// short, or has more than 32 million pixels. Memory stays below half a gigabyte.
     static std::optional<UIImage> fromData(const Data& data, double scale = 1);
-    /// The same of a file; "@2x" or "@3x" at the end of its name is its scale.
+    /// The same of a file of at most 128 MiB; "@2x" or "@3x" at the end of its name is its scale.
     static std::optional<UIImage> fromFile(const std::string& path);
 
     /// The image of a bundle: the set "<name>.imageset" of its asset catalogues, in the appearance and the
@@ -45,7 +45,7 @@ class UIImage {
     /// How many pixels make a point.
     double scale() const { return m_scale; }
     /// How the bitmap is turned for viewing.
-    Orientation orientation() const { return m_orientation; }
+    ImageOrientation orientation() const { return m_orientation; }
     /// The width in points as it is viewed; 0 without a bitmap.
     double width() const;
     /// The height in points as it is viewed; 0 without a bitmap.
@@ -82,14 +82,14 @@ class UIImage {
     QImage toQImage() const;
 
   private:
-    UIImage(std::shared_ptr<const Bitmap> bitmap, double scale, Orientation orientation)
+    UIImage(std::shared_ptr<const Bitmap> bitmap, double scale, ImageOrientation orientation)
         : m_bitmap(std::move(bitmap)), m_scale(scale), m_orientation(orientation) {}
     // The bitmap turned upright, this one's own where nothing is to be turned.
     std::shared_ptr<const Bitmap> viewed() const;
 
     std::shared_ptr<const Bitmap> m_bitmap;
     double m_scale = 1;
-    Orientation m_orientation = Orientation::up;
+    ImageOrientation m_orientation = ImageOrientation::up;
 };
 
 }  // namespace torvel

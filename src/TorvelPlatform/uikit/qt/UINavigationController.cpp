@@ -122,7 +122,11 @@ void UINavigationController::showTop() {
 void UINavigationController::showBar() {
     UIViewController* const top = visibleViewController();
     m_parts->title->setText(top ? QString::fromStdString(top->navigationItem().title()) : QString());
-    m_parts->back->setVisible(children().size() > 1);
+    const std::size_t count = children().size();
+    m_parts->back->setVisible(count > 1);
+    if (count > 1)  // what a screen reader says of the arrow
+        m_parts->back->setAccessibleName(
+            QString::fromStdString(children()[count - 2]->navigationItem().title()));
     m_parts->bar->setVisible(!m_barHidden);
 }
 

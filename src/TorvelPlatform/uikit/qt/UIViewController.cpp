@@ -1,6 +1,7 @@
 #include "TorvelPlatform/uikit/qt/UIViewController.h"
 
 #include "TorvelPlatform/foundation/FatalError.h"
+#include "TorvelPlatform/uikit/qt/Direction.h"
 #include "TorvelPlatform/uikit/qt/UINavigationController.h"
 
 #include <QPointer>
@@ -43,6 +44,7 @@ void UIViewController::tellParent() {
 UIView* UIViewController::view() {
     if (!isViewLoaded()) {
         m_view->widget = loadView();
+        takeDirection(*m_view->widget);
         viewDidLoad();
     }
     return m_view->widget;

@@ -242,6 +242,15 @@ TEST(Session, TimesOutWhenNoByteMoves) {
     }
 }
 
+TEST(Session, WaitingForAConnectionIsNotIdleness) {
+    URLSessionConfiguration configuration;
+    configuration.maximumConnectionsPerHost = 1;
+    Session session(configuration);
+    ScriptedServer server({[](Peer& peer) { peer.stall(); }, ScriptedServer::answering(okAnswer)});
+    session.request(requestTo(server.url(), "GET", 0.2)).responseData(DispatchQueue::main(), [](auto&&) {});
+    EXPECT_EQ(fetch(session, requestTo(server.url(), "GET", 0.05)).outcome(), "ok");
+}
+
 TEST(Session, ASlowAnswerHoldsUpNoOther) {
     std::promise<void> otherIsDone;
     ScriptedServer server({[&](Peer& peer) {
