@@ -3,6 +3,7 @@
 #include "gallery/Window.h"
 
 #include <QApplication>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -40,6 +41,7 @@ class CleanRoom {
         ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
         ::setenv("TZ", "UTC", 1);
         ::setenv("LC_ALL", "en_US.UTF-8", 1);
+        if (std::freopen("/dev/null", "w", stdout) == nullptr) return;  // what is logged is on a picture
     }
     ~CleanRoom() {
         std::error_code failed;
