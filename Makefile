@@ -7,10 +7,11 @@ SECONDS ?= 60
 MINUTES ?= 15
 PREFIX  ?= /usr/local
 BENCHES = bench-cipher bench-network bench-store bench-text bench-images bench-startup
-.PHONY: help demo build test install package docs core format check asan tsan fuzz soak coverage bench $(BENCHES) clean
+.PHONY: help demo gallery build test install package docs core format check asan tsan fuzz soak coverage bench $(BENCHES) clean
 
 help:
 	@echo "make demo     build the command-line tool and watch encrypted requests run over pinned TLS"
+	@echo "make gallery  open a wallet and the panes around it; SHOT=DIR writes pictures of it instead"
 	@echo "make test     build everything and run the tests"
 	@echo "make build    programs in build/bin, libraries in build/lib"
 	@echo "make install  libraries, headers and the tool into PREFIX=/usr/local"
@@ -32,6 +33,12 @@ demo:
 	cmake --preset release -DTORVEL_WERROR=$(WERROR) >/dev/null
 	cmake --build build --target torvel-cli
 	build/bin/torvel demo
+
+gallery:
+	tools/install-deps core ui
+	cmake --preset release -DTORVEL_UI=ON -DTORVEL_WERROR=$(WERROR) >/dev/null
+	cmake --build build --target torvel-gallery
+	build/bin/torvel-gallery $(if $(SHOT),--shot "$(SHOT)")
 
 build:
 	tools/install-deps core ui

@@ -3,7 +3,7 @@
 #include "TorvelLibrary/Data/Remote/Networking/APITimeError.h"
 #include "TorvelLibrary/TorvelLibraryBuilder.h"
 #include "TorvelPlatform/foundation/Bundle.h"
-#include "cli/HostFiles.h"
+#include "sample/SampleResources.h"
 
 #include <chrono>
 #include <cstdlib>

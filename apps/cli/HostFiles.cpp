@@ -17,12 +17,6 @@ Outcome<SecCertificate, std::string> readCertificate(const std::filesystem::path
 
 }  // namespace
 
-std::filesystem::path sampleResources() {
-    std::error_code failed;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", failed);
-    return program.parent_path().parent_path() / "share/torvel-sample";
-}
-
 Outcome<Data, FileError> readInput(const std::string& argument) {
     if (argument == "-") return Data(std::string(std::istreambuf_iterator<char>(std::cin), {}));
     if (argument.starts_with('@')) return readFile(argument.substr(1));

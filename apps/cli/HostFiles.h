@@ -13,10 +13,6 @@ namespace torvel::cli {
 // The bytes that an argument stands for: "-" is standard input, "@FILE" a file, all else itself.
 Outcome<Data, FileError> readInput(const std::string& argument);
 
-// The sample host's resources. In the build tree and where it is installed: beside the folder of the
-// programs.
-std::filesystem::path sampleResources();
-
 // Why a file cannot pin a server, or cannot seal keys for it; absent when it can.
 std::optional<std::string> certificateFault(const std::filesystem::path& derFile);
 std::optional<std::string> encryptionCertificateFault(const std::filesystem::path& derFile);

@@ -7,8 +7,8 @@
 #include "TorvelLibrary/validation/ValidationHelper.h"
 #include "TorvelPlatform/foundation/ScreenEnvironment.h"
 #include "cli/Command.h"
-#include "cli/HostFiles.h"
 #include "cli/Output.h"
+#include "sample/SampleResources.h"
 
 #include <algorithm>
 
