@@ -89,7 +89,7 @@ class Page {
     void finding(const PreflightFinding& finding) {
         const Style& style = styleOf(finding.severity);
         std::string place = finding.file;
-        if (finding.line != 0) place += ":" + std::to_string(finding.line);
+        if (finding.line != 0) place.append(":").append(std::to_string(finding.line));
         if (!finding.key.empty()) place.append(place.empty() ? "" : "  ").append(finding.key);
         m_text += "  " + painted(style.colour, padded(style.word, indent - 2)) + printable(place) + "\n";
         m_text += wrapped("", printable(finding.what));

@@ -162,7 +162,7 @@ std::string_view nearest(std::string_view word, const std::vector<std::string_vi
     return best;
 }
 
-std::string inQuotes(std::string_view text) { return "\"" + std::string(text) + "\""; }
+std::string inQuotes(std::string_view text) { return std::string(1, '"').append(text).append(1, '"'); }
 
 std::string counted(std::size_t count, std::string_view noun) {
     return std::to_string(count) + " " + std::string(noun) + (count == 1 ? "" : "s");

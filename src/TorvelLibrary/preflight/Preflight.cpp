@@ -10,7 +10,7 @@ namespace {
 
 std::string inOneLine(const PreflightFinding& finding) {
     std::string text = finding.file;
-    if (finding.line != 0) text += ":" + std::to_string(finding.line);
+    if (finding.line != 0) text.append(":").append(std::to_string(finding.line));
     if (!finding.key.empty()) text.append(text.empty() ? "" : " ").append(finding.key);
     text.append(text.empty() ? "" : ": ").append(finding.what).append("; ").append(finding.effect);
     if (!finding.remedy.empty()) text.append(". To mend it: ").append(finding.remedy);
