@@ -7,8 +7,8 @@
 #include <charconv>
 #include <cstdint>
 #include <cstdlib>
-#include <fstream>
 #include <forward_list>
+#include <fstream>
 #include <memory>
 #include <mutex>
 
