@@ -75,11 +75,12 @@ void measure(Report& report, const Table& table) {
         const BareMap bare = bareMap(size);
         const std::vector<std::string> keys = keysOf(size);
         const auto find = [&](const BareMap& map, const std::vector<std::string>& texts) {
-            if (table.copies) return askingFor(texts, [&map](std::string_view key) { return map.find(key)->second; });
+            if (table.copies)
+                return askingFor(texts, [&map](std::string_view key) { return map.find(key)->second; });
             return askingFor(texts, [&map](std::string_view key) { return &map.find(key)->second; });
         };
-        const Rounds rounds = takeTurns(
-            {table.make(size)(keys), find(bare, keys), find(yardstick, yardstickKeys)});
+        const Rounds rounds =
+            takeTurns({table.make(size)(keys), find(bare, keys), find(yardstick, yardstickKeys)});
         const std::string name = std::string(table.name) + "-of-" + std::to_string(size) + "-over-map-find";
         report.time(name, "torvel", rounds.time(0) / asked);
         report.time(name, "find", rounds.time(1) / asked);

@@ -100,7 +100,7 @@ void Wallet::takeTransfer(const JSON& answer) {
 }
 
 void Wallet::send(Call call) {
-    const std::string target = EndpointsHelper::getEndPoint(call.endpoint);
+    const auto target = EndpointsHelper::getEndPoint<std::string>(call.endpoint);
     const auto trace = std::make_shared<Trace>((call.body ? "POST " : "GET ") + target);
     m_traces.push_front(trace);
     if (m_traces.size() > keptTraces) m_traces.pop_back();

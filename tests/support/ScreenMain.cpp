@@ -14,6 +14,9 @@ void writeUsefulMessages(QtMsgType, const QMessageLogContext&, const QString& me
 
 }  // namespace
 
+// The toolkit lets go of a few of fontconfig's patterns without releasing them.
+extern "C" const char* __lsan_default_suppressions() { return "leak:libfontconfig"; }
+
 int main(int count, char** arguments) {
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
     ::setenv("QT_FONT_DPI", "72", 1);

@@ -1,5 +1,4 @@
 #include "TorvelPlatform/dispatch/DispatchQueue.h"
-#include "TorvelTesting/HostFixture.h"
 #include "gallery/Gallery.h"
 #include "gallery/Window.h"
 #include "gallery/phone/Phone.h"
@@ -10,12 +9,27 @@
 #include <QLineEdit>
 #include <QTest>
 #include <QToolButton>
+#include <filesystem>
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
 
 namespace torvel::gallery {
 namespace {
 
+// What a user's home would keep, removed afterwards.
+struct PrivateFolders {
+    PrivateFolders() {
+        path = ::mkdtemp((std::filesystem::temp_directory_path() / "torvel-test-XXXXXX").string().data());
+        ::setenv("XDG_DATA_HOME", (path / "data").c_str(), 1);
+        ::setenv("XDG_STATE_HOME", (path / "state").c_str(), 1);
+    }
+    ~PrivateFolders() { std::filesystem::remove_all(path); }
+    std::filesystem::path path;
+};
+
 // The gallery as its user has it.
-class GalleryTest : public testing::HostFixture {
+class GalleryTest : public testing::Test {
   protected:
     GalleryTest() {
         connectScreen();
@@ -63,6 +77,7 @@ class GalleryTest : public testing::HostFixture {
         return false;
     }
 
+    PrivateFolders folders;
     std::unique_ptr<Host> host = std::move(Host::start()).value();
     std::unique_ptr<Gallery> gallery = std::make_unique<Gallery>(*host);
     std::unique_ptr<Window> window;

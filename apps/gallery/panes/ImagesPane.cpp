@@ -1,10 +1,10 @@
 #include "TorvelLibrary/Utils/ColorUtils.h"
 #include "TorvelPlatform/uikit/qt/UIImage.h"
 #include "TorvelPlatform/uikit/qt/UIImageView.h"
+#include "gallery/kit/Images.h"
 #include "gallery/panes/Panes.h"
 
 #include <QGridLayout>
-#include <QImage>
 #include <QPainter>
 #include <QPainterPath>
 #include <chrono>
@@ -57,8 +57,7 @@ UIImage landscape() {
     painter.drawEllipse(QPointF(390, 190), 56, 56);
     paintHills(painter);
     painter.end();
-    const auto* const bits = reinterpret_cast<const std::uint32_t*>(image.constBits());
-    return UIImage(Bitmap{pixels, pixels, {bits, bits + pixels * pixels}}, double(pixels) / side);
+    return toUIImage(image, double(pixels) / side);
 }
 
 // A result with how long it took.

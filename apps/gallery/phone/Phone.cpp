@@ -4,9 +4,9 @@
 #include "TorvelPlatform/foundation/ScreenEnvironment.h"
 #include "TorvelPlatform/uikit/qt/UINavigationController.h"
 #include "TorvelPlatform/uikit/qt/UITabBarController.h"
+#include "gallery/kit/Images.h"
 #include "gallery/phone/Screen.h"
 
-#include <QImage>
 #include <QPainter>
 #include <QPainterPath>
 #include <QToolButton>
@@ -63,8 +63,7 @@ UIImage iconImage(Icon icon, const QColor& ink) {
     QPainter painter(&image);
     drawIcon(painter, icon, QRectF(0, 0, 48, 48), ink);
     painter.end();
-    const auto* const pixels = reinterpret_cast<const std::uint32_t*>(image.constBits());
-    return UIImage(Bitmap{48, 48, {pixels, pixels + 48 * 48}}, 2);
+    return toUIImage(image, 2);
 }
 
 constexpr struct {

@@ -300,9 +300,9 @@ StoreReport StoreEngine::verify() {
     return locked([&] {
         StoreReport report;
         m_open.reset();  // to have it checked anew
-        report.status = open();
+        report.status = note(open());
         if (report.status != StoreStatus::ok) {
-            report.findings.emplace_back(describe(note(report.status)));
+            report.findings.emplace_back(describe(report.status));
             return report;
         }
         const StoreLedger::Content content = walk();
@@ -316,6 +316,7 @@ StoreReport StoreEngine::verify() {
         const std::string structure = m_open->database->integrity();
         if (structure != "ok") report.findings.push_back(structure);
         if (report.status == StoreStatus::ok && structure != "ok") report.status = StoreStatus::damaged;
+        note(report.status);
         return report;
     });
 }

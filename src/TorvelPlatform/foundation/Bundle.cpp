@@ -7,8 +7,10 @@
 #include <charconv>
 #include <cstdint>
 #include <cstdlib>
+#include <forward_list>
 #include <fstream>
 #include <memory>
+#include <mutex>
 
 namespace torvel {
 namespace fs = std::filesystem;
@@ -99,9 +101,16 @@ bool isInnerName(std::string_view name) {
     return std::find(path.begin(), path.end(), "..") == path.end();
 }
 
-// The two bundles of the process, found when first asked for. Those that were replaced are never freed:
-// references to them are out.
+// The two bundles of the process, found when first asked for.
 std::atomic<const Bundle*> mainBundle{nullptr}, libraryBundle{nullptr};
+
+// Those that were replaced are kept as well: references to them are out.
+const Bundle* keep(Bundle bundle) {
+    static auto& kept = *new std::forward_list<Bundle>;
+    static std::mutex mutex;
+    const std::lock_guard lock(mutex);
+    return &kept.emplace_front(std::move(bundle));
+}
 
 }  // namespace
 
@@ -115,9 +124,9 @@ Bundle::Bundle(const fs::path& directory, std::string_view identifier) {
 
 const Bundle& Bundle::found(std::atomic<const Bundle*>& place, Bundle (*find)()) {
     if (const Bundle* const known = place.load(std::memory_order_acquire)) return *known;
-    auto made = std::make_unique<const Bundle>(find());
+    const Bundle* const made = keep(find());
     const Bundle* earlier = nullptr;
-    return place.compare_exchange_strong(earlier, made.get()) ? *made.release() : *earlier;
+    return place.compare_exchange_strong(earlier, made) ? *made : *earlier;
 }
 
 const Bundle& Bundle::main() {
@@ -125,14 +134,14 @@ const Bundle& Bundle::main() {
 }
 
 void Bundle::setMain(const fs::path& directory, std::string_view identifier) {
-    mainBundle = new Bundle(directory, identifier.empty() ? executable().filename().native() : identifier);
+    mainBundle = keep(Bundle(directory, identifier.empty() ? executable().filename().native() : identifier));
 }
 
 const Bundle& Bundle::library() {
     return found(libraryBundle, [] { return Bundle(libraryDirectory()); });
 }
 
-void Bundle::setLibrary(const fs::path& directory) { libraryBundle = new Bundle(directory); }
+void Bundle::setLibrary(const fs::path& directory) { libraryBundle = keep(Bundle(directory)); }
 
 std::optional<Bundle> Bundle::at(const fs::path& directory) {
     if (!isDirectory(directory)) return std::nullopt;

@@ -38,8 +38,8 @@ bool providesNamespace(const fs::path& group) {
 
 using Assets = ByText<fs::path>;
 
-// Adds what stands in a folder and in the groups below it, whose assets are named with `prefix`. Of two assets
-// of one name the first counts.
+// Adds what stands in a folder and in the groups below it, whose assets are named with `prefix`. Of two
+// assets of one name the first counts.
 void add(Assets& assets, const fs::path& folder, const std::string& prefix) {
     for (const fs::path& entry : foldersIn(folder)) {
         const std::string name = prefix + entry.filename().string();

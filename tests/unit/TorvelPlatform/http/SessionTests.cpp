@@ -238,9 +238,9 @@ TEST(Session, TimesOutWhenNoByteMoves) {
             peer.answer(row.bytes);
             peer.stall();
         });
-        const Answer answer = fetch(requestTo(server.url(), "GET", 0.05));
+        const Answer answer = fetch(requestTo(server.url(), "GET", 0.25));
         EXPECT_EQ(answer.outcome(),
-                  "The request timed out after 0.05 s without a byte from or to 127.0.0.1.");
+                  "The request timed out after 0.25 s without a byte from or to 127.0.0.1.");
         EXPECT_EQ(answer.failure(), Kind::timedOut);
         EXPECT_EQ(answer.response.error->phase, row.phase);
         EXPECT_TRUE(answer.response.error->maybeSent);
