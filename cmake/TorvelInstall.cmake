@@ -37,6 +37,10 @@ endif()
 if(TORVEL_TESTING)
     install(TARGETS torvel_testing EXPORT TorvelTesting ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT dev)
     install(EXPORT TorvelTesting NAMESPACE Torvel:: DESTINATION "${package_dir}" COMPONENT dev)
+    install(TARGETS torvel_sandbox EXPORT TorvelSandbox ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT dev)
+    install(EXPORT TorvelSandbox NAMESPACE Torvel:: DESTINATION "${package_dir}" COMPONENT dev)
+    install(FILES apps/sandbox/Sandbox.h apps/sandbox/Envelope.h
+        DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/torvel/sandbox" COMPONENT dev)
     install(DIRECTORY testing/TorvelTesting DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/torvel" COMPONENT dev
         FILES_MATCHING PATTERN "*.h")
 endif()
@@ -90,7 +94,7 @@ torvel_package(dev libtorvel-dev libdevel "client library for mobile-money hosts
     "libtorvel${version} ${same}")
 # What linking statically takes, and the test kit.
 set(CPACK_DEBIAN_DEV_PACKAGE_RECOMMENDS "libcurl4-openssl-dev, libssl-dev, zlib1g-dev, libbrotli-dev, libicu-dev, \
-liburiparser-dev, libplist-dev, libsimdjson-dev, libsodium-dev, libsqlite3-dev, libfreetype-dev, libgtest-dev, pkg-config")
+liburiparser-dev, libplist-dev, libsimdjson-dev, libsodium-dev, libsqlite3-dev, libfreetype-dev, libgtest-dev, libcpp-httplib-dev, pkg-config")
 torvel_package(tool torvel utils "client library for mobile-money hosts, on the command line"
     "libtorvel${version} ${same}")  # for the resources
 if(TORVEL_UI)

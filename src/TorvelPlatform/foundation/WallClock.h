@@ -8,6 +8,7 @@ namespace torvel {
 /// What the library takes for the current date, in its log and where a card's expiry is judged. Any thread.
 class WallClock {
   public:
+    /// A moment.
     using Date = std::chrono::system_clock::time_point;
 
     /// The system's date, unless another one is fixed.
