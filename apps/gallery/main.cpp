@@ -62,6 +62,11 @@ int failed(const std::string& message) {
     return 1;
 }
 
+// The toolkit would abort without one.
+bool hasDisplay() {
+    return std::getenv("DISPLAY") || std::getenv("WAYLAND_DISPLAY") || std::getenv("QT_QPA_PLATFORM");
+}
+
 // An empty folder: no pictures, the window.
 int run(int count, char** arguments, const std::string& folder) {
     const auto host = Host::start();
@@ -93,6 +98,8 @@ int main(int count, char** arguments) {
     }
     ::setenv("QT_FONT_DPI", "72", 1);  // a point of the type scale is a pixel of the phone
     qInstallMessageHandler(writeUsefulMessages);
+    if (!isShot && !hasDisplay())
+        return failed("there is no display; --shot DIR writes pictures without one");
     if (!isShot) return run(count, arguments, {});
     const CleanRoom room;
     return run(count, arguments, words.back());
