@@ -117,7 +117,7 @@ TEST_F(PreflightTest, FindsEveryFaultOfTheBrokenSample) {
          "localisation.missing-key ar.lproj/Localizable.strings:0 outline\n"
          "localisation.missing-key en.lproj/Localizable.strings:0 outline\n"
          "localisation.missing-key @:0 offline"},
-        {french, "%@", "%d", "localisation.placeholders @:9 balance_greeting"},
+        {french, "%@", "%d", "localisation.placeholders @:8 balance_greeting"},
         {french, "%@", "%1$@ à 5 % de 100%%", ""},
         {french, ";", "", "localisation.unparsed @:3 "},
         {french, "", nullptr, "localisation.missing-table @:0 "},
@@ -237,7 +237,7 @@ TEST_F(PreflightTest, RefusesToStartWhatWouldBeUnprotected) {
     builder.setServerURL("https://api.example/v1/").setEncryptionCertName("server");
     builder.build();
     EXPECT_THAT(logOf(Preflight::check), HasSubstr("] ERROR[Preflight]:"));
-    EXPECT_THAT(logOf(Preflight::check), HasSubstr("fr.lproj/Localizable.strings:9 balance_greeting: "));
+    EXPECT_THAT(logOf(Preflight::check), HasSubstr("fr.lproj/Localizable.strings:8 balance_greeting: "));
 
     builder.setEncryptionCertName("other").build();
     EXPECT_DEATH(Preflight::check(),
