@@ -30,6 +30,7 @@ TEST(TextBounds, AreExactAndProportional) {
                         {"another fraction", "abcdefghij", 17.3, 0, 6, 1},
                         {"tiny", "abcdefghij", 0.1, 0, 6, 1},
                         {"words", "aaaa bbbb cccc", 20, 20 * 0.6 * 9.5, 5.4, 2},
+                        {"words stay whole", "aaaa bbbb cccc", 20, 20 * 0.6 * 7.5, 2.4, 3},
                         {"just fits", "aaaa bbbb", 20, 20 * 0.6 * 9, 5.4, 1},
                         {"long word", "abcdefghij", 20, 20 * 0.6 * 4.2, 2.4, 3},
                         {"narrower than a box", "abc", 20, 1, 0.6, 3},

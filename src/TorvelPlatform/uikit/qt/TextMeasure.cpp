@@ -4,6 +4,7 @@
 
 #include <QFont>
 #include <QFontMetricsF>
+#include <QTextLayout>
 #include <algorithm>
 #include <cmath>
 
@@ -21,6 +22,16 @@ double sizeForOneLine(std::size_t length) {
     return std::clamp(std::floor(longestLine / static_cast<double>(length + 1)), 1.0, referenceSize);
 }
 
+// A text of one paragraph for the toolkit: line feeds break lines, other controls are spaces.
+QString laidOutText(std::string_view text) {
+    QString lines = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    for (QChar& character : lines) {
+        if (character == u'\n') character = QChar::LineSeparator;
+        if (character == u'\t' || character == u'\r') character = u' ';
+    }
+    return lines;
+}
+
 }  // namespace
 
 TextSize boundingSize(std::string_view text, const UIFont& font, std::optional<double> width) {
@@ -31,11 +42,24 @@ TextSize boundingSize(std::string_view text, const UIFont& font, std::optional<d
 
     QFont reference = toQFont(font);
     reference.setPixelSize(static_cast<int>(pixels));
-    const QRectF limits(0, 0, wraps ? std::min(*width / scale, longestLine) : longestLine, 0);
-    const int breaking = wraps ? Qt::TextWordWrap | Qt::TextWrapAnywhere : 0;
-    const QRectF bounds = QFontMetricsF(reference).boundingRect(
-        limits, breaking, QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
-    return {bounds.width() * scale, bounds.height() * scale};
+    QTextLayout layout(laidOutText(text), reference);
+    // Between words, and within those alone that are longer than a line. The flags of the simpler
+    // boundingRect() do not say that: the two together break anywhere.
+    QTextOption option;
+    option.setWrapMode(wraps ? QTextOption::WrapAtWordBoundaryOrAnywhere : QTextOption::NoWrap);
+    layout.setTextOption(option);
+
+    const double limit = wraps ? std::min(*width / scale, longestLine) : longestLine;
+    const double gap = QFontMetricsF(reference).leading();
+    double widest = 0, height = -gap;
+    layout.beginLayout();
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        line.setLineWidth(limit);
+        widest = std::max(widest, line.naturalTextWidth());
+        height += gap + line.ascent() + line.descent();  // its height() would be rounded
+    }
+    layout.endLayout();
+    return {widest * scale, height * scale};
 }
 
 }  // namespace torvel
