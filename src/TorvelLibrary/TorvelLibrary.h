@@ -52,8 +52,8 @@ class TorvelLibrary {
     // Currencies by name, with the symbol by which to find a locale that writes their amounts.
     std::optional<std::map<std::string, std::string>> currencyMap;
     std::optional<double> requestTimeoutInterval;  // seconds
-    /// Hear of every request of the session that is made next. Empty at first; with one, a session without
-    /// trust manager is the library's own instead of the shared default session.
+    // Hear of every request of the session that is made next. Empty at first; with one, a session without
+    // trust manager is the library's own instead of the shared default session.
     std::vector<std::shared_ptr<EventMonitor>> eventMonitors;
 
     // The session, nullptr until the first getAlamofireServiceManager().

@@ -5,17 +5,17 @@
 
 namespace torvel::testing {
 
-/// Enables the library's log, without its dates, and keeps what it writes instead of showing it. What the
-/// process itself writes to standard output meanwhile is kept too. One at a time.
+// Enables the library's log, without its dates, and keeps what it writes instead of showing it. What the
+// process itself writes to standard output meanwhile is kept too. One at a time.
 class CapturedLog {
   public:
     CapturedLog();
-    /// Disables the log and gives standard output back.
+    // Disables the log and gives standard output back.
     ~CapturedLog();
     CapturedLog(const CapturedLog&) = delete;
     CapturedLog& operator=(const CapturedLog&) = delete;
 
-    /// All that was written up to now.
+    // All that was written up to now.
     std::string text() const;
 
   private:

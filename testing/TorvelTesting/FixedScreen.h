@@ -4,8 +4,8 @@
 
 namespace torvel::testing {
 
-/// A screen of a given width for as long as it lives: what dp() and the font catalogue scale to. Needs no
-/// screen toolkit; one that is running sets the width again when its screen changes.
+// A screen of a given width for as long as it lives: what dp() and the font catalogue scale to. Needs no
+// screen toolkit; one that is running sets the width again when its screen changes.
 class FixedScreen {
   public:
     explicit FixedScreen(double widthInPoints) : m_before(ScreenEnvironment::widthInPoints) {

@@ -16,10 +16,10 @@
 
 namespace torvel::testing {
 
-/// A temporary host as a fixture.
+// A temporary host as a fixture.
 class HostFixture : public ::testing::Test, public TemporaryHost {
   protected:
-    /// What `work` writes to the log, without the dates.
+    // What `work` writes to the log, without the dates.
     template <class Work>
     static std::string logOf(Work work) {
         const CapturedLog log;

@@ -11,8 +11,8 @@
 
 namespace torvel::testing {
 
-/// A temporary host whose library talks to a sandbox backend of its own on the loopback interface: over TLS,
-/// pinned to its certificate, with that certificate for sealing. Needs Torvel::Sandbox beside this kit.
+// A temporary host whose library talks to a sandbox backend of its own on the loopback interface: over TLS,
+// pinned to its certificate, with that certificate for sealing. Needs Torvel::Sandbox beside this kit.
 class SandboxHost : public TemporaryHost {
   public:
     explicit SandboxHost(WrapperConfig flavour = WrapperConfig::VelmMoney)
@@ -28,7 +28,7 @@ class SandboxHost : public TemporaryHost {
             .build();
     }
 
-    /// The backend, for what it saw.
+    // The backend, for what it saw.
     const sandbox::Sandbox& backend() const { return *m_sandbox; }
 
   private:

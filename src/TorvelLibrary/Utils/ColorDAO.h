@@ -9,8 +9,8 @@
 
 namespace torvel {
 
-/// Every colour of a theme: its field, its key in a theme file, and what it is when the key is missing. The
-/// two keys with "Cirlce" are deliberate: existing theme files carry them so.
+// Every colour of a theme: its field, its key in a theme file, and what it is when the key is missing. The
+// two keys with "Cirlce" are deliberate: existing theme files carry them so.
 // clang-format off
 #define TORVEL_COLORS(COLOR)                                                                \
     COLOR(primaryColor, "PrimaryColor", "0387D1")                                           \
@@ -33,25 +33,25 @@ namespace torvel {
     COLOR(circleLightBackgroundColor, "CircleLightBackgroundColor", "F9F8FB")
 // clang-format on
 
-/// The colours of a theme as hexadecimal texts, which UIColor::hexString() reads; those of TORVEL_COLORS, the
-/// defaults at first. A value.
+// The colours of a theme as hexadecimal texts, which UIColor::hexString() reads; those of TORVEL_COLORS, the
+// defaults at first. A value.
 class ColorDAO {
   public:
-    /// The record in a theme file's dictionary; keys that are not there leave the default, other keys count
-    /// for nothing. An error when there is no dictionary or when a value under a key is no text.
+    // The record in a theme file's dictionary; keys that are not there leave the default, other keys count
+    // for nothing. An error when there is no dictionary or when a value under a key is no text.
     static Outcome<ColorDAO, PropertyListError> from(const PropertyList& theme);
 
-    /// A colour of the theme, for whoever handles them all.
+    // A colour of the theme, for whoever handles them all.
     struct Field {
-        std::string_view key;          ///< in a theme file
-        std::string_view fallback;     ///< without the key
-        std::string ColorDAO::*color;  ///< the member
+        std::string_view key;          // in a theme file
+        std::string_view fallback;     // without the key
+        std::string ColorDAO::*color;  // the member
     };
-    /// All colours, in the order of the table.
+    // All colours, in the order of the table.
     static std::span<const Field> fields();
 
 #define TORVEL_COLOR(NAME, KEY, FALLBACK) std::string NAME = FALLBACK;
-    /// The colour under the key of the same name, six hexadecimal digits.
+    // The colour under the key of the same name, six hexadecimal digits.
     TORVEL_COLORS(TORVEL_COLOR)
 #undef TORVEL_COLOR
 };

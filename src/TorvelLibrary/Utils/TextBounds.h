@@ -6,13 +6,13 @@
 
 namespace torvel {
 
-/// The height in points of a text that is broken into lines of at most a width, as boundingSize() gives it.
+// The height in points of a text that is broken into lines of at most a width, as boundingSize() gives it.
 inline double height(std::string_view text, double withConstrainedWidth, const UIFont& font) {
     return boundingSize(text, font, withConstrainedWidth).height;
 }
 
-/// The width in points of a text that breaks at line feeds alone. What the height is fixed to does not
-/// matter.
+// The width in points of a text that breaks at line feeds alone. What the height is fixed to does not
+// matter.
 inline double width(std::string_view text, double /*withConstraintedHeight*/, const UIFont& font) {
     return boundingSize(text, font).width;
 }

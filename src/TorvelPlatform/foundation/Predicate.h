@@ -21,16 +21,16 @@ class Predicate {
     // backtracks without end does, is given up, reported to the diagnostics and false.
     bool evaluate(std::string_view with) const;
 
-    /// How a match ended.
+    // How a match ended.
     enum class Verdict {
-        matches,    ///< the whole text
-        differs,    ///< not, and no longer text that begins so does
-        wantsMore,  ///< differs, having looked for more text than there is: a longer one may match
-        gaveUp,     ///< too many steps or too much memory, or the pattern is invalid
+        matches,    // the whole text
+        differs,    // not, and no longer text that begins so does
+        wantsMore,  // differs, having looked for more text than there is: a longer one may match
+        gaveUp,     // too many steps or too much memory, or the pattern is invalid
     };
-    /// What evaluate() finds, in more words and without a report.
+    // What evaluate() finds, in more words and without a report.
     Verdict judge(std::string_view text) const;
-    /// What is wrong with the pattern, and where; absent when it is valid.
+    // What is wrong with the pattern, and where; absent when it is valid.
     std::optional<std::string> fault() const;
 
   private:

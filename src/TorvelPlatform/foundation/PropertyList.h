@@ -20,10 +20,10 @@ struct PropertyListError {
     std::string description;  // the sentence
 };
 
-/// A key of a list's root dictionary, where the file has it.
+// A key of a list's root dictionary, where the file has it.
 struct PropertyListKey {
-    std::string key;  ///< the key itself
-    int line;         ///< from 1
+    std::string key;  // the key itself
+    int line;         // from 1
 };
 
 // A property-list value in any of the platform's forms.

@@ -20,7 +20,7 @@ class StringsTable {
 
     // Valid as long as the table lives; nullptr for an unknown key.
     const std::string* value(std::string_view key) const;
-    /// All of them, in no order.
+    // All of them, in no order.
     const ByText<std::string>& values() const { return m_values; }
     std::size_t size() const { return m_values.size(); }
 

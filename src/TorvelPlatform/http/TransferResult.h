@@ -8,11 +8,11 @@
 
 namespace torvel {
 
-/// How one hop of a request ended: an answer, or an error with what had arrived of one.
+// How one hop of a request ended: an answer, or an error with what had arrived of one.
 struct TransferResult {
-    std::optional<HTTPURLResponse> response;  ///< The head. Always there when there is no error.
-    std::string body;                         ///< Decompressed.
-    std::optional<SessionError> error;        ///< Why there is no whole answer.
+    std::optional<HTTPURLResponse> response;  // The head. Always there when there is no error.
+    std::string body;                         // Decompressed.
+    std::optional<SessionError> error;        // Why there is no whole answer.
 };
 
 }  // namespace torvel

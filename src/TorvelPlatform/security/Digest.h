@@ -4,7 +4,7 @@
 
 namespace torvel {
 
-/// The SHA-256 digest of bytes (FIPS 180-4), 32 bytes. Any thread.
+// The SHA-256 digest of bytes (FIPS 180-4), 32 bytes. Any thread.
 Data sha256(const Data& bytes);
 
 }  // namespace torvel

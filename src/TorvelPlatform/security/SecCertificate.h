@@ -17,7 +17,7 @@ class SecCertificate {
     // From DER bytes; absent when they are not exactly one certificate.
     static std::optional<SecCertificate> createWithData(const Data& der);
 
-    /// The certificates of a PEM text (RFC 7468), in its order; what stands between them is left out.
+    // The certificates of a PEM text (RFC 7468), in its order; what stands between them is left out.
     static std::vector<SecCertificate> createWithPEM(const Data& text);
 
     // The DER encoding.
@@ -26,9 +26,9 @@ class SecCertificate {
     std::optional<SecKey> copyKey() const;
     // The subject on one line, for messages.
     std::string subjectSummary() const;
-    /// The DNS names and IP addresses of the subject alternative names (RFC 5280, 4.2.1.6), in their order.
+    // The DNS names and IP addresses of the subject alternative names (RFC 5280, 4.2.1.6), in their order.
     std::vector<std::string> subjectAlternativeNames() const;
-    /// The last second in which it is valid; absent when the certificate's date is none.
+    // The last second in which it is valid; absent when the certificate's date is none.
     std::optional<std::chrono::sys_seconds> notAfter() const;
 
     // Same DER encoding.

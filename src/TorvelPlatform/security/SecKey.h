@@ -32,11 +32,11 @@ class SecKey {
     Outcome<Data, SecStatus> encrypt(SecPadding padding, std::span<const std::uint8_t> plainText) const;
     // The DER of the SubjectPublicKeyInfo.
     const Data& subjectPublicKeyInfo() const;
-    /// The same as PEM text, the form that createWithData() and pins take.
+    // The same as PEM text, the form that createWithData() and pins take.
     std::string pem() const;
-    /// The algorithm and the size in bits: "RSA 2048", "EC 256".
+    // The algorithm and the size in bits: "RSA 2048", "EC 256".
     std::string description() const;
-    /// The strength in bits by NIST SP 800-57, part 1, 5.6.1: 112 for RSA of 2048 bits, 128 for P-256.
+    // The strength in bits by NIST SP 800-57, part 1, 5.6.1: 112 for RSA of 2048 bits, 128 for P-256.
     int securityBits() const;
 
     // Same algorithm and key bits.

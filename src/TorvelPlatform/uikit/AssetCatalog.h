@@ -10,15 +10,15 @@
 
 namespace torvel {
 
-/// The folder of an asset, "<name>.<type>" ("Brand", "colorset"), in the asset catalogues of a bundle: the
-/// folders "*.xcassets" in its root, and the groups in them. A group counts for nothing unless its
-/// "Contents.json" says that it provides a namespace: the asset's name then is "Group/Brand". Absent when
-/// there is none. A bundle's catalogues are looked through once a process. Any thread.
+// The folder of an asset, "<name>.<type>" ("Brand", "colorset"), in the asset catalogues of a bundle: the
+// folders "*.xcassets" in its root, and the groups in them. A group counts for nothing unless its
+// "Contents.json" says that it provides a namespace: the asset's name then is "Group/Brand". Absent when
+// there is none. A bundle's catalogues are looked through once a process. Any thread.
 std::optional<std::filesystem::path> assetFolder(const Bundle& bundle, std::string_view name,
                                                  std::string_view type);
 
-/// How well an entry of an asset's "Contents.json" suits an appearance, on any device: 0 not at all, 1 as the
-/// one for any appearance, 2 as that one's own.
+// How well an entry of an asset's "Contents.json" suits an appearance, on any device: 0 not at all, 1 as the
+// one for any appearance, 2 as that one's own.
 int appearanceFitness(const JSON& entry, ScreenEnvironment::Style style);
 
 }  // namespace torvel

@@ -18,10 +18,10 @@ class EndpointsHelper {
     // Paths or absolute URLs by identifier.
     using Dictionary = ByText<std::string>;
 
-    /// Looks an identifier up, which must match a key exactly. The type that is asked for decides what an
-    /// unknown one gives:
-    ///   getEndPoint<std::optional<std::string>>("login")  absent
-    ///   getEndPoint<std::string>("login")                 the identifier itself
+    // Looks an identifier up, which must match a key exactly. The type that is asked for decides what an
+    // unknown one gives:
+    //   getEndPoint<std::optional<std::string>>("login")  absent
+    //   getEndPoint<std::string>("login")                 the identifier itself
     template <class Text>
     static Text getEndPoint(std::string_view endpointId) = delete;
 

@@ -4,11 +4,11 @@ namespace torvel {
 
 class UIViewController;
 
-/// The application as a whole.
+// The application as a whole.
 struct UIApplication {
-    /// The screen that the user sees: from a navigation controller on to its visible screen, from a tab-bar
-    /// controller on to its selected one, as far as there is one. nullptr for nullptr, and for a navigation
-    /// controller without screens.
+    // The screen that the user sees: from a navigation controller on to its visible screen, from a tab-bar
+    // controller on to its selected one, as far as there is one. nullptr for nullptr, and for a navigation
+    // controller without screens.
     static UIViewController* getTopViewController(UIViewController* base);
 };
 

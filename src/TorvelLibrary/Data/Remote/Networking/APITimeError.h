@@ -19,7 +19,7 @@ struct DecodingError {
 // {"message": text, "errorCode": text, "receivedResponse": base64 (optional)}.
 class APITimeError : public Decodable {
   public:
-    /// `failure` is the pipeline's; a record of a server's has none.
+    // `failure` is the pipeline's; a record of a server's has none.
     APITimeError(std::string localizedDescription, std::string errorCodeInResponse,
                  std::optional<Data> receivedDataInResponse,
                  std::optional<SessionError> failure = std::nullopt)
@@ -37,9 +37,9 @@ class APITimeError : public Decodable {
     const std::string& errorCodeInResponse() const { return m_errorCodeInResponse; }
     // The body as received, absent when there was none.
     const std::optional<Data>& receivedDataInResponse() const { return m_receivedDataInResponse; }
-    /// What failed, to decide by: the kind, the phase of a time-out, the reason of a refused server, and
-    /// whether the request may have been sent. Its sentence may differ from the record's. Present in every
-    /// record that onError receives; absent in one that was decoded.
+    // What failed, to decide by: the kind, the phase of a time-out, the reason of a refused server, and
+    // whether the request may have been sent. Its sentence may differ from the record's. Present in every
+    // record that onError receives; absent in one that was decoded.
     const std::optional<SessionError>& failure() const { return m_failure; }
 
   private:
