@@ -3,6 +3,7 @@
 #include "TorvelPlatform/defaults/PropertyCoding.h"
 
 #include <cstring>
+#include <new>
 
 #include <sodium.h>
 
@@ -26,13 +27,13 @@ std::string associatedData(char what, const StoreID& store, std::string_view tag
 }
 
 template <std::size_t Size>
-void deriveKey(SecretBytes<Size>& key, std::uint64_t number, const RootKey& root) {
+void deriveKey(std::array<std::uint8_t, Size>& key, std::uint64_t number, const RootKey& root) {
     crypto_kdf_derive_from_key(key.data(), key.size(), number, "storekey", root.data());
 }
 
 using Digest = std::array<std::uint8_t, crypto_shorthash_siphashx24_BYTES>;
 
-Digest digestOf(std::string_view bytes, const SecretBytes<16>& key) {
+Digest digestOf(std::string_view bytes, const std::array<std::uint8_t, 16>& key) {
     Digest digest;
     crypto_shorthash_siphashx24(digest.data(), bytesOf(bytes), bytes.size(), key.data());
     return digest;
@@ -55,16 +56,19 @@ Outcome<Content, StoreStatus> fromImage(std::string_view image) {
 
 }  // namespace
 
-StoreSealer::StoreSealer(const RootKey& root, const StoreID& store) : m_store(store) {
-    deriveKey(m_contents, 1, root);
-    deriveKey(m_names, 2, root);
-    deriveKey(m_digests, 3, root);
+StoreSealer::StoreSealer(const RootKey& root, const StoreID& store)
+    : m_store(store), m_keys(static_cast<Keys*>(sodium_malloc(sizeof(Keys))), sodium_free) {
+    if (!m_keys) throw std::bad_alloc();
+    deriveKey(m_keys->contents, 1, root);
+    deriveKey(m_keys->names, 2, root);
+    deriveKey(m_keys->digests, 3, root);
     deriveKey(m_keyID, 4, root);
 }
 
 std::string StoreSealer::tag(std::string_view key) const {
     std::string tag(16, '\0');
-    crypto_generichash(bytesOf(tag), tag.size(), bytesOf(key), key.size(), m_names.data(), m_names.size());
+    crypto_generichash(bytesOf(tag), tag.size(), bytesOf(key), key.size(), m_keys->names.data(),
+                       m_keys->names.size());
     return tag;
 }
 
@@ -75,7 +79,7 @@ std::string StoreSealer::sealBytes(char what, std::string_view tag, std::string_
     const std::string bound = associatedData(what, m_store, tag);
     crypto_aead_xchacha20poly1305_ietf_encrypt(nonce + nonceSize, nullptr, bytesOf(plain), plain.size(),
                                                bytesOf(bound), bound.size(), nullptr, nonce,
-                                               m_contents.data());
+                                               m_keys->contents.data());
     return sealed;
 }
 
@@ -89,7 +93,7 @@ Outcome<std::string, StoreStatus> StoreSealer::openBytes(char what, std::string_
     const std::string bound = associatedData(what, m_store, tag);
     if (crypto_aead_xchacha20poly1305_ietf_decrypt(bytesOf(plain), nullptr, nullptr, bytesOf(cipherText),
                                                    cipherText.size(), bytesOf(bound), bound.size(),
-                                                   bytesOf(sealed) + 1, m_contents.data()) != 0)
+                                                   bytesOf(sealed) + 1, m_keys->contents.data()) != 0)
         return StoreStatus::damaged;
     return plain;
 }
@@ -145,13 +149,13 @@ bool StoreSealer::isOwnSummary(std::string_view sealed) const {
 
 // Exclusive or of keyed digests: nobody without the key can choose entries that add up alike.
 void StoreSealer::toggle(BucketSum& bucket, std::string_view tag, std::string_view sealed) const {
-    const Digest digest = digestOf(std::string(tag).append(sealed), m_digests);
+    const Digest digest = digestOf(std::string(tag).append(sealed), m_keys->digests);
     for (std::size_t i = 0; i < bucket.sum.size(); ++i) bucket.sum[i] ^= digest[i];
 }
 
 std::string StoreSealer::sealSequence(std::uint64_t sequence) const {
     const std::string bytes(imageOf(sequence));
-    const Digest check = digestOf(bytes, m_digests);
+    const Digest check = digestOf(bytes, m_keys->digests);
     return std::string(bytes).append(check.begin(), check.end()).append(bytes);
 }
 

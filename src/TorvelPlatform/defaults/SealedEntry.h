@@ -5,6 +5,8 @@
 #include "TorvelPlatform/defaults/StoreStatus.h"
 #include "TorvelPlatform/foundation/Outcome.h"
 
+#include <array>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -73,9 +75,13 @@ class StoreSealer {
                                                 std::string_view sealed) const;
 
     StoreID m_store;
-    SecretBytes<32> m_contents, m_names;
-    SecretBytes<16> m_digests;
-    SecretBytes<16> m_keyID;  // public, by which data tells its key
+    // In locked memory that stays out of core dumps.
+    struct Keys {
+        std::array<std::uint8_t, 32> contents, names;
+        std::array<std::uint8_t, 16> digests;
+    };
+    std::shared_ptr<Keys> m_keys;
+    std::array<std::uint8_t, 16> m_keyID;  // public, by which data tells its key
 };
 
 }  // namespace torvel

@@ -53,14 +53,14 @@ URLRequest EncryptRequestInterceptor::wrapRequest(URLRequest& request) {
     }
     const std::optional<SecKey> publicKey = PEMUtils::getSecKey();
     if (!publicKey) return request;
-    const std::string keyText = encryptedKeyText(m_aesKey, *publicKey);
+    const std::string keyText = encryptedKeyText(m_aesKey.text(), *publicKey);
     if (!request.httpBody) {
         URLRequest keyed = request;
         keyed.headers.add("RequestKey", keyText);  // by this name in every flavour
         return keyed;
     }
 
-    const std::string cipher = encryptedBody(*request.httpBody, m_aesKey);
+    const std::string cipher = encryptedBody(*request.httpBody, m_aesKey.text());
     constexpr std::size_t ivSize = 16;  // ASCII letters and digits
     const std::string_view iv = std::string_view(cipher).substr(0, ivSize);
     // Deliberate: every occurrence of the IV text goes, not only the leading one. Servers get what remains.

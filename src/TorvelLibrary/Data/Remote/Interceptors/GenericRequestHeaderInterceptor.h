@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TorvelLibrary/Data/Remote/Networking/RequestWrapper.h"
+#include "TorvelLibrary/crypto/SecretText.h"
 
 #include <string>
 
@@ -20,7 +21,7 @@ class EncryptRequestInterceptor final : public RequestWrapper {
     URLRequest wrapRequest(URLRequest& request) override;
 
   private:
-    std::string m_aesKey;
+    SecretText m_aesKey;
 };
 
 }  // namespace torvel

@@ -40,7 +40,7 @@ Data DecryptResponseInterceptor::parseResponse(Data data) {
     if (!dataMember) return data;  // an answer in the clear
     const std::string_view dataText = requiredText(dataMember, names.responseData);
     const std::string_view ivText = requiredText(root.member(names.responseIv), names.responseIv);
-    auto plain = DecryptResponse(m_aesKey).decryptResponse(dataText, ivText);
+    auto plain = DecryptResponse(m_aesKey.text()).decryptResponse(dataText, ivText);
     return plain ? Data(std::move(*plain)) : std::move(data);
 }
 

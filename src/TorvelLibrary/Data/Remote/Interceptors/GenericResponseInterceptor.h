@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TorvelLibrary/Data/Remote/Networking/ResponseParser.h"
+#include "TorvelLibrary/crypto/SecretText.h"
 
 #include <string>
 
@@ -17,7 +18,7 @@ class DecryptResponseInterceptor final : public ResponseParser {
     Data parseResponse(Data data) override;
 
   private:
-    std::string m_aesKey;
+    SecretText m_aesKey;
 };
 
 }  // namespace torvel

@@ -6,17 +6,17 @@
 
 namespace torvel {
 
-DecryptResponse::DecryptResponse() {
+DecryptResponse::DecryptResponse() : m_aesKey({}) {
     fatalError("Use of unimplemented initializer 'init()' for class 'TorvelLibrary.DecryptResponse'");
 }
 
 std::optional<std::string> DecryptResponse::decryptResponse(std::string_view responseData,
                                                             std::string_view responseIV) const {
-    LogUtils::d(m_aesKey, {"Data/Remote/Interceptors/Utils/DecryptResponse",
-                           "decryptResponse(responseData:responseIV:)"});
+    LogUtils::d(m_aesKey.text(), {"Data/Remote/Interceptors/Utils/DecryptResponse",
+                                  "decryptResponse(responseData:responseIV:)"});
     std::string joined;
     joined.reserve(responseIV.size() + responseData.size());
-    return AES256CBC::decryptString(joined.append(responseIV).append(responseData), m_aesKey);
+    return AES256CBC::decryptString(joined.append(responseIV).append(responseData), m_aesKey.text());
 }
 
 }  // namespace torvel

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TorvelLibrary/crypto/SecretText.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,7 +22,7 @@ class DecryptResponse {
                                                std::string_view responseIV) const;
 
   private:
-    std::string m_aesKey;
+    SecretText m_aesKey;
 };
 
 }  // namespace torvel
