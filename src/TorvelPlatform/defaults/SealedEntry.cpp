@@ -56,8 +56,9 @@ Outcome<Content, StoreStatus> fromImage(std::string_view image) {
 
 }  // namespace
 
-StoreSealer::StoreSealer(const RootKey& root, const StoreID& store)
-    : m_store(store), m_keys(static_cast<Keys*>(sodium_malloc(sizeof(Keys))), sodium_free) {
+StoreSealer::StoreSealer(const RootKey& root, const StoreID& store) : m_store(store) {
+    if (sodium_init() < 0) throw std::bad_alloc();  // has to come before its first memory
+    m_keys.reset(static_cast<Keys*>(sodium_malloc(sizeof(Keys))), sodium_free);
     if (!m_keys) throw std::bad_alloc();
     deriveKey(m_keys->contents, 1, root);
     deriveKey(m_keys->names, 2, root);

@@ -103,7 +103,10 @@ TEST(Cancel, OfAllReachesEverySessionAndNoLaterRequest) {
     std::shared_ptr<Observed> later;
     const auto third = start(kept, silent.url(), [&] { later = start(kept, answering.url()); });
     Session::cancelAllRequests();
-    DispatchQueue::main().runUntil([&] { return later && later->completions > 0; }, std::chrono::seconds(60));
+    const auto haveEnded = [&] {
+        return first->completions + second->completions + third->completions == 3 && later->completions > 0;
+    };
+    DispatchQueue::main().runUntil(haveEnded, std::chrono::seconds(60));
     for (const auto& seen : {first, second, third}) EXPECT_EQ(seen->response.error->kind, Kind::cancelled);
     EXPECT_FALSE(later->response.error);
 }
