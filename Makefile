@@ -54,7 +54,7 @@ test:
 # A folder of its own for either: the prefix is built in, and the packages' is /usr.
 install:
 	tools/install-deps core ui package
-	cmake --preset release -B build-install -DCMAKE_INSTALL_PREFIX=$(abspath $(PREFIX)) -DTORVEL_UI=ON -DTORVEL_TESTING=ON -DTORVEL_WERROR=$(WERROR)
+	cmake --preset release -B build-install -DCMAKE_INSTALL_PREFIX="$$(realpath -m "$(PREFIX)")" -DTORVEL_UI=ON -DTORVEL_TESTING=ON -DTORVEL_WERROR=$(WERROR)
 	cmake --build build-install
 	cmake --install build-install
 
