@@ -209,6 +209,7 @@ StoreStatus StoreEngine::checkBucket(std::string_view tag) {
 Outcome<std::optional<PropertyValue>, StoreStatus> StoreEngine::find(std::string_view key) {
     const auto mark = changeMark();  // before the reading: what it does not show is read once more
     auto& [sealer, database, ledger, cache] = *m_open;
+    if (!mark && database->hasMoved()) return StoreStatus::rolledBack;  // and try again with the new file
     std::string tag = sealer.tag(key);
     auto sealed = database->find(tag);
     if (!sealed) return sealed.error();
@@ -253,7 +254,10 @@ StoreStatus StoreEngine::change(std::string_view key, const std::optional<std::s
 StoreStatus StoreEngine::commit(Database::Transaction& transaction, std::uint64_t sequence) {
     StoreStatus status = m_files.announce(sequence);
     if (status == StoreStatus::ok) status = transaction.commit();
-    if (status == StoreStatus::ok) m_files.setLastSequence(m_open->sealer.sealSequence(sequence));
+    if (status == StoreStatus::ok) m_files.tell(m_open->sealer.sealSequence(sequence));
+    // Another file where somebody removed the one that was mapped, in which this write does not show.
+    m_mapping = m_files.mapLastSequence(m_mapping);
+    m_sequence = m_mapping.page;
     return status;
 }
 

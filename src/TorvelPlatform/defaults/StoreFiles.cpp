@@ -110,6 +110,10 @@ StoreStatus StoreFiles::announce(std::uint64_t sequence) const {
     return isDone ? StoreStatus::ok : statusOfSystemError(errno);
 }
 
+void StoreFiles::tell(std::string_view sealed) const {
+    writeLast(sealed.data(), offsetof(SequencePage, announced), 0);
+}
+
 StoreFiles::Mapping StoreFiles::mapLastSequence(const Mapping& before) const {
     const Descriptor opened(::open(m_last.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
     struct stat status {};

@@ -55,6 +55,8 @@ class StoreFiles {
     void setLastSequence(std::string_view sealed) const;
     // Under the database's lock for writing, before the write is made: without it others might miss it.
     StoreStatus announce(std::uint64_t sequence) const;
+    // After the write was made. The announcement stays: it may be another's by now.
+    void tell(std::string_view sealed) const;
     // nullptr when there is none. The page that was mapped before is kept where it is still that of the file.
     struct Mapping {
         const SequencePage* page = nullptr;

@@ -1,4 +1,5 @@
 #include "TorvelPlatform/defaults/SealedEntry.h"
+#include "TorvelPlatform/defaults/StoreFiles.h"
 #include "TorvelPlatform/foundation/Diagnostics.h"
 #include "support/StoreTest.h"
 
@@ -34,6 +35,7 @@ class StoreDamageTest : public testing::StoreTest {
     fs::path folder() const { return data() / "test-host/store" / hexadecimal(id); }
     fs::path database() const { return folder() / "entries.db"; }
     fs::path log() const { return folder() / "entries.db-wal"; }
+    fs::path last() const { return fs::path(key()).replace_extension(".last"); }
     fs::path key() const { return state() / "test-host/keys" / (hexadecimal(id) + ".key"); }
 
     void fill() const {
@@ -291,6 +293,35 @@ TEST_F(StoreDamageTest, GoesOnBesideTheDamage) {
     EXPECT_EQ(SecureDefaults::removePersistentDomain("test-host"), StoreStatus::ok);
     EXPECT_EQ(readText(store, "a"), "-");
     EXPECT_EQ(store.verify().status, StoreStatus::ok);
+}
+
+// What a process keeps of an open store shows no longer once its files are others.
+TEST_F(StoreDamageTest, NothingOldShowsInAnOpenStore) {
+    fill();
+    const SecureDefaults store = SecureDefaults::shared();
+    EXPECT_EQ(readText(store, "a"), "first");
+    fs::remove(last());
+    EXPECT_EQ(store.set("a", "anew"), StoreStatus::ok);
+    EXPECT_EQ(readText(store, "a"), "anew");
+
+    // A process is late in telling of its write, when another has announced the next one.
+    const auto root = loadKeyFile(key());
+    ASSERT_TRUE(root.ok());
+    const StoreSealer sealer(root.value(), id);
+    const StoreFiles files(id);
+    const std::uint64_t sequence = sealer.openSequence(files.lastSequence()).value_or(0);
+    EXPECT_TRUE(store.changeMark());
+    EXPECT_EQ(files.announce(sequence + 1), StoreStatus::ok);
+    files.tell(sealer.sealSequence(sequence));
+    EXPECT_FALSE(store.changeMark());
+    files.tell(sealer.sealSequence(sequence + 1));
+    EXPECT_TRUE(store.changeMark());
+    files.setLastSequence(sealer.sealSequence(sequence));
+
+    // Another process moved the store aside without having been able to write to it.
+    files.retireLastSequence();
+    EXPECT_EQ(files.moveAside(), StoreStatus::ok);
+    EXPECT_NE(readText(store, "a"), "anew");
 }
 
 // Anywhere in the files: no value is ever wrong or plainly absent, and nothing is wrong without being told.
