@@ -8,7 +8,6 @@
 #include "TorvelPlatform/foundation/StringsTable.h"
 
 #include <atomic>
-#include <vector>
 
 namespace torvel {
 namespace {
@@ -23,27 +22,31 @@ Guarded<std::string>& defaultAppLanguage() {
 
 constexpr std::string_view languagesKey = "AppleLanguages";
 
-// The stored languages, the one in force first. Always in the shared store: a host that sets a default suite
-// later would otherwise lose its users' language.
-std::vector<std::string> appleLanguages() {
+// The code of the stored language, absent when there is none, under the mark that it was read at; without a
+// mark it is not to be kept.
+struct StoredLanguage {
+    std::optional<SecureDefaults::ChangeMark> mark;
+    std::optional<std::string> code;
+};
+
+// Always from the shared store: a host that sets a default suite later would otherwise lose its users'
+// language.
+StoredLanguage readLanguage() {
     const auto store = sharedStore();
-    const auto value = store ? store->object(languagesKey) : std::nullopt;
-    auto languages = value ? value->stringArrayValue() : std::nullopt;
-    return std::move(languages).value_or(std::vector<std::string>());
+    if (!store) return {};
+    const auto mark = store->changeMark();  // before the reading: a write in between is read once more
+    const auto outcome = store->read(languagesKey);
+    if (!outcome) return {};  // which may pass
+    const auto languages = outcome.value() ? outcome.value()->stringArrayValue() : std::nullopt;
+    if (!languages || languages->empty()) return {mark, std::nullopt};
+    return {mark, languages->front().substr(0, languages->front().find('-'))};
 }
 
-// The code of the language in force, absent when none was stored. It is asked for with every text, so each
-// thread keeps what it read until the store changes.
-const std::optional<std::string>& storedLanguage() {
-    thread_local std::optional<SecureDefaults::ChangeMark> seen;
-    thread_local std::optional<std::string> language;
-    const std::optional<SecureDefaults::ChangeMark> mark = SecureDefaults::shared().changeMark();
-    if (mark && mark == seen) return language;
-    const std::vector<std::string> languages = appleLanguages();
-    language.reset();
-    if (!languages.empty()) language = languages.front().substr(0, languages.front().find('-'));
-    seen = mark;  // taken before the reading: a write in between is read once more
-    return language;
+// It is asked for with every text, so each thread keeps what it read until the store changes.
+const StoredLanguage& storedLanguage() {
+    thread_local StoredLanguage last;
+    if (!last.mark || last.mark != SecureDefaults::shared().changeMark()) last = readLanguage();
+    return last;
 }
 
 std::optional<Bundle> languageFolder(const Bundle& bundle, std::string_view current,
@@ -68,7 +71,7 @@ struct Tables {
 };
 
 Tables findTables(const Bundle& bundle, std::string_view table) {
-    const auto mark = SecureDefaults::shared().changeMark();  // these two before what they tell of
+    const auto mark = storedLanguage().mark;  // these two before what they tell of
     const unsigned defaultChanges = defaultAppLanguageChanges;
     const bool isConfiguration = table == Constants::configurationsTable;
     const std::string current = isConfiguration ? "en" : LocaleHelper::currentAppleLanguage();
@@ -103,7 +106,7 @@ void LocaleHelper::doTheSwizzling() {
 }
 
 std::string LocaleHelper::currentAppleLanguage() {
-    const std::optional<std::string>& stored = storedLanguage();
+    const std::optional<std::string>& stored = storedLanguage().code;
     return stored ? *stored : getDefaultAppLanguage();
 }
 
