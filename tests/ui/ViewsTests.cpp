@@ -196,5 +196,27 @@ TEST_F(ViewsTest, ContainersShowTheirScreensAndBars) {
     EXPECT_EQ(home->themes + more->themes, 2);
 }
 
+class PopsItself : public UIViewController {
+  public:
+    void viewDidLoad() override { navigationController()->popViewController(); }
+};
+
+TEST_F(ViewsTest, AScreenMayTakeItselfOffWhileItIsLoaded) {
+    const auto home = make();
+    const auto navigation = make<UINavigationController>(home);
+    navigation->view();
+    navigation->pushViewController(std::make_shared<PopsItself>());
+    EXPECT_EQ(navigation->visibleViewController(), home.get());
+}
+
+TEST_F(ViewsTest, ADirectionOfTheHostsOwnHoldsForLaterChildren) {
+    QWidget view;
+    view.show();
+    view.setLayoutDirection(Qt::RightToLeft);
+    auto* const child = new QLabel(&view);
+    child->show();
+    EXPECT_EQ(child->layoutDirection(), Qt::RightToLeft);
+}
+
 }  // namespace
 }  // namespace torvel

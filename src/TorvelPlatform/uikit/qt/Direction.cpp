@@ -24,11 +24,12 @@ void takeDirection(QWidget& view) {
     const bool isMirrored = ScreenEnvironment::direction == ScreenEnvironment::Direction::rightToLeft;
     const Qt::LayoutDirection direction = isMirrored ? Qt::RightToLeft : Qt::LeftToRight;
     if (const QWidget* const decisive = decisiveView(view)) {
-        const bool isOurs = decisive->property(mark).isValid();
+        const QVariant taken = decisive->property(mark);
+        const bool isOurs = taken.isValid() && taken.toInt() == decisive->layoutDirection();
         if (!isOurs || decisive == &view || decisive->layoutDirection() == direction) return;
     }
     view.setLayoutDirection(direction);
-    view.setProperty(mark, true);
+    view.setProperty(mark, static_cast<int>(direction));
 }
 
 }  // namespace torvel

@@ -111,9 +111,12 @@ void UINavigationController::childrenDidChange() {
     if (isViewLoaded()) showTop();
 }
 
-// A screen may push another one while its view is loaded.
+// A screen may push another one while its view is loaded, or take itself off, together with its last owner.
 void UINavigationController::showTop() {
-    if (UIViewController* const top = visibleViewController()) top->view();
+    while (visibleViewController() != nullptr && !visibleViewController()->isViewLoaded()) {
+        const std::shared_ptr<UIViewController> top = children().back();
+        top->view();
+    }
     m_parts->screens->show(visibleViewController(), children());
     showBar();
 }

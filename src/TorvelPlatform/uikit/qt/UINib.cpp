@@ -23,6 +23,7 @@ class Loader final : public QUiLoader {
         const auto found = factories().find(className.toStdString());
         if (found == factories().end()) return QUiLoader::createWidget(className, parent, name);
         QWidget* const view = found->second();
+        if (view == nullptr) return nullptr;
         view->setParent(parent);
         view->setObjectName(name);
         return view;

@@ -89,9 +89,12 @@ void UITabBarController::childrenDidChange() {
     if (isViewLoaded()) showSelected();
 }
 
-// A screen may select another one while its view is loaded.
+// A screen may select another one while its view is loaded, or have the screens replaced, itself too.
 void UITabBarController::showSelected() {
-    if (m_selected != nullptr) m_selected->view();
+    while (m_selected != nullptr && !m_selected->isViewLoaded()) {
+        const std::shared_ptr<UIViewController> selected = children()[*selectedIndex()];
+        selected->view();
+    }
     m_parts->screens->show(m_selected, children());
     showBar();
 }
