@@ -196,6 +196,23 @@ TEST_F(ViewsTest, ContainersShowTheirScreensAndBars) {
     EXPECT_EQ(home->themes + more->themes, 2);
 }
 
+class Nest : public QLabel {
+  public:
+    Nest() { UINib("Inner", Bundle::main()).instantiate().release()->setParent(this); }
+};
+
+TEST_F(ViewsTest, AViewMayLoadAFileOfItsOwnWhileOneIsLoaded) {
+    UINib::registerView("Nest", [] { return new Nest; });
+    addResource("Inner.ui", R"(<ui version="4.0"><widget class="QWidget" name="inner"/></ui>)");
+    addResource("LoginScreen.ui", R"(<ui version="4.0"><widget class="QWidget" name="LoginScreen">
+        <widget class="QLabel" name="label"><property name="buddy"><cstring>field</cstring></property></widget>
+        <widget class="Nest" name="nest"/><widget class="QLineEdit" name="field"/></widget></ui>)");
+    const auto screen = instantiate<LoginScreen>();
+    const auto* const label = screen->view()->findChild<QLabel*>("label");
+    ASSERT_NE(label, nullptr);
+    EXPECT_NE(label->buddy(), nullptr);
+}
+
 class PopsItself : public UIViewController {
   public:
     void viewDidLoad() override { navigationController()->popViewController(); }

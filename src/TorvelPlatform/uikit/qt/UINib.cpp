@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QUiLoader>
 #include <QWidget>
+#include <memory>
 
 namespace torvel {
 namespace {
@@ -32,16 +33,30 @@ class Loader final : public QUiLoader {
 
 // A loader opens every plug-in of the design tool that it finds, half a second of them. There are none in no
 // folder.
-Loader& loader() {
-    static auto& instance = *[] {
-        const QStringList paths = QCoreApplication::libraryPaths();
-        QCoreApplication::setLibraryPaths({});
-        auto* const made = new Loader;
-        QCoreApplication::setLibraryPaths(paths);
-        return made;
-    }();
-    return instance;
+std::unique_ptr<Loader> makeLoader() {
+    const QStringList paths = QCoreApplication::libraryPaths();
+    QCoreApplication::setLibraryPaths({});
+    auto made = std::make_unique<Loader>();
+    QCoreApplication::setLibraryPaths(paths);
+    return made;
 }
+
+// A loader serves one file at a time: a view that loads a file of its own while one is loaded gets another.
+class LoaderInUse {
+  public:
+    LoaderInUse() : m_loader(spare() ? std::move(spare()) : makeLoader()) {}
+    ~LoaderInUse() { spare() = std::move(m_loader); }
+    LoaderInUse(const LoaderInUse&) = delete;
+    LoaderInUse& operator=(const LoaderInUse&) = delete;
+    Loader* operator->() const { return m_loader.get(); }
+
+  private:
+    static std::unique_ptr<Loader>& spare() {
+        static auto& loader = *new std::unique_ptr<Loader>;
+        return loader;
+    }
+    std::unique_ptr<Loader> m_loader;
+};
 
 }  // namespace
 
@@ -53,11 +68,12 @@ std::unique_ptr<UIView> UINib::instantiate() const {
         return nullptr;
     }
     QFile file(QString::fromStdString(*path));
+    const LoaderInUse loader;
     if (file.open(QFile::ReadOnly)) {
-        loader().setWorkingDirectory(QFileInfo(file).dir());  // where the file's own file names start
-        if (QWidget* const view = loader().load(&file)) return std::unique_ptr<UIView>(view);
+        loader->setWorkingDirectory(QFileInfo(file).dir());  // where the file's own file names start
+        if (QWidget* const view = loader->load(&file)) return std::unique_ptr<UIView>(view);
     }
-    const QString reason = file.error() ? file.errorString() : loader().errorString();
+    const QString reason = file.error() ? file.errorString() : loader->errorString();
     reportDiagnostic("The interface file \"" + *path + "\" cannot be used: " + reason.toStdString());
     return nullptr;
 }
