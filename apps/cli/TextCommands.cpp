@@ -157,7 +157,7 @@ const Command amountCommand = {
     "amount",
     "write an amount as a screen shows it",
     "For instance:\n\n"
-    "  torvel amount 1234.567 --currency £ --decimals\n"
+    "  torvel amount 1234.567 --currency € --decimals\n"
     "  torvel amount -- -5",
     amountOptions,
     amount,

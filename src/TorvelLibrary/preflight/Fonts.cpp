@@ -60,6 +60,7 @@ class Fonts {
         const std::string second = m_default + std::string(suffix);
         const std::string logged = "an error is logged and ";
         if (second != file && faceIn(second)) return logged + "the face of " + nameOf(second) + " is used";
+        if (second == file) return logged + "the system's font is used";
         return logged + "the system's font is used, for " + nameOf(second) + " gives none either";
     }
 
