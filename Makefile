@@ -7,7 +7,7 @@ SECONDS ?= 60
 MINUTES ?= 15
 PREFIX  ?= /usr/local
 BENCHES = bench-cipher bench-network bench-store bench-text bench-images bench-startup
-.PHONY: help demo gallery build test install package docs core format check asan tsan fuzz soak coverage bench $(BENCHES) clean
+.PHONY: help demo gallery build test install package docs core format check asan tsan fuzz soak coverage bench benchmarks $(BENCHES) clean
 
 help:
 	@echo "make demo     build the command-line tool and watch encrypted requests run over pinned TLS"
@@ -86,10 +86,12 @@ fuzz:
 	cmake --build build-fuzz
 	tools/fuzz $(SECONDS)
 
-bench:
+benchmarks:
 	tools/install-deps core ui bench
 	cmake --preset bench >/dev/null
 	cmake --build build-bench --target benchmarks
+
+bench: benchmarks
 	tools/bench
 
 $(BENCHES): bench-%:

@@ -52,9 +52,9 @@ class Rounds {
 
 struct Pace {
     Clock clock = Clock::thread;
-    std::function<double()> ownClock = {};  // in seconds, instead of the clock
     std::size_t rounds = 11;                // at least 7
     double turn = 0.004;                    // seconds that a side runs in a round, about
+    std::function<double()> ownClock = {};  // in seconds, instead of the clock
 };
 
 // Finds out how often a side must run to fill a turn, which also warms it, and then runs the rounds.

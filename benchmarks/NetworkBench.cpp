@@ -62,9 +62,9 @@ struct Case {
 // nothing else to do is what client and server take together.
 template <class Server>
 Pace together(const Server& server) {
-    return {.ownClock = [&server] { return seconds(Clock::process) + server.seconds(); },
-            .rounds = 15,
-            .turn = 0.06};
+    return {.rounds = 15, .turn = 0.06, .ownClock = [&server] {
+                return seconds(Clock::process) + server.seconds();
+            }};
 }
 
 struct Peer {

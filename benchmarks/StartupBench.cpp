@@ -59,7 +59,7 @@ struct Program {
 void compare(Report& report, const std::string& name, const Program& ours, const Program& peer, double bound,
              const std::function<double()>& clock) {
     const Rounds rounds =
-        takeTurns({ours.start, peer.start}, {.ownClock = clock, .rounds = 21, .turn = 0.03});
+        takeTurns({ours.start, peer.start}, {.rounds = 21, .turn = 0.03, .ownClock = clock});
     report.time(name, ours.name, rounds.time(0));
     report.time(name, peer.name, rounds.time(1));
     report.atMost(name, rounds.ratio(0, 1), bound);

@@ -19,7 +19,7 @@ int main(int count, char** arguments) {
         DispatchQueue::main().run();
     }
     LocaleHelper::doTheSwizzling();
-    const std::string endpoint = EndpointsHelper::getEndPoint("login");
+    const std::string endpoint = EndpointsHelper::getEndPoint<std::string>("login");
     const std::string text = getLocalisedValue("greeting", Bundle::main(), "Localizable");
     const bool good = endpoint == "v1/login" && text == "Hello" && TorvelConfigurations::pinLength() == 5;
     _exit(good ? 0 : 1);

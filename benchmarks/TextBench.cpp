@@ -120,11 +120,11 @@ void measureLookUps(Report& report, const Folder& folder) {
                      }});
     measure(report, {"endpoint", 2, true, {100, 100'000}, [&](std::size_t size) {
                          folder.write("EndpointsConfig.plist", endpointsOf(size));
-                         EndpointsHelper::getEndPoint("");
+                         EndpointsHelper::getEndPoint<std::string>("");
                          EndpointsHelper::instance()->loadAppEndPoints();
                          return [](const std::vector<std::string>& keys) {
                              return askingFor(keys, [](std::string_view key) {
-                                 return std::string(EndpointsHelper::getEndPoint(key));
+                                 return EndpointsHelper::getEndPoint<std::string>(key);
                              });
                          };
                      }});
