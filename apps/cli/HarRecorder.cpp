@@ -117,8 +117,8 @@ Json timingsOf(const HopMetrics& hop) {
     };
     const std::optional<double> connected = hop.secured ? hop.secured : hop.connected;
     const double sending = hop.sending.value_or(hop.end), firstByte = hop.firstByte.value_or(hop.end);
-    return {{"blocked", hop.nameLookedUp ? 0.0 : sending * 1000},
-            {"dns", between(0.0, hop.nameLookedUp)},
+    return {{"blocked", (hop.nameLookedUp ? hop.queued : sending) * 1000},
+            {"dns", between(hop.queued, hop.nameLookedUp)},
             {"connect", between(hop.nameLookedUp, connected)},
             {"ssl", between(hop.connected, hop.secured)},
             {"send", 0.0},

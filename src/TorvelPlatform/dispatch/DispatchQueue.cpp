@@ -74,7 +74,8 @@ struct DispatchQueue::State {
     std::mutex mutex;
     std::vector<Work> waiting;  // guarded by mutex, as is all below unless said otherwise
 
-    // The main queue's. The signal is raised exactly while items wait: both change under the mutex.
+    // The main queue's. The signal is raised once by who ended the queue's emptiness, and taken by who brings
+    // it back. It is raised outside the mutex: the woken thread may run at once and want that.
     std::optional<Signal> signal;
     bool signalTaken = false;    // run() has read the signal, the items still wait
     bool draining = false;       // draining thread only
@@ -93,10 +94,12 @@ struct DispatchQueue::State {
 
 template <class Append>
 void DispatchQueue::State::post(Append append) {
-    const std::lock_guard lock(mutex);
-    const bool wasEmpty = waiting.empty();
-    append(waiting);
-    if (!wasEmpty || waiting.empty()) return;
+    {
+        const std::lock_guard lock(mutex);
+        const bool wasEmpty = waiting.empty();
+        append(waiting);
+        if (!wasEmpty || waiting.empty()) return;
+    }
     if (signal) {
         signal->raise();
     } else {

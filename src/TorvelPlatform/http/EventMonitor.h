@@ -19,6 +19,7 @@ struct DataResponse;
 struct HopMetrics {
     // When the session turned to it.
     std::chrono::system_clock::time_point start = std::chrono::system_clock::now();
+    double queued = 0;                   // It left the queue for one of the host's connections.
     std::optional<double> nameLookedUp;  // The host's addresses were known.
     std::optional<double> connected;     // The TCP connection stood.
     std::optional<double> secured;       // The TLS handshake was over.

@@ -8,11 +8,6 @@
 namespace torvel {
 namespace {
 
-std::string keyOf(const URL& url) {
-    return lowercased(url.scheme().value_or("") + "://" + url.host().value_or("")) + ":" +
-           std::to_string(url.port().value_or(0));
-}
-
 // The server's hint "Keep-Alive: timeout=5, max=100", in seconds.
 std::optional<long> keepAliveTimeout(const HTTPHeaders& headers) {
     const std::string hints = headers.value("Keep-Alive").value_or("");
@@ -31,18 +26,23 @@ std::optional<long> keepAliveTimeout(const HTTPHeaders& headers) {
 
 }  // namespace
 
-Origins::Origin Origins::of(const URL& url) const {
-    const auto found = m_origins.find(keyOf(url));
+std::string Origins::keyOf(const URL& url) {
+    return lowercased(url.scheme().value_or("") + "://" + url.host().value_or("")) + ":" +
+           std::to_string(url.port().value_or(0));
+}
+
+Origins::Origin Origins::of(const std::string& key) const {
+    const auto found = m_origins.find(key);
     return found == m_origins.end() ? Origin{} : found->second;
 }
 
-void Origins::learn(const URL& url, const ResponseHead& head) {
-    const std::optional<long> timeout = keepAliveTimeout(head.headers());
-    if (!timeout && !head.multiplexed()) return;
+void Origins::learn(const std::string& key, const ResponseHead& head) {
     constexpr std::size_t mostOrigins = 1000;
-    if (m_origins.size() >= mostOrigins) m_origins.clear();  // costs no more than learning again
-    Origin& origin = m_origins[keyOf(url)];
+    if (m_origins.size() >= mostOrigins && !m_origins.contains(key))
+        m_origins.clear();  // costs no more than learning again
+    Origin& origin = m_origins[key];
     origin.multiplexes = head.multiplexed();
+    const std::optional<long> timeout = keepAliveTimeout(head.headers());
     if (!timeout) return;
     origin.keepsAlive = *timeout > 1;
     origin.maximumIdleAge = std::clamp(*timeout - 1, 1L, Origin{}.maximumIdleAge);

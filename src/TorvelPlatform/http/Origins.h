@@ -3,8 +3,9 @@
 #include "TorvelPlatform/foundation/URL.h"
 #include "TorvelPlatform/http/ResponseHead.h"
 
-#include <map>
+#include <optional>
 #include <string>
+#include <unordered_map>
 
 namespace torvel {
 
@@ -16,14 +17,17 @@ class Origins {
         // request that meets that is lost.
         long maximumIdleAge = 15;
         bool keepsAlive = true;
-        bool multiplexes = false;  // HTTP/2
+        std::optional<bool> multiplexes = {};  // HTTP/2; absent before the first answer
     };
 
-    Origin of(const URL& url) const;
-    void learn(const URL& url, const ResponseHead& head);
+    // What names the origin of a URL.
+    static std::string keyOf(const URL& url);
+
+    Origin of(const std::string& key) const;
+    void learn(const std::string& key, const ResponseHead& head);
 
   private:
-    std::map<std::string, Origin> m_origins;
+    std::unordered_map<std::string, Origin> m_origins;
 };
 
 }  // namespace torvel

@@ -17,6 +17,8 @@ struct SessionTask {
     SessionTask(std::shared_ptr<SessionCore> session, URLRequest urlRequest);
 
     bool hasBody() const { return form || spool || request.httpBody; }
+    // Of the current hop.
+    bool hasContent() const { return spool || (request.httpBody && !request.httpBody->empty()); }
 
     // Any thread, at any time.
     void cancel();
@@ -49,6 +51,8 @@ struct SessionTask {
     // Of whoever runs it.
     std::optional<std::string> accept;  // the caller's own field
     std::optional<SpoolFile> spool;
+    std::string origin;    // of the current hop
+    bool hasSlot = false;  // one of that origin's connections
     int redirects = 0;
     bool maybeSent = false;              // any byte of any hop
     std::unique_ptr<Transfer> transfer;  // refers to request and spool

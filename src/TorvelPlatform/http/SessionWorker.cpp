@@ -49,7 +49,7 @@ std::shared_ptr<SessionWorker> SessionWorker::start(const std::string& label,
 }
 
 SessionWorker::SessionWorker(std::size_t maximumConnectionsPerHost)
-    : m_loop(std::make_unique<TransferLoop>(maximumConnectionsPerHost)) {}
+    : m_loop(std::make_unique<TransferLoop>(maximumConnectionsPerHost)), m_slots(maximumConnectionsPerHost) {}
 
 void SessionWorker::submit(Task task) {
     bool wasAsleep = false;  // woken outside the lock: the thread may run at once and want it
@@ -136,26 +136,41 @@ void SessionWorker::startHop(Task task) {
         return finish(std::move(task),
                       {std::move(cached->response), std::move(cached->data).raw(), std::nullopt});
     }
-    startTransfer(std::move(task));
+    task->origin = Origins::keyOf(*task->request.url);
+    if (needsOwnConnection(*task)) task = m_slots.enter(std::move(task));
+    if (task) startTransfer(std::move(task));
+}
+
+// Many HTTP/2 requests share a connection, but only those without content go that way. Which servers speak
+// it is known from their first answer on; until then the client counts the connections alone.
+bool SessionWorker::needsOwnConnection(const SessionTask& task) const {
+    const bool mayShare =
+        task.origin.starts_with("https:") && m_origins.of(task.origin).multiplexes.value_or(true);
+    return !mayShare || task.hasContent();
+}
+
+void SessionWorker::leaveSlot(SessionTask& task) {
+    if (Task next = m_slots.leave(task)) startTransfer(std::move(next));
 }
 
 void SessionWorker::startTransfer(Task task) {
     task->transfer = std::make_unique<Transfer>(easyHandle(), optionsFor(*task));
     Transfer& transfer = *task->transfer;
-    if (!m_loop->add(transfer))
+    if (!m_loop->add(transfer)) {
+        leaveSlot(*task);
         return fail(std::move(task), {Kind::invalidRequest, "The request cannot be sent.", std::nullopt});
+    }
     arm(*task);
     m_live.emplace(&transfer, std::move(task));
 }
 
 TransferOptions SessionWorker::optionsFor(const SessionTask& task) const {
-    const Origins::Origin origin = m_origins.of(*task.request.url);
-    const bool hasContent = task.spool || (task.request.httpBody && !task.request.httpBody->empty());
+    const Origins::Origin origin = m_origins.of(task.origin);
     return {.request = task.request,
             .spool = task.spool ? &*task.spool : nullptr,
-            .prefersHTTP1 = hasContent,
+            .prefersHTTP1 = task.hasContent(),
             .freshConnection = !origin.keepsAlive,
-            .sharesConnection = origin.multiplexes && !hasContent,
+            .sharesConnection = origin.multiplexes.value_or(false) && !task.hasContent(),
             .maximumIdleAge = origin.maximumIdleAge,
             .maximumResponseBytes = task.core->configuration.maximumResponseBytes,
             .trustManager = task.core->trustManager,
@@ -165,7 +180,7 @@ TransferOptions SessionWorker::optionsFor(const SessionTask& task) const {
 
 void SessionWorker::onFinished(Transfer& transfer, CURLcode code) {
     Task task = take(transfer);
-    if (transfer.head().complete()) m_origins.learn(*task->request.url, transfer.head());
+    if (transfer.head().complete()) m_origins.learn(task->origin, transfer.head());
     auto outcome = transfer.conclude(code);
     recycle(transfer.takeEasy());
     if (auto* next = std::get_if<Redirection>(&outcome)) return follow(std::move(task), std::move(*next));
@@ -199,6 +214,10 @@ void SessionWorker::expire() {
 }
 
 void SessionWorker::giveUpCancelled() {
+    for (Task& task : m_slots.takeCancelled()) {
+        SessionError error = cancelledError(*task);
+        fail(std::move(task), std::move(error));
+    }
     std::vector<Transfer*> cancelled;
     for (const auto& [transfer, task] : m_live)
         if (task->isCancelled()) cancelled.push_back(transfer);
@@ -218,6 +237,7 @@ SessionWorker::Task SessionWorker::take(Transfer& transfer) {
     m_loop->remove(transfer);
     task->maybeSent |= transfer.maybeSent();
     if (!task->hops.empty()) transfer.measure(task->hops.back());
+    leaveSlot(*task);
     return task;
 }
 

@@ -1,5 +1,6 @@
 #pragma once  // internal
 
+#include "TorvelPlatform/http/ConnectionSlots.h"
 #include "TorvelPlatform/http/Origins.h"
 #include "TorvelPlatform/http/SessionTask.h"
 #include "TorvelPlatform/http/TransferLoop.h"
@@ -40,7 +41,9 @@ class SessionWorker final : public RequestRunner {
     void begin(Task task);
     void startHop(Task task);
     void startTransfer(Task task);
+    bool needsOwnConnection(const SessionTask& task) const;
     TransferOptions optionsFor(const SessionTask& task) const;
+    void leaveSlot(SessionTask& task);
     void onFinished(Transfer& transfer, CURLcode code);
     void follow(Task task, Redirection next);
     void arm(SessionTask& task);
@@ -68,6 +71,7 @@ class SessionWorker final : public RequestRunner {
     std::unordered_map<Transfer*, Task> m_live;
     std::set<std::pair<TransferLoop::Clock::time_point, Transfer*>> m_deadlines;
     Origins m_origins;
+    ConnectionSlots m_slots;
     std::vector<std::pair<DispatchQueue*, DispatchQueue::Work>> m_completions;
 };
 

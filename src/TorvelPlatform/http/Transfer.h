@@ -99,6 +99,7 @@ class Transfer {
     std::shared_ptr<Activity> m_activity = std::make_shared<Activity>();
     std::shared_ptr<Verdict> m_verdict = std::make_shared<Verdict>();
 
+    const std::chrono::system_clock::time_point m_begun = std::chrono::system_clock::now();
     bool m_queued = true;
     SessionError::Phase m_phase = SessionError::Phase::lookingUpName;
     std::chrono::system_clock::time_point m_securingSince;

@@ -4,13 +4,6 @@
 namespace torvel {
 namespace {
 
-std::optional<double> moment(CURL* easy, CURLINFO info) {
-    curl_off_t microseconds = 0;
-    curl_easy_getinfo(easy, info, &microseconds);
-    if (microseconds == 0) return std::nullopt;
-    return static_cast<double>(microseconds) / 1e6;
-}
-
 std::uint64_t count(CURL* easy, CURLINFO info) {
     curl_off_t bytes = 0;
     curl_easy_getinfo(easy, info, &bytes);
@@ -35,19 +28,26 @@ int httpVersion(CURL* easy) {
 }  // namespace
 
 void Transfer::measure(HopMetrics& hop) const {
+    hop.queued = std::chrono::duration<double>(m_begun - hop.start).count();
+    const auto moment = [&](CURLINFO info) -> std::optional<double> {
+        curl_off_t microseconds = 0;
+        curl_easy_getinfo(easy(), info, &microseconds);
+        if (microseconds == 0) return std::nullopt;
+        return hop.queued + static_cast<double>(microseconds) / 1e6;
+    };
     long connections = 0;
     curl_easy_getinfo(easy(), CURLINFO_NUM_CONNECTS, &connections);
     hop.reusedConnection = m_attempts > 0 && connections == 0;
     if (!hop.reusedConnection) {
-        hop.nameLookedUp = moment(easy(), CURLINFO_NAMELOOKUP_TIME_T);
-        hop.connected = moment(easy(), CURLINFO_CONNECT_TIME_T);
-        hop.secured = moment(easy(), CURLINFO_APPCONNECT_TIME_T);
+        hop.nameLookedUp = moment(CURLINFO_NAMELOOKUP_TIME_T);
+        hop.connected = moment(CURLINFO_CONNECT_TIME_T);
+        hop.secured = moment(CURLINFO_APPCONNECT_TIME_T);
         // The client forgets the moment when the handshake fails.
         if (!hop.connected && m_phase == SessionError::Phase::securing)
             hop.connected = std::chrono::duration<double>(m_securingSince - hop.start).count();
     }
-    if (m_attempts > 0) hop.sending = moment(easy(), CURLINFO_PRETRANSFER_TIME_T);
-    hop.firstByte = moment(easy(), CURLINFO_STARTTRANSFER_TIME_T);
+    if (m_attempts > 0) hop.sending = moment(CURLINFO_PRETRANSFER_TIME_T);
+    hop.firstByte = moment(CURLINFO_STARTTRANSFER_TIME_T);
     hop.bytesSent = count(easy(), CURLINFO_SIZE_UPLOAD_T);
     hop.bytesReceived = m_received;
     hop.httpVersion = httpVersion(easy());

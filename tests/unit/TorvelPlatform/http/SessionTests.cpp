@@ -192,6 +192,29 @@ TEST(Session, WaitingForAConnectionLeavesTheWholeTimeForTheAnswer) {
     EXPECT_EQ(fetch(session, requestTo(server.url(), "GET", 1)).outcome(), "ok");
 }
 
+TEST(Session, CancellingTakesARequestOutOfTheQueueForAConnection) {
+    ScriptedServer server({[](Peer& peer) { peer.stall(); }, ScriptedServer::answering(okAnswer)});
+    URLSessionConfiguration configuration;
+    configuration.maximumConnectionsPerHost = 1;
+    Session session(configuration);
+    std::string order;
+    const auto start = [&](const char* name) {
+        return session.request(requestTo(server.url()))
+            .responseData(DispatchQueue::main(), [&order, name](DataResponse answer) {
+                order += std::string(name) + (answer.error ? " cancelled, " : " ok, ");
+            });
+    };
+    const RequestHandle stalled = start("stalled"), waiting = start("waiting"), last = start("last");
+    const auto reaches = [&](std::string_view wanted) {
+        DispatchQueue::main().runUntil([&] { return order == wanted; }, std::chrono::seconds(20));
+        EXPECT_EQ(order, wanted);
+    };
+    waiting.cancel();
+    reaches("waiting cancelled, ");
+    stalled.cancel();
+    reaches("waiting cancelled, stalled cancelled, last ok, ");
+}
+
 TEST(Session, SendsNothingTwice) {
     const auto dies = [](Peer& peer) {
         peer.answer(okAnswer);
