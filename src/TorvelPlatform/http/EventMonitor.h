@@ -30,8 +30,8 @@ struct HopMetrics {
     std::string method;               // As sent.
     std::optional<URL> url;           // Absent when the request had none.
     HTTPHeaders fields;               // The session's own and the caller's.
-    std::optional<Data> body;         // As sent: sealed when an interceptor sealed it. Absent when it came
-                                      // from a file, too.
+    std::optional<Data> body;         // As sent: sealed when an interceptor sealed it. Absent when it was
+                                      // a large form, too.
     std::uint64_t bytesSent = 0;      // Of the body.
     std::uint64_t bytesReceived = 0;  // Of the body, as it came: before decompression.
     bool reusedConnection = false;    // The connection had served another request.

@@ -116,8 +116,8 @@ class Session {
 
     // A request that nothing has started yet.
     DataRequest request(URLRequest request);
-    // From `usingThreshold` bytes on, the encoded body goes through an unlinked temporary file. The form's
-    // content type replaces the request's.
+    // From `usingThreshold` bytes on, the encoded body is never in memory as a whole, but read from the
+    // form's parts. The form's content type replaces the request's.
     UploadRequest upload(MultipartFormData formData, URLRequest request,
                          std::size_t usingThreshold = defaultEncodingMemoryThreshold);
 

@@ -11,7 +11,7 @@ namespace torvel {
 struct SessionError {
     // What failed.
     enum class Kind {
-        invalidRequest,               // Nothing could be sent: no http(s) URL, no such spool file.
+        invalidRequest,               // Nothing could be sent: no http(s) URL, for example.
         cannotFindHost,               // The name look-up failed.
         cannotConnect,                // No connection could be made.
         secureConnectionFailed,       // The TLS handshake failed for another reason than trust.

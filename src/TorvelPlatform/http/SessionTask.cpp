@@ -5,9 +5,7 @@
 #include "TorvelPlatform/http/SessionCore.h"
 #include "TorvelPlatform/http/Validation.h"
 
-#include <cerrno>
 #include <numeric>
-#include <system_error>
 #include <utility>
 
 namespace torvel {
@@ -64,31 +62,27 @@ std::optional<SessionError> SessionTask::prepare() {
     for (const auto& [name, value] : core->configuration.headers.fields())
         if (!request.headers.value(name)) request.headers.set(name, value);
     if (auto error = requestError(request, hasBody())) return error;
-    return form ? encodeForm() : std::nullopt;
+    if (form) encodeForm();
+    return std::nullopt;
 }
 
-// Turns the form into the request's body, in memory or in a file.
-std::optional<SessionError> SessionTask::encodeForm() {
-    const MultipartFormData encoded = std::move(*form);
+// Turns the form into the request's body, or a large one into a stream.
+void SessionTask::encodeForm() {
+    MultipartFormData encoded = std::move(*form);
     form.reset();
     request.headers.set("Content-Type", encoded.contentType());
     const std::size_t content = std::accumulate(
         encoded.parts().begin(), encoded.parts().end(), std::size_t{0},
         [](std::size_t sum, const MultipartFormData::Part& part) { return sum + part.content.size(); });
     if (content >= memoryThreshold) {
-        spool = SpoolFile::write(encoded);
-        if (spool) return std::nullopt;
-        return SessionError{Kind::invalidRequest,
-                            "The upload cannot be spooled to a temporary file: " +
-                                std::generic_category().message(errno) + ".",
-                            std::nullopt};
+        stream.emplace(std::move(encoded));
+        return;
     }
     std::string body;
     body.reserve(encoded.contentLength());
     for (std::size_t part = 0; part < encoded.parts().size(); ++part)
         body.append(encoded.head(part)).append(encoded.parts()[part].content.raw());
     request.httpBody = Data(std::move(body.append(encoded.tail())));
-    return std::nullopt;
 }
 
 std::optional<SessionError> SessionTask::hopError() const {
@@ -116,7 +110,7 @@ std::optional<SessionError> SessionTask::turn(Redirection next) {
         hops.emplace_back();
     }
     request = std::move(next.request);
-    if (!next.keepsBody) spool.reset();
+    if (!next.keepsBody) stream.reset();
     auto error = requestError(request, hasBody());
     if (error) error->kind = Kind::redirectFailed;
     return error;
@@ -139,7 +133,7 @@ DispatchQueue::Work SessionTask::end(std::shared_ptr<SessionTask> task, Transfer
     task->outcome = task->outcomeOf(std::move(result));
     task->transfer.reset();
     if (task->isWatched()) task->report();
-    task->spool.reset();
+    task->stream.reset();
     task->request.httpBody.reset();
     task->progress.reset();
     task->core.reset();

@@ -1,8 +1,8 @@
 #pragma once  // internal
 
+#include "TorvelPlatform/http/FormStream.h"
 #include "TorvelPlatform/http/RequestRunner.h"
 #include "TorvelPlatform/http/Session.h"
-#include "TorvelPlatform/http/SpoolFile.h"
 #include "TorvelPlatform/http/Transfer.h"
 
 #include <atomic>
@@ -16,9 +16,9 @@ namespace torvel {
 struct SessionTask {
     SessionTask(std::shared_ptr<SessionCore> session, URLRequest urlRequest);
 
-    bool hasBody() const { return form || spool || request.httpBody; }
+    bool hasBody() const { return form || stream || request.httpBody; }
     // Of the current hop.
-    bool hasContent() const { return spool || (request.httpBody && !request.httpBody->empty()); }
+    bool hasContent() const { return stream || (request.httpBody && !request.httpBody->empty()); }
 
     // Any thread, at any time.
     void cancel();
@@ -50,18 +50,18 @@ struct SessionTask {
 
     // Of whoever runs it.
     std::optional<std::string> accept;  // the caller's own field
-    std::optional<SpoolFile> spool;
-    std::string origin;    // of the current hop
-    bool hasSlot = false;  // one of that origin's connections
+    std::optional<FormStream> stream;   // a large form's body
+    std::string origin;                 // of the current hop
+    bool hasSlot = false;               // one of that origin's connections
     int redirects = 0;
     bool maybeSent = false;              // any byte of any hop
-    std::unique_ptr<Transfer> transfer;  // refers to request and spool
+    std::unique_ptr<Transfer> transfer;  // refers to request and stream
     std::chrono::steady_clock::time_point deadline;
     DataResponse outcome;
     std::vector<HopMetrics> hops;  // when somebody watches; the last is under way
 
   private:
-    std::optional<SessionError> encodeForm();
+    void encodeForm();
     bool isWatched() const { return !hops.empty(); }
     void closeHop();
     void report();

@@ -167,7 +167,7 @@ void SessionWorker::startTransfer(Task task) {
 TransferOptions SessionWorker::optionsFor(const SessionTask& task) const {
     const Origins::Origin origin = m_origins.of(task.origin);
     return {.request = task.request,
-            .spool = task.spool ? &*task.spool : nullptr,
+            .form = task.stream ? &*task.stream : nullptr,
             .prefersHTTP1 = task.hasContent(),
             .freshConnection = !origin.keepsAlive,
             .sharesConnection = origin.multiplexes.value_or(false) && !task.hasContent(),

@@ -113,10 +113,9 @@ struct Transfer::Callbacks {
 
     static std::size_t read(char* buffer, std::size_t, std::size_t size, void* user) {
         Transfer& transfer = of(user);
-        const auto count = transfer.m_options.spool->read(transfer.m_bodyOffset, {buffer, size});
-        if (!count) return CURL_READFUNC_ABORT;
-        transfer.m_bodyOffset += *count;
-        return *count;
+        const std::size_t count = transfer.m_options.form->read(transfer.m_bodyOffset, {buffer, size});
+        transfer.m_bodyOffset += count;
+        return count;
     }
 
     static int seek(void* user, curl_off_t offset, int) {
@@ -216,7 +215,7 @@ void Transfer::setMethodAndBody() {
 
     curl_easy_setopt(easy(), CURLOPT_POST, 1L);
     curl_easy_setopt(easy(), CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(bodySize()));
-    if (m_options.spool != nullptr) {
+    if (m_options.form != nullptr) {
         curl_easy_setopt(easy(), CURLOPT_READFUNCTION, Callbacks::read);
         curl_easy_setopt(easy(), CURLOPT_READDATA, this);
         curl_easy_setopt(easy(), CURLOPT_SEEKFUNCTION, Callbacks::seek);
@@ -229,7 +228,7 @@ void Transfer::setMethodAndBody() {
 }
 
 std::size_t Transfer::bodySize() const {
-    if (m_options.spool != nullptr) return m_options.spool->size();
+    if (m_options.form != nullptr) return m_options.form->size();
     return m_options.request.httpBody ? m_options.request.httpBody->size() : 0;
 }
 
@@ -356,8 +355,6 @@ HTTPURLResponse Transfer::response() const {
     return {*m_options.request.url, m_head.statusCode(), m_head.headers()};
 }
 
-bool Transfer::hasBody() const {
-    return m_options.spool != nullptr || m_options.request.httpBody.has_value();
-}
+bool Transfer::hasBody() const { return m_options.form != nullptr || m_options.request.httpBody.has_value(); }
 
 }  // namespace torvel

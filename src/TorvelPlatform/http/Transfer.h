@@ -3,10 +3,10 @@
 #include "TorvelPlatform/http/ContentDecoder.h"
 #include "TorvelPlatform/http/Curl.h"
 #include "TorvelPlatform/http/EventMonitor.h"
+#include "TorvelPlatform/http/FormStream.h"
 #include "TorvelPlatform/http/Redirect.h"
 #include "TorvelPlatform/http/ResponseHead.h"
 #include "TorvelPlatform/http/ServerTrustManager.h"
-#include "TorvelPlatform/http/SpoolFile.h"
 #include "TorvelPlatform/http/TransferResult.h"
 #include "TorvelPlatform/http/UploadProgress.h"
 
@@ -27,7 +27,7 @@ struct Activity {
 // What a hop is sent with. The references outlive the transfer.
 struct TransferOptions {
     const URLRequest& request;
-    const SpoolFile* spool;  // the body, when it is not the request's own
+    const FormStream* form;  // the body, when it is not the request's own
     bool prefersHTTP1;       // for bodies: the client loses HTTP/2 answers that come before it has sent all
     bool freshConnection;
     bool sharesConnection;  // HTTP/2: what the socket receives may belong to other transfers
