@@ -24,7 +24,7 @@ std::shared_ptr<TorvelLibrary> TorvelLibrary::sharedInstance() {
 }
 
 std::shared_ptr<Session> TorvelLibrary::getAlamofireServiceManager(const URL& url) {
-    const std::string host = getURLDomain(url.absoluteString());
+    const std::string host = url.host().value_or("");
     const std::lock_guard lock(m_managerCreation);
     std::shared_ptr<Session> session = manager();
     if (!session) {

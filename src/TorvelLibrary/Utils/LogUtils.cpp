@@ -41,8 +41,10 @@ DateFormatter LogUtils::dateFormatter() { return DateFormatter(dateFormat()); }
 
 // Everything is assembled before the flag is asked, as it always was: what it costs is part of each call.
 std::string LogUtils::line(std::string_view tag, std::string_view text, const LogSite& site) {
-    std::string line = dateFormatter().string(WallClock::now());
-    line.reserve(line.size() + tag.size() + site.filename.size() + site.funcName.size() + text.size() + 40);
+    constexpr std::size_t date = 32, numbers = 32;
+    std::string line;
+    line.reserve(date + tag.size() + site.filename.size() + numbers + site.funcName.size() + text.size());
+    dateFormatter().append(line, WallClock::now());
     line.append(" ").append(tag).append("[").append(sourceFileName(site.filename)).append("]:");
     line.append(std::to_string(site.line)).append(" ").append(std::to_string(site.column)).append(" ");
     return line.append(site.funcName).append(" -> ").append(text);

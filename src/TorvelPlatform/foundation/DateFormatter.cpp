@@ -93,9 +93,10 @@ void appendNumber(std::string& out, std::int64_t number, std::size_t width) {
     char* const end = digits + sizeof digits;
     char* begin = end;
     for (; number != 0; number /= 10) *--begin = static_cast<char>('0' + number % 10);
-    const auto length = static_cast<std::size_t>(end - begin);
-    if (length < width) out.append(width - length, '0');
-    out.append(begin, length);
+    const char* const padded = end - std::min(width, sizeof digits);
+    while (begin > padded) *--begin = '0';
+    if (width > sizeof digits) out.append(width - sizeof digits, '0');
+    out.append(begin, end);
 }
 
 // Milliseconds cut to the width, or with zeros up to it.
@@ -153,13 +154,10 @@ class DateFormatter::Pattern {
 
     bool valid() const { return m_direct || m_formatter; }
 
-    std::string string(Milliseconds date) const {
-        if (!m_direct) return m_formatter ? formatted(date) : std::string();
-        std::string out;
-        out.reserve(31);
+    void append(std::string& out, Milliseconds date) const {
+        if (!m_direct) return appendFormatted(out, date);
         const LocalTime local(date + zoneOffset(date));
         for (const Field& field : m_fields) local.append(out, field);
-        return out;
     }
 
   private:
@@ -173,12 +171,12 @@ class DateFormatter::Pattern {
         if (U_FAILURE(status)) m_formatter.reset();
     }
 
-    std::string formatted(Milliseconds date) const {
-        std::string out;
+    void appendFormatted(std::string& out, Milliseconds date) const {
+        if (!m_formatter) return;
         icu::UnicodeString text;
         const std::lock_guard lock(m_mutex);
         m_formatter->format(static_cast<UDate>(date.time_since_epoch().count()), text);
-        return text.toUTF8String(out);
+        text.toUTF8String(out);
     }
 
     std::vector<Field> m_fields;
@@ -230,6 +228,14 @@ class DateFormatter::Patterns {
 DateFormatter::DateFormatter(std::string_view dateFormat, const Locale& locale)
     : m_pattern(Patterns::of(dateFormat, locale.identifier())) {}
 
-std::string DateFormatter::string(Date date) const { return m_pattern->string(floor<milliseconds>(date)); }
+std::string DateFormatter::string(Date date) const {
+    std::string out;
+    append(out, date);
+    return out;
+}
+
+void DateFormatter::append(std::string& out, Date date) const {
+    m_pattern->append(out, floor<milliseconds>(date));
+}
 
 }  // namespace torvel

@@ -26,6 +26,8 @@ class DateFormatter {
 
     // The empty text when the pattern is invalid (reported once to the diagnostics).
     std::string string(Date date) const;
+    // The same at the end of `out`.
+    void append(std::string& out, Date date) const;
 
   private:
     class Pattern;

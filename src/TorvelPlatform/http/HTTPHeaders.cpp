@@ -23,7 +23,7 @@ std::optional<std::string> HTTPHeaders::value(std::string_view name) const {
 void HTTPHeaders::set(std::string_view name, std::string_view value) {
     const auto field = find(m_fields, name);
     if (field == m_fields.end()) {
-        m_fields.emplace_back(name, value);
+        append(name, value);
     } else {
         field->second = value;
     }
@@ -32,10 +32,16 @@ void HTTPHeaders::set(std::string_view name, std::string_view value) {
 void HTTPHeaders::add(std::string_view name, std::string_view value) {
     const auto field = find(m_fields, name);
     if (field == m_fields.end()) {
-        m_fields.emplace_back(name, value);
+        append(name, value);
     } else {
         field->second.append(",").append(value);
     }
+}
+
+void HTTPHeaders::append(std::string_view name, std::string_view value) {
+    constexpr std::size_t usual = 8;  // fields of a request or an answer, which then need no growing
+    if (m_fields.empty()) m_fields.reserve(usual);
+    m_fields.emplace_back(name, value);
 }
 
 void HTTPHeaders::remove(std::string_view name) {

@@ -1,16 +1,20 @@
 #include "TorvelPlatform/http/HeaderText.h"
 
 #include <algorithm>
+#include <array>
 
 namespace torvel {
 namespace {
 
 constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
-constexpr bool isTokenCharacter(char c) {
-    return (c >= '0' && c <= '9') || (lower(c) >= 'a' && lower(c) <= 'z') ||
-           std::string_view("!#$%&'*+-.^_`|~").find(c) != std::string_view::npos;
-}
+constexpr auto tokenCharacters = [] {
+    std::array<bool, 256> table{};
+    for (const char c : std::string_view("!#$%&'*+-.^_`|~0123456789abcdefghijklmnopqrstuvwxyz"
+                                         "ABCDEFGHIJKLMNOPQRSTUVWXYZ"))
+        table[static_cast<unsigned char>(c)] = true;
+    return table;
+}();
 
 // Where the item that starts at `begin` ends.
 std::size_t itemEnd(std::string_view text, std::size_t begin, char separator) {
@@ -47,11 +51,13 @@ std::string_view trimmed(std::string_view text) {
 }
 
 bool isToken(std::string_view text) {
-    return !text.empty() && std::all_of(text.begin(), text.end(), isTokenCharacter);
+    return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+        return tokenCharacters[static_cast<unsigned char>(c)];
+    });
 }
 
 bool isFieldValue(std::string_view text) {
-    return text.find_first_of(std::string_view("\r\n\0", 3)) == std::string_view::npos;
+    return std::none_of(text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n' || c == '\0'; });
 }
 
 std::vector<std::string_view> listItems(std::string_view text, char separator) {

@@ -41,9 +41,10 @@ void ProtocolRunner::answered(const Task& task, TransferResult result) {
 
     auto decision =
         decideRedirect(task->request, task->hasBody(), *result.response, task->core->configuration.headers);
-    if (auto* refused = std::get_if<SessionError>(&decision)) return fail(task, std::move(*refused));
-    if (auto* next = std::get_if<Redirection>(&decision)) {
-        if (auto error = task->turn(std::move(*next))) return fail(task, std::move(*error));
+    if (decision) {
+        if (auto* refused = std::get_if<SessionError>(&*decision)) return fail(task, std::move(*refused));
+        if (auto error = task->turn(std::get<Redirection>(std::move(*decision))))
+            return fail(task, std::move(*error));
         return startHop(task);
     }
     const std::size_t size = task->request.httpBody ? task->request.httpBody->size() : 0;

@@ -70,8 +70,9 @@ Redirection redirected(const URLRequest& sent, URL target, int status, const HTT
 
 }  // namespace
 
-RedirectDecision decideRedirect(const URLRequest& sent, bool hasBody, const HTTPURLResponse& response,
-                                const HTTPHeaders& sessionHeaders) {
+std::optional<RedirectDecision> decideRedirect(const URLRequest& sent, bool hasBody,
+                                               const HTTPURLResponse& response,
+                                               const HTTPHeaders& sessionHeaders) {
     if (!isRedirect(response.statusCode)) return {};
     const std::optional<std::string> location = response.headers.value("Location");
     std::optional<URL> target = location ? targetOf(*sent.url, *location) : std::nullopt;

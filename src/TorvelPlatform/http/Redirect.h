@@ -14,14 +14,15 @@ struct Redirection {
     bool keepsBody;
 };
 
-// What to do with an answer: deliver it (monostate), follow where it points, or fail.
-using RedirectDecision = std::variant<std::monostate, Redirection, SessionError>;
+// What to do with a redirect that is not delivered: follow where it points, or fail.
+using RedirectDecision = std::variant<Redirection, SessionError>;
 
 // Follows 301, 302, 303, 307 and 308 as browsers do (Fetch, 4.4). `sent` is the request that was answered,
 // `hasBody` whether it carried one, `sessionHeaders` what the session adds to every request. An answer
-// without a usable Location is delivered. To another host neither the caller's header fields travel, the few
-// that say nothing about the user aside, nor a body; https never leads to http.
-RedirectDecision decideRedirect(const URLRequest& sent, bool hasBody, const HTTPURLResponse& response,
-                                const HTTPHeaders& sessionHeaders);
+// without a usable Location is delivered: absent. To another host neither the caller's header fields travel,
+// the few that say nothing about the user aside, nor a body; https never leads to http.
+std::optional<RedirectDecision> decideRedirect(const URLRequest& sent, bool hasBody,
+                                               const HTTPURLResponse& response,
+                                               const HTTPHeaders& sessionHeaders);
 
 }  // namespace torvel

@@ -11,9 +11,8 @@ SessionError invalid(std::string why) {
 
 std::optional<SessionError> urlError(const std::optional<URL>& url) {
     if (!url) return invalid("The request has no URL.");
-    const std::string scheme = lowercased(url->scheme().value_or(""));
-    const std::string host = url->host().value_or("");
-    if (scheme != "http" && scheme != "https")
+    const std::string scheme = url->scheme().value_or(""), host = url->host().value_or("");
+    if (!equalsIgnoringCase(scheme, "http") && !equalsIgnoringCase(scheme, "https"))
         return invalid("Unsupported URL: " + url->absoluteString() + " is neither http nor https.");
     if (host.empty()) return invalid("Unsupported URL: " + url->absoluteString() + " names no host.");
     // The client would decode it, and then trust be asked for another name than the one connected to.

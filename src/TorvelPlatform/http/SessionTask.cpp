@@ -52,7 +52,7 @@ void SessionTask::closeHop() {
     hop.body = std::exchange(request.httpBody, std::nullopt);
 }
 
-void SessionTask::report() {
+void SessionTask::report(const DataResponse& outcome) {
     closeHop();
     for (const auto& monitor : core->configuration.eventMonitors) monitor->requestDidEnd(hops, outcome);
 }
@@ -130,19 +130,18 @@ DataResponse SessionTask::outcomeOf(TransferResult result) const {
 }
 
 DispatchQueue::Work SessionTask::end(std::shared_ptr<SessionTask> task, TransferResult result) {
-    task->outcome = task->outcomeOf(std::move(result));
+    DataResponse outcome = task->outcomeOf(std::move(result));
     task->transfer.reset();
-    if (task->isWatched()) task->report();
+    if (task->isWatched()) task->report(outcome);
     task->stream.reset();
     task->request.httpBody.reset();
     task->progress.reset();
     task->core.reset();
-    return [task = std::move(task)] {
+    return [task = std::move(task), outcome = std::move(outcome)]() mutable {
         // Moved out: a handle that is just cancelling must not be the one to destroy them.
         const DataRequest::Completion completion = std::move(task->completion);
-        DataResponse response = std::move(task->outcome);
-        if (task->isCancelled()) response = {std::nullopt, std::nullopt, cancelledError(*task)};
-        if (completion) completion(std::move(response));
+        if (task->isCancelled()) outcome = {std::nullopt, std::nullopt, cancelledError(*task)};
+        if (completion) completion(std::move(outcome));
     };
 }
 

@@ -57,14 +57,13 @@ struct SessionTask {
     bool maybeSent = false;              // any byte of any hop
     std::unique_ptr<Transfer> transfer;  // refers to request and stream
     std::chrono::steady_clock::time_point deadline;
-    DataResponse outcome;
     std::vector<HopMetrics> hops;  // when somebody watches; the last is under way
 
   private:
     void encodeForm();
     bool isWatched() const { return !hops.empty(); }
     void closeHop();
-    void report();
+    void report(const DataResponse& outcome);
     DataResponse outcomeOf(TransferResult result) const;
 
     const std::shared_ptr<RequestRunner> m_runner;

@@ -21,11 +21,11 @@ bool isReserved(std::string_view name) {
                        [name](const char* field) { return equalsIgnoringCase(name, field); });
 }
 
-void append(HeaderList& list, const std::string& line) {
-    curl_slist* const longer = curl_slist_append(list.get(), line.c_str());
-    if (longer == nullptr) return;
-    static_cast<void>(list.release());
-    list.reset(longer);
+void prepend(HeaderList& list, const std::string& line) {
+    if (curl_slist* const longer = curl_slist_append(nullptr, line.c_str())) {
+        longer->next = list.release();
+        list.reset(longer);
+    }
 }
 
 // The client's notation for a field with an empty value is "Name;".
@@ -101,6 +101,7 @@ struct Transfer::Callbacks {
         Transfer& transfer = of(user);
         transfer.m_phase = Phase::securing;
         transfer.m_securingSince = std::chrono::system_clock::now();
+        transfer.m_verdict = std::make_shared<Verdict>();
         auto decide = [manager = transfer.m_options.trustManager, host = transfer.host(),
                        verdict = transfer.m_verdict](SecTrust& trust) {
             const ServerTrustEvaluating* evaluator = manager ? manager->evaluator(host) : nullptr;
@@ -190,14 +191,15 @@ void Transfer::setTrust() {
 
 void Transfer::setFields() {
     const HTTPHeaders& headers = m_options.request.headers;
-    for (const HTTPHeaders::Field& field : headers.fields())
-        if (!isReserved(field.first) && !equalsIgnoringCase(field.first, "Cookie"))
-            append(m_fields, fieldLine(field));
+    // From the last to the first: the client's lists grow at their end only by walking there.
+    if (!headers.value("Content-Type")) prepend(m_fields, "Content-Type:");  // no type is made up
+    prepend(m_fields, "Expect:");  // waiting for "100 Continue" costs a second with most servers
+    for (auto field = headers.fields().rbegin(); field != headers.fields().rend(); ++field)
+        if (!isReserved(field->first) && !equalsIgnoringCase(field->first, "Cookie"))
+            prepend(m_fields, fieldLine(*field));
     // Joined with the jar's cookies into one field.
     if (const auto cookie = headers.value("Cookie"))
         curl_easy_setopt(easy(), CURLOPT_COOKIE, cookie->c_str());
-    append(m_fields, "Expect:");  // waiting for "100 Continue" costs a second with most servers
-    if (!headers.value("Content-Type")) append(m_fields, "Content-Type:");  // nor any type made up
     curl_easy_setopt(easy(), CURLOPT_HTTPHEADER, m_fields.get());
 }
 
@@ -234,8 +236,10 @@ std::size_t Transfer::bodySize() const {
 
 bool Transfer::onHeadComplete() {
     const URLRequest& request = m_options.request;
-    if (m_head.statusCode() / 100 == 3)
-        m_redirect = decideRedirect(request, hasBody(), response(), m_options.sessionHeaders);
+    if (m_head.statusCode() / 100 == 3) {
+        if (auto decision = decideRedirect(request, hasBody(), response(), m_options.sessionHeaders))
+            m_redirect = std::make_unique<RedirectDecision>(std::move(*decision));
+    }
     if (request.httpMethod == "HEAD") return true;
 
     m_decoder.emplace(m_head.headers().value("Content-Encoding").value_or(""));
@@ -263,7 +267,7 @@ bool Transfer::isSecure() const {
 bool Transfer::onBody(std::string_view bytes) {
     m_received += bytes.size();
     if (m_received > m_options.maximumResponseBytes) return fail("it is larger than allowed");
-    if (m_redirect.index() != 0 || !m_decoder) return true;  // nobody reads it
+    if (m_redirect || !m_decoder) return true;  // nobody reads it
     if (!m_decoder->supported()) return fail("its content encoding is unknown");
     if (m_decoder->isIdentity()) {
         m_body.append(bytes);
@@ -294,7 +298,7 @@ bool Transfer::fail(std::string_view why) {
 }
 
 std::optional<SessionError> Transfer::failure(CURLcode code) const {
-    if (m_verdict->failure && code != CURLE_OK)
+    if (m_verdict && m_verdict->failure && code != CURLE_OK)
         return SessionError{Kind::serverTrustEvaluationFailed, m_verdict->failure->description,
                             m_verdict->failure};
     if (m_error) return m_error;
@@ -323,9 +327,10 @@ std::optional<SessionError> Transfer::failure(CURLcode code) const {
 
 std::variant<TransferResult, Redirection> Transfer::conclude(CURLcode code) {
     // The redirect's own body is of no interest, so its faults are none.
-    if (auto* next = std::get_if<Redirection>(&m_redirect)) return std::move(*next);
-    if (auto* refused = std::get_if<SessionError>(&m_redirect))
-        return TransferResult{{}, {}, std::move(*refused)};
+    if (m_redirect) {
+        if (auto* next = std::get_if<Redirection>(m_redirect.get())) return std::move(*next);
+        return TransferResult{{}, {}, std::get<SessionError>(std::move(*m_redirect))};
+    }
     std::optional<SessionError> error = failure(code);
     if (error) return abandon(std::move(*error));
     return TransferResult{response(), std::move(m_body), std::nullopt};
@@ -347,7 +352,7 @@ long Transfer::handedOver() const {
 TransferResult Transfer::abandon(SessionError error) {
     if (error.kind == Kind::timedOut) error.phase = phase();
     TransferResult result{std::nullopt, std::move(m_body), std::move(error)};
-    if (m_head.complete() && m_redirect.index() == 0) result.response = response();
+    if (m_head.complete() && !m_redirect) result.response = response();
     return result;
 }
 

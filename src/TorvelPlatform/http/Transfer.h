@@ -97,7 +97,7 @@ class Transfer {
     HeaderList m_fields;
     std::array<char, CURL_ERROR_SIZE> m_detail{};
     std::shared_ptr<Activity> m_activity = std::make_shared<Activity>();
-    std::shared_ptr<Verdict> m_verdict = std::make_shared<Verdict>();
+    std::shared_ptr<Verdict> m_verdict;  // of the handshake that this transfer started, if any
 
     const std::chrono::system_clock::time_point m_begun = std::chrono::system_clock::now();
     bool m_queued = true;
@@ -110,7 +110,7 @@ class Transfer {
     std::uint64_t m_bytesSent = 0;
 
     ResponseHead m_head;
-    RedirectDecision m_redirect;
+    std::unique_ptr<RedirectDecision> m_redirect;  // only for a redirect that is not delivered
     std::optional<ContentDecoder> m_decoder;
     std::size_t m_received = 0;
     std::string m_body;

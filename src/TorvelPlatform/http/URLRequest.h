@@ -30,6 +30,8 @@ class HTTPHeaders {
     bool operator==(const HTTPHeaders&) const = default;
 
   private:
+    void append(std::string_view name, std::string_view value);
+
     std::vector<Field> m_fields;
 };
 

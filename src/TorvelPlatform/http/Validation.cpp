@@ -60,17 +60,17 @@ bool isAcceptable(std::string_view accept, const std::optional<std::string>& con
 
 std::optional<SessionError> validationError(const std::optional<std::string>& accept,
                                             const HTTPURLResponse& response, bool emptyBody) {
-    const std::string from = response.url.host().value_or("");
+    const auto from = [&] { return response.url.host().value_or(""); };
     if (response.statusCode < 200 || response.statusCode > 299) {
-        return SessionError{
-            Kind::unacceptableStatusCode,
-            from + " answered with the unacceptable status code " + std::to_string(response.statusCode) + ".",
-            std::nullopt};
+        return SessionError{Kind::unacceptableStatusCode,
+                            from() + " answered with the unacceptable status code " +
+                                std::to_string(response.statusCode) + ".",
+                            std::nullopt};
     }
     const std::optional<std::string> contentType = response.headers.value("Content-Type");
     if (emptyBody || !accept || isAcceptable(*accept, contentType)) return std::nullopt;
     return SessionError{Kind::unacceptableContentType,
-                        from + " answered with " +
+                        from() + " answered with " +
                             (contentType ? "the content type \"" + *contentType + "\"" : "no content type") +
                             ", which \"Accept: " + *accept + "\" does not allow.",
                         std::nullopt};
