@@ -16,7 +16,6 @@
 #include <memory>
 
 #include <curl/curl.h>
-#include <malloc.h>
 #include <nlohmann/json.hpp>
 #include <openssl/evp.h>
 #include <openssl/rsa.h>
@@ -288,9 +287,7 @@ void allowManyDescriptors() {
 int main() {
     using namespace torvel;
     using namespace torvel::bench;
-    // Memory of large bodies comes back from the heap, for both sides: fresh pages cost more than the work.
-    mallopt(M_MMAP_THRESHOLD, 1 << 30);
-    mallopt(M_TRIM_THRESHOLD, 1 << 30);
+    keepFreedMemory();
     allowManyDescriptors();
     runOnProcessor(0);
     const Folder folder;
