@@ -93,12 +93,6 @@ TEST_F(Facade, WithoutABuildTheDefaultInstanceIsLoggedOnce) {
         " [‼️] ERROR[TorvelLibrary]:196 23 sharedInstance() -> TorvelLibrary not configured properly\n");
 }
 
-TEST_F(Facade, FlavoursHaveTheirNames) {
-    EXPECT_EQ(rawValue(WrapperConfig::QuentaMerchantApp), "QuentaMerchantApp");
-    EXPECT_EQ(wrapperConfig("Pellox"), WrapperConfig::Pellox);
-    EXPECT_EQ(wrapperConfig("pellox"), std::nullopt);
-}
-
 TEST_F(Facade, WithoutPinningEveryHostSharesTheDefaultSession) {
     TorvelLibraryBuilder().build();
     const auto library = TorvelLibrary::sharedInstance();
