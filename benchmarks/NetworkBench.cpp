@@ -16,6 +16,7 @@
 #include <memory>
 
 #include <curl/curl.h>
+#include <malloc.h>
 #include <nlohmann/json.hpp>
 #include <openssl/evp.h>
 #include <openssl/rsa.h>
