@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include <malloc.h>
 #include <time.h>
 
 namespace torvel::bench {
@@ -103,6 +104,11 @@ void Report::time(std::string_view name, std::string_view side, double seconds) 
 
 void Report::note(std::string_view text) const {
     std::printf("NOTE %s %.*s\n", m_subject.c_str(), static_cast<int>(text.size()), text.data());
+}
+
+void keepFreedMemory() {
+    mallopt(M_MMAP_THRESHOLD, 1 << 30);
+    mallopt(M_TRIM_THRESHOLD, 1 << 30);
 }
 
 void giveUp(std::string_view why) {

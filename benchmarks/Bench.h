@@ -85,6 +85,9 @@ class Report {
     bool m_short = false;
 };
 
+// Lets memory of large texts come back from the heap, for every side: fresh pages cost more than the work.
+void keepFreedMemory();
+
 // The value that the program cannot go on without, or the end of it with exit code 2.
 [[noreturn]] void giveUp(std::string_view why);
 

@@ -9,8 +9,6 @@
 #include <algorithm>
 #include <functional>
 
-#include <malloc.h>
-
 namespace torvel::bench {
 namespace {
 
@@ -157,9 +155,7 @@ void measurePortable(Report& report) {
 int main() {
     using namespace torvel;
     using namespace torvel::bench;
-    // Memory of large texts comes back from the heap, for both sides: fresh pages cost more than the cipher.
-    mallopt(M_MMAP_THRESHOLD, 1 << 30);
-    mallopt(M_TRIM_THRESHOLD, 1 << 30);
+    keepFreedMemory();
     Report report("cipher");
     report.note("tier in use: " + std::string(cipherKernels().name));
     bool inUse = true;

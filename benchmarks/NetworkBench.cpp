@@ -288,9 +288,7 @@ void allowManyDescriptors() {
 int main() {
     using namespace torvel;
     using namespace torvel::bench;
-    // Memory of large bodies comes back from the heap, for both sides: fresh pages cost more than the work.
-    mallopt(M_MMAP_THRESHOLD, 1 << 30);
-    mallopt(M_TRIM_THRESHOLD, 1 << 30);
+    keepFreedMemory();
     allowManyDescriptors();
     runOnProcessor(0);
     const Folder folder;

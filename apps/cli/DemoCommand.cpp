@@ -8,6 +8,7 @@
 #include "cli/DemoHost.h"
 #include "cli/DemoReport.h"
 #include "cli/Output.h"
+#include "sample/TokenInterceptor.h"
 
 #include <algorithm>
 
@@ -23,20 +24,6 @@ std::string member(const std::string& document, std::string_view name) {
     const auto value = root ? root.value().member(name) : std::nullopt;
     return std::string(value ? value->string().value_or("") : "");
 }
-
-// An interceptor of the host's own: its token, in every request.
-class TokenInterceptor final : public RequestWrapper {
-  public:
-    explicit TokenInterceptor(std::string token) : m_token(std::move(token)) {}
-
-    URLRequest wrapRequest(URLRequest& request) override {
-        request.headers.set("Authorization", "Bearer " + m_token);
-        return request;
-    }
-
-  private:
-    std::string m_token;
-};
 
 class Demo {
   public:

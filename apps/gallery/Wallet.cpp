@@ -8,6 +8,7 @@
 #include "TorvelLibrary/Utils/LogUtils.h"
 #include "TorvelLibrary/crypto/AES256CBC.h"
 #include "TorvelLibrary/navigation/AppRouter.h"
+#include "sample/TokenInterceptor.h"
 
 #include <algorithm>
 
@@ -16,20 +17,6 @@ namespace {
 
 constexpr char json[] = "application/json";
 constexpr std::size_t keptTraces = 12;
-
-// An interceptor of the host's own: its token, in every request.
-class TokenInterceptor final : public RequestWrapper {
-  public:
-    explicit TokenInterceptor(std::string token) : m_token(std::move(token)) {}
-
-    URLRequest wrapRequest(URLRequest& request) override {
-        request.headers.set("Authorization", "Bearer " + m_token);
-        return request;
-    }
-
-  private:
-    std::string m_token;
-};
 
 std::string member(const JSON& object, std::string_view name) {
     const auto value = object.member(name);

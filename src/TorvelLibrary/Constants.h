@@ -6,7 +6,7 @@
 
 namespace torvel {
 
-// What the library finds once and then shares.
+// What the library finds once and then shares. Any thread.
 class Constants {
   public:
     // The library's own resources, found on the first use and then kept.

@@ -6,7 +6,8 @@
 
 namespace torvel {
 
-// How the server's TLS trust is pinned. Pins come after the default evaluation, never instead of it.
+// How the server's TLS trust is pinned. Pins come after the default evaluation, never instead of it. A value;
+// threads may share one that none changes.
 class SSlPinningType {
   public:
     // What is compared with what the server shows.

@@ -6,7 +6,7 @@
 namespace torvel {
 
 // The host application's flavour. The first is the default. It selects, among other things, the member
-// names of the encrypted envelope.
+// names of the encrypted envelope. Any thread.
 enum class WrapperConfig { VelmMoney, VelmBPM, OrbelleRaw, QuentaMerchantApp, VelmWallet, Dunmere, Pellox };
 
 // The flavour's name, the same as in the code.

@@ -147,19 +147,6 @@ TEST_F(CLITest, CallSendsNothingToWhomItDoesNotTrust) {
     EXPECT_THAT(call(R"("$URL/echo" --bypass)").out, HasSubstr("GET"));
 }
 
-TEST_F(CLITest, CallSeals) {
-    start();
-    const Ran ran =
-        torvel(R"(call "$URL/echo" --bundle "$DIR" --encrypt --cert server --key "$KEY" --data 'Zoë' )"
-               "--flavour QuentaMerchantApp");
-    EXPECT_THAT(ran.out, HasSubstr(R"("body":"Zoë")"));
-    const Exchange exchange = m_sandbox->exchanges().back();
-    EXPECT_EQ(exchange.keyText, key);
-    EXPECT_EQ(exchange.plainText, "Zoë");
-    EXPECT_EQ(ran.out, exchange.plainAnswer);
-    EXPECT_NE(ran.out, exchange.answer);
-}
-
 TEST_F(CLITest, SealsWhatTheBackendOpens) {
     const SandboxIdentity identity = SandboxIdentity::make();
     ASSERT_EQ(identity.write(m_directory), std::nullopt);

@@ -263,25 +263,6 @@ TEST_F(Pipeline, EveryResponseEmptiesTheSharedCache) {
     }
 }
 
-TEST_F(Pipeline, ANewLibraryOrSessionCutsNothingInFlight) {
-    constexpr int count = 20;
-    int callbacks = 0;
-    int successes = 0;
-    for (int i = 0; i < count; ++i) {
-        // A bypass makes a trust manager, so that each further host rebuilds the session.
-        TorvelLibraryBuilder().setServerURL(m_sandbox->url()).setIsHttpsByPassRequired(true).build();
-        for (const std::string& base :
-             {m_sandbox->url(), "http://localhost:" + std::to_string(m_sandbox->port())})
-            TorvelNetworkClient().getRequest(
-                base + misbehave("delay?ms=30"), "text/plain", {}, {},
-                [&](const Data&) { ++callbacks, ++successes; }, [&](const Decodable&) { ++callbacks; });
-    }
-    DispatchQueue::main().runUntil([&] { return callbacks == 2 * count; }, std::chrono::seconds(20));
-    DispatchQueue::main().drain();
-    EXPECT_EQ(callbacks, 2 * count);
-    EXPECT_EQ(successes, 2 * count);
-}
-
 TEST_F(Pipeline, MissingConfigurationStopsTheProcess) {
     TorvelLibrary::sharedInstance()->requestTimeoutInterval.reset();
     EXPECT_DEATH(get("/echo"), "requestTimeoutInterval");

@@ -93,37 +93,38 @@ TEST_F(SandboxTest, OnlyTheIdentityProvesIt) {
     EXPECT_EQ(shell(R"(curl -s --cacert "$CA" "$URL/echo")").exit, 0);
 }
 
-const std::vector<Row> misbehaviours = {
-    {"status", R"(-i "$URL/misbehave/status?code=503&body=busy&type=text/plain&field=Retry-After:7")", 0,
-     "Retry-After: 7\r\n(.*\n)*busy\n503$"},
-    {"no content", R"("$URL/misbehave/status?code=204")", 0, "^\n204$"},
-    {"empty 200", R"("$URL/misbehave/status")", 0, "^\n200$"},
-    {"delay", R"("$URL/misbehave/delay?ms=1")", 0, "200$"},
-    {"hang", R"(--max-time 0.2 "$URL/misbehave/hang")", 28, "^\n000$"},
-    {"drip", R"("$URL/misbehave/drip?bytes=5&ms=1")", 0, "^\\.\\.\\.\\.\\.\n200$"},
-    {"short length", R"("$URL/misbehave/truncate")", 18, "ok\",\n200$"},
-    {"short chunk", R"("$URL/misbehave/truncate?framing=chunked")", 18, "ok\",\n200$"},
-    {"closed, as said", R"("$URL/misbehave/truncate?framing=close")", 0, "ok\",\n200$"},
-    {"reset in the body", R"("$URL/misbehave/truncate?end=reset")", 56, "200$"},
-    {"reset", R"("$URL/misbehave/reset")", 56, "^\n000$"},
-    {"wrong type", R"(-i "$URL/misbehave/wrong-type")", 0, "Content-Type: text/html\r"},
-    {"redirect",
-     R"(-L -w '%{num_redirects} %{url_effective}' "$URL/misbehave/redirect?to=https://localhost:$PORT/echo")",
-     0, "1 https://localhost:[0-9]+/echo$"},
-    {"loop", R"(-L --max-redirs 3 "$URL/misbehave/loop")", 47, "302$"},
-    {"gzip", R"(--compressed "$URL/misbehave/encoded?coding=gzip")", 0, "\"xxxxx*\"}\n200$"},
-    {"deflate", R"(--compressed "$URL/misbehave/encoded?coding=deflate")", 0, "\"xxxxx*\"}\n200$"},
-    {"br", R"(--compressed "$URL/misbehave/encoded?coding=br")", 0, "\"xxxxx*\"}\n200$"},
-    {"gzip cut in its data", R"("$URL/misbehave/encoded?coding=gzip&cut=20" | head -n -1 | gzip -dc 2>&1)", 1,
-     "unexpected end of file"},
-    {"large", R"(-o /dev/null -w '%{size_download}' "$URL/misbehave/large?bytes=9000000")", 0, "^9000000$"},
-    {"number too large", R"("$URL/misbehave/large?bytes=99999999999")", 0, "BAD_QUERY.*400$"},
-    {"unknown", R"("$URL/misbehave/nonsense")", 0, "NOT_FOUND.*404$"},
-};
-
-TEST_F(SandboxTest, MisbehavesOverTls) {
+TEST_F(SandboxTest, Misbehaves) {
     start();
-    expectRows(misbehaviours, curl);
+    const std::vector<Row> rows = {
+        {"status", R"(-i "$URL/misbehave/status?code=503&body=busy&type=text/plain&field=Retry-After:7")", 0,
+         "Retry-After: 7\r\n(.*\n)*busy\n503$"},
+        {"no content", R"("$URL/misbehave/status?code=204")", 0, "^\n204$"},
+        {"empty 200", R"("$URL/misbehave/status")", 0, "^\n200$"},
+        {"delay", R"("$URL/misbehave/delay?ms=1")", 0, "200$"},
+        {"hang", R"(--max-time 0.2 "$URL/misbehave/hang")", 28, "^\n000$"},
+        {"drip", R"("$URL/misbehave/drip?bytes=5&ms=1")", 0, "^\\.\\.\\.\\.\\.\n200$"},
+        {"short length", R"("$URL/misbehave/truncate")", 18, "ok\",\n200$"},
+        {"short chunk", R"("$URL/misbehave/truncate?framing=chunked")", 18, "ok\",\n200$"},
+        {"closed, as said", R"("$URL/misbehave/truncate?framing=close")", 0, "ok\",\n200$"},
+        {"reset in the body", R"("$URL/misbehave/truncate?end=reset")", 56, "200$"},
+        {"reset", R"("$URL/misbehave/reset")", 56, "^\n000$"},
+        {"wrong type", R"(-i "$URL/misbehave/wrong-type")", 0, "Content-Type: text/html\r"},
+        {"redirect",
+         R"(-L -w '%{num_redirects} %{url_effective}' "$URL/misbehave/redirect?to=https://localhost:$PORT/echo")",
+         0, "1 https://localhost:[0-9]+/echo$"},
+        {"loop", R"(-L --max-redirs 3 "$URL/misbehave/loop")", 47, "302$"},
+        {"gzip", R"(--compressed "$URL/misbehave/encoded?coding=gzip")", 0, "\"xxxxx*\"}\n200$"},
+        {"deflate", R"(--compressed "$URL/misbehave/encoded?coding=deflate")", 0, "\"xxxxx*\"}\n200$"},
+        {"br", R"(--compressed "$URL/misbehave/encoded?coding=br")", 0, "\"xxxxx*\"}\n200$"},
+        {"gzip cut in its data",
+         R"("$URL/misbehave/encoded?coding=gzip&cut=20" | head -n -1 | gzip -dc 2>&1)", 1,
+         "unexpected end of file"},
+        {"large", R"(-o /dev/null -w '%{size_download}' "$URL/misbehave/large?bytes=9000000")", 0,
+         "^9000000$"},
+        {"number too large", R"("$URL/misbehave/large?bytes=99999999999")", 0, "BAD_QUERY.*400$"},
+        {"unknown", R"("$URL/misbehave/nonsense")", 0, "NOT_FOUND.*404$"},
+    };
+    expectRows(rows, curl);
     // curl takes either end of an unframed body for whole; s_client tells them apart.
     const auto endOfBody = [](const std::string& end) {
         return shell("printf 'GET /misbehave/truncate?framing=close&end=" + end +
@@ -131,14 +132,6 @@ TEST_F(SandboxTest, MisbehavesOverTls) {
     };
     EXPECT_THAT(endOfBody("cut").out, HasSubstr("unexpected eof while reading"));
     EXPECT_THAT(endOfBody("orderly").out, Not(HasSubstr("unexpected eof")));
-}
-
-TEST_F(SandboxTest, MisbehavesOverPlainHttp) {
-    start({.tls = false});
-    expectRows(misbehaviours, [](const std::string& arguments) {
-        return arguments.find("https://") == std::string::npos ? curl(arguments)
-                                                               : Ran{0, "1 https://localhost:1/echo"};
-    });
 }
 
 TEST_F(SandboxTest, RecordsWhatArrived) {

@@ -1,4 +1,5 @@
 #include "TorvelPlatform/dispatch/DispatchQueue.h"
+#include "TorvelTesting/TemporaryHost.h"
 #include "gallery/Gallery.h"
 #include "gallery/Window.h"
 #include "gallery/phone/Phone.h"
@@ -9,27 +10,14 @@
 #include <QLineEdit>
 #include <QTest>
 #include <QToolButton>
-#include <filesystem>
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 namespace torvel::gallery {
 namespace {
 
-// What a user's home would keep, removed afterwards.
-struct PrivateFolders {
-    PrivateFolders() {
-        path = ::mkdtemp((std::filesystem::temp_directory_path() / "torvel-test-XXXXXX").string().data());
-        ::setenv("XDG_DATA_HOME", (path / "data").c_str(), 1);
-        ::setenv("XDG_STATE_HOME", (path / "state").c_str(), 1);
-    }
-    ~PrivateFolders() { std::filesystem::remove_all(path); }
-    std::filesystem::path path;
-};
-
 // The gallery as its user has it.
-class GalleryTest : public testing::Test {
+class GalleryTest : public ::testing::Test {
   protected:
     GalleryTest() {
         connectScreen();
@@ -77,7 +65,7 @@ class GalleryTest : public testing::Test {
         return false;
     }
 
-    PrivateFolders folders;
+    const testing::TemporaryHost folders;
     std::unique_ptr<Host> host = std::move(Host::start()).value();
     std::unique_ptr<Gallery> gallery = std::make_unique<Gallery>(*host);
     std::unique_ptr<Window> window;

@@ -148,6 +148,8 @@ TEST_F(UIImageTest, ResizesOnceByHowManyTimesItIsTooLarge) {
             EXPECT_TRUE(image.width() == w && image.height() == h) << image.width();
         });
     UIImage().resizeImage(1, [&](const UIImage&) { FAIL(); });
+    const auto isUnchanged = [](const UIImage& image) { EXPECT_EQ(image.scale(), 1e-300); };
+    UIImage(*picture.bitmap(), 1e-300).resizeImage(1, isUnchanged);
     UIImage().convertToBase64([&](const std::string&) { FAIL(); });
 
     // A board of single pixels: whoever skips some sees black or white.
@@ -187,16 +189,17 @@ TEST_F(UIImageTest, IsFoundByNameInTheMainBundleThenTheOtherThenTheLibrary) {
     const auto add = [&](const std::string& name, int side) {
         addResource(name, plain(side, side).pngData()->raw());
     };
-    add(set + "c", 20), add("logo.png", 1), add("logo@2x.png", 4), add("photo.jpg", 3);
+    add(set + "c", 20), add("logo.png", 1), add("logo@2x.png", 4), add("photo.jpg", 3),
+        add("photo.v2.png", 6);
     addResource("broken.png", "no image");
     add("other/broken.png", 5);
     const Bundle other = *Bundle::at(directory() / "other");
     const struct {
         const char* name;
         double screen, width, scale;
-    } rows[] = {{"card", 1, 10, 2},     {"logo", 1, 1, 1},   {"logo", 2, 2, 2},     {"logo", 3, 2, 2},
-                {"photo.jpg", 1, 3, 1}, {"broken", 1, 5, 1}, {"unknown", 1, 96, 1}, {"unknown", 2, 96, 2},
-                {"../logo", 1, 96, 1},  {"", 1, 96, 1}};
+    } rows[] = {{"card", 1, 10, 2},     {"logo", 1, 1, 1},     {"logo", 2, 2, 2},   {"logo", 3, 2, 2},
+                {"photo.jpg", 1, 3, 1}, {"photo.v2", 1, 6, 1}, {"broken", 1, 5, 1}, {"unknown", 1, 96, 1},
+                {"unknown", 2, 96, 2},  {"../logo", 1, 96, 1}, {"", 1, 96, 1}};
     for (const auto& row : rows) {
         ScreenEnvironment::scale = row.screen;
         const UIImage image = UIImage::initImage(row.name, other);

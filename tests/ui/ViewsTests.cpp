@@ -148,6 +148,7 @@ TEST_F(ViewsTest, TheNavigationItemIsThatOfThePartOfTheNavigationController) {
     EXPECT_EQ(inner->children().size(), 0u);
     for (const auto& itself : {std::shared_ptr<UIViewController>(navigation), {outer}})
         EXPECT_DEATH(outer->addChild(itself), "cannot contain itself");
+    EXPECT_DEATH(navigation->pushViewController(nullptr), "cannot contain nothing");
 }
 
 TEST_F(ViewsTest, ContainersShowTheirScreensAndBars) {
@@ -194,6 +195,12 @@ TEST_F(ViewsTest, ContainersShowTheirScreensAndBars) {
     EXPECT_TRUE(home->view()->isVisible() && !title->isVisible());
     tabs->updateTheme();
     EXPECT_EQ(home->themes + more->themes, 2);
+
+    auto ended = make<UINavigationController>(make());
+    ended->pushViewController(make());
+    QWidget* const rest = ended->view();  // goes with the loop's next round
+    ended.reset();
+    rest->findChild<QAbstractButton*>("navigationBack")->click();
 }
 
 class Nest : public QLabel {

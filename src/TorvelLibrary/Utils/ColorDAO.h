@@ -34,7 +34,7 @@ namespace torvel {
 // clang-format on
 
 // The colours of a theme as hexadecimal texts, which UIColor::hexString() reads; those of TORVEL_COLORS, the
-// defaults at first. A value.
+// defaults at first. A value; threads may share one that none changes.
 class ColorDAO {
   public:
     // The record in a theme file's dictionary; keys that are not there leave the default, other keys count

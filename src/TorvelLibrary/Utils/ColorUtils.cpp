@@ -4,6 +4,7 @@
 #include "TorvelLibrary/Utils/Extenstions.h"
 #include "TorvelLibrary/Utils/LogUtils.h"
 #include "TorvelLibrary/Utils/Utils.h"
+#include "TorvelPlatform/foundation/MainThread.h"
 
 namespace torvel {
 namespace {
@@ -19,6 +20,7 @@ Outcome<ColorDAO, PropertyListError> decodeTheme(const Data& bytes) {
 }  // namespace
 
 ColorUtils& ColorUtils::sharedInstance() {
+    expectMainThread("ColorUtils");
     static auto& instance = *new ColorUtils;
     return instance;
 }

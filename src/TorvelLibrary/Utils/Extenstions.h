@@ -12,6 +12,8 @@
 
 namespace torvel {
 
+// All of it: any thread.
+
 // --- Texts as URLs. A text that is no URL gives the empty result, never an error. ---
 
 // The host.

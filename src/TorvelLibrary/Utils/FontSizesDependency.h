@@ -3,7 +3,7 @@
 namespace torvel {
 
 // The point sizes of the type scale, for a screen 375 points wide. A host replaces any subset by deriving
-// from this and inherits the defaults for the rest.
+// from this and inherits the defaults for the rest. Asked on the main thread, by the font cache.
 class FontSizesDependency {
   public:
     virtual ~FontSizesDependency() = default;

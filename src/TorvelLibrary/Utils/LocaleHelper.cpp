@@ -4,6 +4,7 @@
 #include "TorvelLibrary/Utils/SharedStore.h"
 #include "TorvelPlatform/foundation/Guarded.h"
 #include "TorvelPlatform/foundation/Locale.h"
+#include "TorvelPlatform/foundation/MainThread.h"
 #include "TorvelPlatform/foundation/ScreenEnvironment.h"
 #include "TorvelPlatform/foundation/StringsTable.h"
 
@@ -102,6 +103,7 @@ std::string answerOf(const StringsTable* table, std::string_view key, std::optio
 }  // namespace
 
 void LocaleHelper::doTheSwizzling() {
+    expectMainThread("LocaleHelper::doTheSwizzling()");
     if (Bundle::replaceLookUp(specialLocalizedString) != nullptr) Bundle::replaceLookUp(nullptr);
 }
 

@@ -12,7 +12,7 @@
 
 namespace torvel {
 
-// --- An optional value, or what stands for an absent one. ---
+// --- An optional value, or what stands for an absent one. Any thread. ---
 
 // The empty text.
 inline std::string safelyUnwrap(std::optional<std::string> text) { return std::move(text).value_or(""); }

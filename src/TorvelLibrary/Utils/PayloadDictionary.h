@@ -11,7 +11,7 @@
 namespace torvel {
 
 // A key of any type that can be compared and hashed. Texts of every kind are kept as std::string, so that
-// "x" and std::string("x") are the same key.
+// "x" and std::string("x") are the same key. A value; threads may share one that none changes.
 class AnyHashable {
   public:
     // The key of a text.

@@ -1,6 +1,7 @@
 #include "TorvelLibrary/Utils/UserStorageHelper.h"
 
 #include "TorvelLibrary/Utils/SharedStore.h"
+#include "TorvelPlatform/foundation/MainThread.h"
 #include "TorvelPlatform/foundation/UUID.h"
 
 namespace torvel {
@@ -52,6 +53,7 @@ std::optional<T> number(std::string_view key, const UserStorageHelper::Suite& in
 std::optional<SecureDefaults> sharedStore() { return withKey(SecureDefaults::shared()); }
 
 void UserStorageHelper::initialSetup(const Suite& suiteName) {
+    expectMainThread("UserStorageHelper::initialSetup()");
     defaultSuite() = suiteName.value_or("");
     storeReference({});
 }

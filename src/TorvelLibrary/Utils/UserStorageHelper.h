@@ -18,7 +18,8 @@ namespace torvel {
 // The store of a call is the suite that it names, else the default suite, else the shared store; an empty
 // name is none. A store's key is created, from a random identifier, when the store is first opened. Nothing
 // is told of a failure but through the store's damage handler and the log: writers do nothing then, readers
-// give an absent result. Any thread, but for `initialSetup`.
+// give an absent result. Any thread, but for `initialSetup`, which is for
+// the main thread.
 class UserStorageHelper {
   public:
     // The name of a suite; absent for the default one.

@@ -13,7 +13,7 @@ namespace torvel {
 
 class UIImage;
 
-// Operations that host screens call without knowing which room a value lives in.
+// Operations that host screens call without knowing which room a value lives in. Any thread.
 class Utils {
   public:
     // The bytes of a file; a failure is logged as an error and gives an absent result.

@@ -8,7 +8,7 @@
 namespace torvel {
 
 // A whole decimal number with an optional sign and nothing else, not even spaces; absent for any other text
-// and for numbers beyond 64 bits.
+// and for numbers beyond 64 bits. Any thread.
 inline std::optional<std::int64_t> wholeNumber(std::string_view text) {
     if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
     std::int64_t number = 0;

@@ -7,7 +7,7 @@
 
 namespace torvel {
 
-// RSA encryption of bytes of any length, one block a piece.
+// RSA encryption of bytes of any length, one block a piece. Any thread.
 class RSAUtils {
   public:
     // Cuts `data` into pieces of the key's block size less 11 (the room that PKCS#1 v1.5 padding needs,

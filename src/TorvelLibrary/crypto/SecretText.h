@@ -6,7 +6,7 @@
 
 namespace torvel {
 
-// A key text that is wiped with its owner.
+// A key text that is wiped with its owner. A value; threads may share one that none changes.
 class SecretText {
   public:
     // Takes the text over; a copy of the caller's own is the caller's to wipe.

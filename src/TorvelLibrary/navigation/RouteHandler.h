@@ -8,7 +8,8 @@
 
 namespace torvel {
 
-// What performs a navigation. The router always hands it a present payload.
+// What performs a navigation. The router always hands it a present payload. Runs where AppRouter is used: on
+// the main thread.
 using RouteCallback = std::function<void(const std::optional<PayloadDictionary>& payload)>;
 
 // A registered navigation target.

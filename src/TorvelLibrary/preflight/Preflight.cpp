@@ -4,6 +4,7 @@
 #include "TorvelLibrary/Utils/LogUtils.h"
 #include "TorvelLibrary/preflight/Findings.h"
 #include "TorvelPlatform/foundation/FatalError.h"
+#include "TorvelPlatform/foundation/MainThread.h"
 
 namespace torvel {
 namespace {
@@ -47,6 +48,7 @@ PreflightSettings settingsInForce() {
 }  // namespace
 
 std::vector<PreflightSubject> Preflight::examine(const Bundle& host, const PreflightSettings& settings) {
+    expectMainThread("Preflight");
     const preflight::Host examined{host, settings};
     return {preflight::examineEndpoints(examined),      preflight::examineCertificates(examined),
             preflight::examineConfigurations(examined), preflight::examineColours(examined),

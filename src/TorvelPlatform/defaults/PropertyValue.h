@@ -22,7 +22,8 @@ concept StorableInteger = std::integral<T> && !std::same_as<T, bool> &&
                           (std::signed_integral<T> || sizeof(T) < sizeof(std::int64_t));
 
 // A value of the user defaults: a property-list value, where single-precision numbers and URLs are kinds of
-// their own. Converts from what it can hold. Texts are bytes as given; dates count nanoseconds.
+// their own. Converts from what it can hold. Texts are bytes as given; dates count nanoseconds. A value;
+// threads may share one that none changes.
 class PropertyValue {
   public:
     // A moment.

@@ -5,7 +5,7 @@
 
 namespace torvel {
 
-// How an operation of the encrypted store went, or why it could not be done.
+// How an operation of the encrypted store went, or why it could not be done. Any thread.
 enum class StoreStatus {
     ok,
     noKey,             // nothing has been set up yet: there is neither a key nor data

@@ -10,7 +10,7 @@
 
 namespace torvel {
 
-// Standard base64 (RFC 4648, 4) on one line, with padding.
+// Standard base64 (RFC 4648, 4) on one line, with padding. Any thread.
 struct Base64 {
     // The text of the bytes.
     static std::string encode(std::span<const std::uint8_t> bytes);

@@ -10,7 +10,7 @@
 namespace torvel {
 
 // A byte buffer with value semantics. Its storage is a std::string, so that moving between texts and
-// bytes (JSON, cipher texts, bodies) copies nothing.
+// bytes (JSON, cipher texts, bodies) copies nothing. A value; threads may share one that none changes.
 class Data {
   public:
     Data() = default;

@@ -3,7 +3,7 @@
 namespace torvel {
 
 // The base of every record that can be decoded from a server's answer. Callers that receive a Decodable
-// recover the record by a type test (dynamic_cast).
+// recover the record by a type test (dynamic_cast). Threads may share one that none changes.
 class Decodable {
   public:
     virtual ~Decodable() = default;

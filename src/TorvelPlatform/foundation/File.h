@@ -12,7 +12,7 @@ struct FileError {
     std::string localizedDescription;  // the sentence
 };
 
-// The whole content of a file.
+// The whole content of a file. Any thread.
 Outcome<Data, FileError> readFile(const std::string& path);
 
 }  // namespace torvel

@@ -8,7 +8,7 @@
 
 namespace torvel {
 
-// A locale by its identifier ("en_US", "ar_EG"). A value; comparing is comparing identifiers.
+// A locale by its identifier ("en_US", "ar_EG"). A value; comparing is comparing identifiers. Any thread.
 class Locale {
   public:
     // The locale of an identifier, whether or not there is data for it.

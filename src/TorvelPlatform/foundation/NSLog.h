@@ -4,7 +4,8 @@
 
 namespace torvel {
 
-// The platform's system log: one line on standard error, whatever the library's own logging is set to.
+// The platform's system log: one line on standard error, whatever the library's own logging is set to. Any
+// thread.
 void NSLog(std::string_view message);
 
 }  // namespace torvel

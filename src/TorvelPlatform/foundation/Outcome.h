@@ -6,7 +6,8 @@
 namespace torvel {
 
 // Either a value or the error that took its place. Ask `ok()` (or the Boolean conversion) before reading
-// either side; reading the side that is not there is a programming error (std::bad_variant_access).
+// either side; reading the side that is not there is a programming error (std::bad_variant_access). A value;
+// threads may share one that none changes.
 template <class T, class E>
 class [[nodiscard]] Outcome {
   public:

@@ -8,6 +8,8 @@ namespace torvel {
 
 class CharacterSet;
 
+// All of it: any thread.
+
 // Replaces every byte of a character outside `allowed`, and every non-ASCII byte, by %XX (upper-case hex).
 // "%" itself is escaped unless allowed, so an already escaped text is escaped again. Absent when `text` is
 // not valid UTF-8.

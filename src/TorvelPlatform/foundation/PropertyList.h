@@ -26,7 +26,7 @@ struct PropertyListKey {
     int line;         // from 1
 };
 
-// A property-list value in any of the platform's forms.
+// A property-list value in any of the platform's forms. Immutable; any thread.
 class PropertyList {
   public:
     // A moment.

@@ -8,6 +8,8 @@
 
 namespace torvel {
 
+// All of it: any thread.
+
 // A table by text that can be asked with any kind of text without making a std::string.
 struct TextHash {
     // Lets a table be asked with any kind of text.

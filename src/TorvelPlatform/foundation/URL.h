@@ -8,7 +8,8 @@
 
 namespace torvel {
 
-// A valid URI reference (RFC 3986), kept as written. Relative references are URLs too ("a?x=1").
+// A valid URI reference (RFC 3986), kept as written. Relative references are URLs too ("a?x=1"). Immutable;
+// any thread.
 class URL {
   public:
     // Strict RFC 3986: no spaces, no non-ASCII characters, no stray "%". The empty text is no URL.

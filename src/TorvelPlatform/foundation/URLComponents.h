@@ -15,7 +15,8 @@ struct URLQueryItem {
     bool operator==(const URLQueryItem&) const = default;
 };
 
-// The parts of a URL. "+" in a query is a plus sign, as RFC 3986 has it, not a space.
+// The parts of a URL. "+" in a query is a plus sign, as RFC 3986 has it, not a space. A value; threads may
+// share one that none changes.
 class URLComponents {
   public:
     // Absent when a percent-escape of the path or query does not decode to UTF-8.

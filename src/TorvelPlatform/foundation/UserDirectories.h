@@ -6,7 +6,8 @@
 namespace torvel {
 
 // The host's own folders in its user's home (XDG base directories), named after the identifier of the main
-// bundle. Nothing is made here. A base that is unset, empty or not absolute is replaced by its default.
+// bundle. Nothing is made here. A base that is unset, empty or not absolute is replaced by its default. Any
+// thread.
 struct UserDirectories {
     // $XDG_DATA_HOME/<host>, else ~/.local/share/<host>: what a backup of the user's data takes along.
     static std::filesystem::path data();

@@ -7,7 +7,7 @@
 
 namespace torvel {
 
-// The head of an answer.
+// The head of an answer. A value; threads may share one that none changes.
 struct HTTPURLResponse {
     URL url;              // of the last hop
     int statusCode;       // as received

@@ -9,7 +9,7 @@
 namespace torvel {
 
 // A multipart/form-data body (RFC 7578). Quotes and line breaks in names are escaped as browsers do
-// (%22, %0D, %0A).
+// (%22, %0D, %0A). A value; threads may share one that none changes.
 class MultipartFormData {
   public:
     // One file of a form.

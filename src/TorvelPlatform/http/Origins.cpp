@@ -27,8 +27,11 @@ std::optional<long> keepAliveTimeout(const HTTPHeaders& headers) {
 }  // namespace
 
 std::string Origins::keyOf(const URL& url) {
-    return lowercased(url.scheme().value_or("") + "://" + url.host().value_or("")) + ":" +
-           std::to_string(url.port().value_or(0));
+    const std::string scheme = url.scheme().value_or("");
+    std::string key = url.host().value_or("");
+    key.reserve(scheme.size() + key.size() + 16);
+    key.insert(0, "://").insert(0, scheme).append(":").append(std::to_string(url.port().value_or(0)));
+    return lowercased(std::move(key));
 }
 
 Origins::Origin Origins::of(const std::string& key) const {

@@ -9,12 +9,13 @@ SessionError invalid(std::string why) {
     return {SessionError::Kind::invalidRequest, std::move(why), std::nullopt};
 }
 
+// Names no more than scheme and host: the rest of a URL often holds a secret.
 std::optional<SessionError> urlError(const std::optional<URL>& url) {
     if (!url) return invalid("The request has no URL.");
     const std::string scheme = url->scheme().value_or(""), host = url->host().value_or("");
     if (!equalsIgnoringCase(scheme, "http") && !equalsIgnoringCase(scheme, "https"))
-        return invalid("Unsupported URL: " + url->absoluteString() + " is neither http nor https.");
-    if (host.empty()) return invalid("Unsupported URL: " + url->absoluteString() + " names no host.");
+        return invalid("Unsupported URL: its scheme \"" + scheme + "\" is neither http nor https.");
+    if (host.empty()) return invalid("Unsupported URL: it names no host.");
     // The client would decode it, and then trust be asked for another name than the one connected to.
     if (host.find('%') != std::string::npos)
         return invalid("Unsupported URL: the host " + host + " is percent-encoded.");

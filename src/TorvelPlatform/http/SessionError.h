@@ -7,7 +7,7 @@
 
 namespace torvel {
 
-// Why a request failed.
+// Why a request failed. A value; threads may share one that none changes.
 struct SessionError {
     // What failed.
     enum class Kind {

@@ -11,7 +11,8 @@
 
 namespace torvel {
 
-// Header fields in order. Names compare without regard to ASCII case (RFC 9110, 5.1).
+// Header fields in order. Names compare without regard to ASCII case (RFC 9110, 5.1). A value; threads may
+// share one that none changes.
 class HTTPHeaders {
   public:
     // A name and its value.

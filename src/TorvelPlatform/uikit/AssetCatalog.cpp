@@ -81,13 +81,15 @@ std::optional<fs::path> assetFolder(const Bundle& bundle, std::string_view name,
 }
 
 int appearanceFitness(const JSON& entry, ScreenEnvironment::Style style) {
-    if (!says(entry, "idiom", "universal")) return 0;
+    const bool isUniversal = says(entry, "idiom", "universal");
+    if (!isUniversal && !says(entry, "idiom", "iphone")) return 0;
+    const int least = isUniversal ? 2 : 0;
     const auto appearances = entry.member("appearances");
-    if (!appearances) return 1;
+    if (!appearances) return least + 1;
     const std::string_view wanted = style == ScreenEnvironment::Style::dark ? "dark" : "light";
     for (const JSON& appearance : appearances->elements())
         if (!says(appearance, "appearance", "luminosity") || !says(appearance, "value", wanted)) return 0;
-    return 2;
+    return least + 2;
 }
 
 }  // namespace torvel

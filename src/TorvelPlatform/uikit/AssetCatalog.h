@@ -17,8 +17,9 @@ namespace torvel {
 std::optional<std::filesystem::path> assetFolder(const Bundle& bundle, std::string_view name,
                                                  std::string_view type);
 
-// How well an entry of an asset's "Contents.json" suits an appearance, on any device: 0 not at all, 1 as the
-// one for any appearance, 2 as that one's own.
+// How well an entry of an asset's "Contents.json" suits an appearance: 0 not at all, 1 as the one for phones
+// in any appearance, 2 for phones in that one, 3 for any device in any appearance, 4 for any device in that
+// one. Any thread.
 int appearanceFitness(const JSON& entry, ScreenEnvironment::Style style);
 
 }  // namespace torvel

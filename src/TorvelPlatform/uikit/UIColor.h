@@ -42,8 +42,8 @@ class UIColor {
 
     // The named colour of a bundle: the set "<name>.colorset" of its asset catalogues, in the appearance
     // that ScreenEnvironment::style asks for. Read on the first call and kept. Absent when there is no such
-    // set, or none that says a colour for any device; one that is no colour set is reported to the
-    // diagnostics as well, at each call.
+    // set, or none that says a colour for any device or for phones; one that is no colour set is reported to
+    // the diagnostics as well, at each call.
     static std::optional<UIColor> named(std::string_view name, const Bundle& bundle);
     // The named colour of the main bundle, else of the other one, else the dark grey.
     static UIColor initColor(std::string_view colorName, const Bundle& targetBundle);

@@ -3,15 +3,19 @@
 #include "TorvelLibrary/TorvelLibrary.h"
 #include "TorvelLibrary/TorvelLibraryBuilder.h"
 #include "TorvelLibrary/Utils/Amounts.h"
-#include "TorvelLibrary/Utils/ColorUtils.h"
 #include "TorvelLibrary/Utils/LocaleHelper.h"
+#include "TorvelLibrary/Utils/UserStorageHelper.h"
+#include "TorvelLibrary/Utils/Utils.h"
 #include "TorvelLibrary/crypto/AES256CBC.h"
+#include "TorvelLibrary/crypto/PEMUtils.h"
 #include "TorvelLibrary/validation/CardUtils.h"
 #include "TorvelLibrary/validation/ValidationHelper.h"
+#include "TorvelPlatform/uikit/UIColor.h"
 #include "TorvelTesting/Certificates.h"
 #include "TorvelTesting/HostFixture.h"
 
 #include <functional>
+#include <latch>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -87,12 +91,6 @@ TEST_F(Facade, WithoutABuildTheDefaultInstanceIsLoggedOnce) {
     EXPECT_EQ(
         log,
         " [‼️] ERROR[TorvelLibrary]:196 23 sharedInstance() -> TorvelLibrary not configured properly\n");
-}
-
-TEST_F(Facade, FlavoursHaveTheirNames) {
-    EXPECT_EQ(rawValue(WrapperConfig::QuentaMerchantApp), "QuentaMerchantApp");
-    EXPECT_EQ(wrapperConfig("Pellox"), WrapperConfig::Pellox);
-    EXPECT_EQ(wrapperConfig("pellox"), std::nullopt);
 }
 
 TEST_F(Facade, WithoutPinningEveryHostSharesTheDefaultSession) {
@@ -175,15 +173,25 @@ TEST_F(Facade, FirstUsesRaceCleanly) {
         [] { EXPECT_EQ(EndpointsHelper::getEndPoint<std::string>("login"), "api/login"); },
         [] { EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "en"); },
         [] { EXPECT_EQ(getLocalisedValue("absent", Bundle::main(), "Localizable"), "absent"); },
-        [] { EXPECT_EQ(ColorUtils::sharedInstance().theme->primaryColor, "0387D1"); },
         [] { EXPECT_FALSE(ValidationHelper::validateData("x", "[0-9]+")); },
         [] { EXPECT_FALSE(CardUtils::sharedInstance().validateCardNumber("4111")); },
         [] { EXPECT_FALSE(getDisplayAmountWithoutCurrency("1", "$", true).empty()); },
         [] { EXPECT_TRUE(AES256CBC::encryptString("text", AES256CBC::generatePassword()).has_value()); },
+        [] { EXPECT_FALSE(PEMUtils::getSecKey()); },
+        [] { EXPECT_FALSE(UserStorageHelper::string("absent")); },
+        [] { EXPECT_EQ(Utils::getEnglishNumber("1"), "1"); },
+        [] { EXPECT_FALSE(UIColor::named("absent", Bundle::main())); },
+        [] { LogUtils::d("a line"); },
     };
+    constexpr int rounds = 3;
+    std::latch start(rounds * std::size(uses));
     std::vector<std::thread> threads;
-    for (int round = 0; round < 3; ++round)
-        for (const auto& use : uses) threads.emplace_back(use);
+    for (int round = 0; round < rounds; ++round)
+        for (const auto& use : uses)
+            threads.emplace_back([&] {
+                start.arrive_and_wait();
+                use();
+            });
     for (std::thread& thread : threads) thread.join();
 }
 

@@ -95,19 +95,5 @@ TEST_F(Configurations, TheSampleHostsTableHasEveryKey) {
 #undef TORVEL_NOTHING
 }
 
-TEST_F(Configurations, TheFacadesValuesAreReadThrough) {
-    TorvelLibraryBuilder().setWrapperConfig(WrapperConfig::Pellox).build();
-    EXPECT_EQ(Utils::getWrapperConfig(), WrapperConfig::Pellox);
-    EXPECT_EQ(Utils::getBase64Token(), std::nullopt);
-    TorvelLibraryBuilder().setBase64("dG9rZW4=").build();
-    EXPECT_EQ(Utils::getBase64Token(), "dG9rZW4=");
-}
-
-TEST(LaunchModes, HaveRawValues) {
-    EXPECT_EQ(launchModes(2), LaunchModes::Add);
-    EXPECT_EQ(launchModes(3), std::nullopt);
-    EXPECT_EQ(launchModes(-1), std::nullopt);
-}
-
 }  // namespace
 }  // namespace torvel

@@ -1,5 +1,6 @@
 #include "TorvelPlatform/uikit/qt/Fonts.h"
 
+#include "TorvelPlatform/foundation/MainThread.h"
 #include "TorvelPlatform/foundation/Text.h"
 
 #include <QFont>
@@ -80,20 +81,24 @@ std::string systemFontName() {
 }  // namespace
 
 bool registerFont(const std::string& path) {
+    expectMainThread("registerFont()");
     return QFontDatabase::addApplicationFont(QString::fromStdString(path)) >= 0;
 }
 
 std::optional<UIFont> fontWithName(std::string_view fontName, double size) {
+    expectMainThread("fontWithName()");
     if (registeredFace(fontName) == nullptr) return std::nullopt;
     return UIFont(std::string(fontName), size);
 }
 
 UIFont systemFontOfSize(double size) {
+    expectMainThread("systemFontOfSize()");
     static const auto& name = *new std::string(systemFontName());
     return {name, size};
 }
 
 QFont toQFont(const UIFont& font) {
+    expectMainThread("toQFont()");
     const Face* const face = registeredFace(font.fontName());
     QFont result = face ? QFontDatabase::font(face->family, face->style, 12) : QFont();
     result.setHintingPreference(QFont::PreferNoHinting);

@@ -8,8 +8,6 @@
 namespace torvel {
 namespace {
 
-constexpr qint64 mostPixels = 32'000'000;
-
 // What pictures are sent and shipped in. The toolkit knows more: documents that name other files, and formats
 // whose readers fill up what is missing.
 bool isWhole(const QByteArray& format, const Data& data) {

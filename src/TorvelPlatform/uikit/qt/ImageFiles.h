@@ -8,6 +8,9 @@
 
 namespace torvel {
 
+// What one image has at most.
+inline constexpr qint64 mostPixels = 32'000'000;
+
 struct DecodedImage {
     Bitmap bitmap;
     ImageOrientation orientation;

@@ -1,6 +1,7 @@
 #include "TorvelPlatform/uikit/qt/QtHost.h"
 
 #include "TorvelPlatform/dispatch/DispatchQueue.h"
+#include "TorvelPlatform/foundation/MainThread.h"
 #include "TorvelPlatform/foundation/ScreenEnvironment.h"
 #include "TorvelPlatform/uikit/qt/Direction.h"
 
@@ -65,6 +66,7 @@ class DirectionFilter final : public QObject {
 }  // namespace
 
 void connectToQt() {
+    expectMainThread("connectToQt()");
     qGuiApp->installEventFilter(new DirectionFilter(qGuiApp));
     drainMainQueueFromLoop();
     followScreen(QGuiApplication::primaryScreen());

@@ -1,5 +1,6 @@
 #include "TorvelPlatform/uikit/qt/TextMeasure.h"
 
+#include "TorvelPlatform/foundation/MainThread.h"
 #include "TorvelPlatform/uikit/qt/Fonts.h"
 
 #include <QFont>
@@ -35,6 +36,7 @@ QString laidOutText(std::string_view text) {
 }  // namespace
 
 TextSize boundingSize(std::string_view text, const UIFont& font, std::optional<double> width) {
+    expectMainThread("boundingSize()");
     if (!(font.pointSize() > 0)) return {0, 0};
     const bool wraps = width.value_or(0) > 0;
     const double pixels = wraps ? referenceSize : sizeForOneLine(text.size());

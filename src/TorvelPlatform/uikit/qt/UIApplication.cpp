@@ -1,11 +1,13 @@
 #include "TorvelPlatform/uikit/qt/UIApplication.h"
 
+#include "TorvelPlatform/foundation/MainThread.h"
 #include "TorvelPlatform/uikit/qt/UINavigationController.h"
 #include "TorvelPlatform/uikit/qt/UITabBarController.h"
 
 namespace torvel {
 
 UIViewController* UIApplication::getTopViewController(UIViewController* base) {
+    expectMainThread("UIApplication");
     if (auto* const navigation = dynamic_cast<UINavigationController*>(base))
         return getTopViewController(navigation->visibleViewController());
     if (auto* const tabs = dynamic_cast<UITabBarController*>(base))

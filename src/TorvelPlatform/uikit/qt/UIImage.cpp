@@ -46,17 +46,23 @@ std::optional<UIImage> imageOfCatalog(std::string_view name, const Bundle& bundl
     return image;
 }
 
-// A name without a type is that of a PNG.
-std::optional<UIImage> imageOfFile(std::string_view name, const Bundle& bundle) {
-    const fs::path path(name);
-    const std::string type = path.has_extension() ? path.extension().string().substr(1) : "png";
-    const std::string stem = (path.parent_path() / path.stem()).string();
+std::optional<UIImage> imageOfFile(const std::string& stem, const std::string& type, const Bundle& bundle) {
     const double scale = ScreenEnvironment::scale;
     static constexpr const char* orders[][3] = {{"", "@2x", "@3x"}, {"@2x", "@3x", ""}, {"@3x", "@2x", ""}};
     for (const char* fineness : orders[scale > 2 ? 2 : scale > 1 ? 1 : 0])
         if (const auto file = bundle.path(stem + fineness, type))
             if (auto image = UIImage::fromFile(*file)) return image;
     return std::nullopt;
+}
+
+// A name without a type is that of a PNG, and what stands behind a full stop may be none.
+std::optional<UIImage> imageOfFile(std::string_view name, const Bundle& bundle) {
+    const fs::path path(name);
+    std::optional<UIImage> image;
+    if (path.has_extension())
+        image = imageOfFile((path.parent_path() / path.stem()).string(), path.extension().string().substr(1),
+                            bundle);
+    return image ? image : imageOfFile(std::string(name), "png", bundle);
 }
 
 // How a photograph is to be turned, by how the device is held and which camera took it. Deliberately
@@ -135,8 +141,10 @@ void UIImage::resizeImage(double targetSizeInKB, const Completion<UIImage>& comp
     if (!png) return;
     const double ratio = static_cast<double>(png->size()) / 1024 / targetSizeInKB;
     const double newWidth = std::ceil(width() / ratio), newHeight = std::ceil(height() / ratio);
-    // No image has a side of nothing: what a target of no size asks for is the image as it is.
-    if (!(ratio > 1 && newWidth >= 1 && newHeight >= 1)) return completion(*this);
+    // No image has a side of nothing, nor more pixels than one may have: whoever asks for such a copy, by a
+    // target of no size or of an image of a tiny scale, has the image as it is.
+    if (!(ratio > 1 && newWidth >= 1 && newHeight >= 1 && newWidth * newHeight <= mostPixels))
+        return completion(*this);
     const QSize size(static_cast<int>(newWidth), static_cast<int>(newHeight));
     completion(UIImage(toBitmap(toQImage().scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation))));
 }

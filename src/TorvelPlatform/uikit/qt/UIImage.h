@@ -33,8 +33,9 @@ class UIImage {
     static std::optional<UIImage> fromFile(const std::string& path);
 
     // The image of a bundle: the set "<name>.imageset" of its asset catalogues, in the appearance and the
-    // scale that ScreenEnvironment tells, else the file "<name>" or "<name>.png", with "@2x" or "@3x" before
-    // the type where the screen is finer. Read anew at each call. Absent when there is none that decodes.
+    // scale that ScreenEnvironment tells, else the file "<name>", else "<name>.png", with "@2x" or "@3x"
+    // before the type where the screen is finer. Read anew at each call. Absent when there is none that
+    // decodes.
     static std::optional<UIImage> named(std::string_view name, const Bundle& bundle);
     // The named image of the main bundle, else of the other one, else "noImage" of the library's bundle; a
     // library without that one stops the process.
@@ -66,7 +67,8 @@ class UIImage {
     using Completion = std::function<void(const Result&)>;
     // Hands over the image itself when its PNG has at most so many kilobytes (of 1024 bytes), else a copy,
     // one pixel a point, both sides divided by how many times larger it is. Deliberately once, by the
-    // sides rather than the area, and without looking at the result's size. What has no PNG is not handed
+    // sides rather than the area, and without looking at the result's size. A copy of no size, or of more
+    // than 32 million pixels, is the image itself. What has no PNG is not handed
     // over.
     void resizeImage(double targetSizeInKB, const Completion<UIImage>& completion) const;
     // Hands over the PNG in base64 (RFC 4648, 4) on one line; nothing without a bitmap.

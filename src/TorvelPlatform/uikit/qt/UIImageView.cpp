@@ -1,6 +1,7 @@
 #include "TorvelPlatform/uikit/qt/UIImageView.h"
 
 #include "TorvelPlatform/foundation/Base64.h"
+#include "TorvelPlatform/foundation/MainThread.h"
 
 #include <QImage>
 #include <QLabel>
@@ -22,6 +23,7 @@ std::string withoutUnknownCharacters(std::string_view base64) {
 }  // namespace
 
 void setImage(UIImageView& view, const std::optional<UIImage>& image) {
+    expectMainThread("UIImageView");
     view.setPixmap(image ? QPixmap::fromImage(image->toQImage()) : QPixmap());
 }
 

@@ -1,5 +1,6 @@
 #include "TorvelPlatform/uikit/qt/UINavigationController.h"
 
+#include "TorvelPlatform/foundation/MainThread.h"
 #include "TorvelPlatform/uikit/qt/ScreenStack.h"
 
 #include <QAbstractButton>
@@ -72,6 +73,7 @@ UIViewController* UINavigationController::visibleViewController() const {
 }
 
 void UINavigationController::setNavigationBarHidden(bool hidden) {
+    expectMainThread("UIViewController");
     m_barHidden = hidden;
     if (isViewLoaded()) showBar();
 }

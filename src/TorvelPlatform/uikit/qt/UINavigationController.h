@@ -6,7 +6,7 @@ namespace torvel {
 
 // A stack of screens, the last of its children visible, under a bar with its title and a way back. The
 // parts of its view have object names for style sheets: "navigationBar", "navigationBack" and
-// "navigationTitle".
+// "navigationTitle". For the main thread; nullptr as a screen stops the process.
 class UINavigationController : public UIViewController {
   public:
     // A stack of one screen, or an empty one.

@@ -1,6 +1,7 @@
 #include "TorvelPlatform/uikit/qt/UINib.h"
 
 #include "TorvelPlatform/foundation/Diagnostics.h"
+#include "TorvelPlatform/foundation/MainThread.h"
 #include "TorvelPlatform/foundation/Text.h"
 
 #include <QCoreApplication>
@@ -61,6 +62,7 @@ class LoaderInUse {
 }  // namespace
 
 std::unique_ptr<UIView> UINib::instantiate() const {
+    expectMainThread("UINib");
     const auto path = m_bundle.path(m_name, "ui");
     if (!path) {
         reportDiagnostic("There is no interface file \"" + m_name + "\" in the bundle \"" +
@@ -79,6 +81,7 @@ std::unique_ptr<UIView> UINib::instantiate() const {
 }
 
 void UINib::registerView(std::string_view className, ViewFactory factory) {
+    expectMainThread("UINib");
     factories().insert_or_assign(std::string(className), std::move(factory));
 }
 

@@ -1,5 +1,6 @@
 #include "TorvelPlatform/uikit/qt/UITabBarController.h"
 
+#include "TorvelPlatform/foundation/MainThread.h"
 #include "TorvelPlatform/uikit/qt/ScreenStack.h"
 
 #include <QHBoxLayout>
@@ -58,6 +59,7 @@ std::optional<std::size_t> UITabBarController::selectedIndex() const {
 }
 
 void UITabBarController::setSelectedIndex(std::optional<std::size_t> index) {
+    expectMainThread("UIViewController");
     m_selected = index && *index < children().size() ? children()[*index].get() : nullptr;
     if (isViewLoaded()) showSelected();
 }

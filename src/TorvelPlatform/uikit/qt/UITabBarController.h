@@ -7,7 +7,8 @@
 namespace torvel {
 
 // Screens side by side, one of its children visible or none, over a bar with a button for each. The parts of
-// its view have object names for style sheets: "tabBar" and, for each button, "tabBarButton".
+// its view have object names for style sheets: "tabBar" and, for each button, "tabBarButton". For the main
+// thread; nullptr as a screen stops the process.
 class UITabBarController : public UIViewController {
   public:
     // A bar without screens.

@@ -5,7 +5,7 @@ class QWidget;
 namespace torvel {
 
 // A view: the platform's views are the toolkit's widgets, so that every widget of a host and every interface
-// file that a designer drew takes part.
+// file that a designer drew takes part. For the main thread.
 //
 // A view takes the writing direction in force (ScreenEnvironment::direction), that of a screen when it is
 // loaded, any other, once connectToQt() was called, when it is first shown; and keeps it: a change of

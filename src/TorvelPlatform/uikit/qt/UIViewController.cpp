@@ -1,6 +1,7 @@
 #include "TorvelPlatform/uikit/qt/UIViewController.h"
 
 #include "TorvelPlatform/foundation/FatalError.h"
+#include "TorvelPlatform/foundation/MainThread.h"
 #include "TorvelPlatform/uikit/qt/Direction.h"
 #include "TorvelPlatform/uikit/qt/UINavigationController.h"
 
@@ -32,16 +33,19 @@ UIViewController::UIViewController(UINib nib) : m_nib(std::move(nib)), m_view(st
 UIViewController::~UIViewController() {
     for (const auto& child : m_children) child->m_parent = nullptr;
     if (m_view->widget.isNull()) return;
-    // Not at once: what ends the screen may be one of its own buttons.
+    // Not at once: what ends the screen may be one of its own buttons. None of them is pressed any more.
+    m_view->widget->setEnabled(false);
     m_view->widget->setParent(nullptr);
     m_view->widget->deleteLater();
 }
 
 void UIViewController::tellParent() {
+    expectMainThread("UIViewController");
     if (m_parent != nullptr) m_parent->childrenDidChange();
 }
 
 UIView* UIViewController::view() {
+    expectMainThread("UIViewController");
     if (!isViewLoaded()) {
         m_view->widget = loadView();
         takeDirection(*m_view->widget);
@@ -66,6 +70,8 @@ UIBarItem& UIViewController::navItem() {
 }
 
 void UIViewController::addChild(std::shared_ptr<UIViewController> child) {
+    expectMainThread("UIViewController");
+    if (!child) fatalError("A view controller cannot contain nothing.");
     for (const UIViewController* above = this; above != nullptr; above = above->m_parent)
         if (above == child.get()) fatalError("A view controller cannot contain itself.");
     child->removeFromParent();
@@ -75,6 +81,7 @@ void UIViewController::addChild(std::shared_ptr<UIViewController> child) {
 }
 
 void UIViewController::removeFromParent() {
+    expectMainThread("UIViewController");
     UIViewController* const parent = m_parent;
     if (parent == nullptr) return;
     m_parent = nullptr;

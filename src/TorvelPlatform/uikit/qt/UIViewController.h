@@ -15,6 +15,7 @@ namespace torvel {
 class UINavigationController;
 
 // What the bars of containers show of a screen: its title, and a picture where the bar has room for one.
+// For the main thread.
 class UIBarItem {
   public:
     // The title; empty at first.
@@ -25,6 +26,9 @@ class UIBarItem {
     const std::optional<UIImage>& image() const { return m_image; }
     // Changes the picture, at once also where it is shown.
     void setImage(std::optional<UIImage> image);
+
+    UIBarItem(const UIBarItem&) = delete;
+    UIBarItem& operator=(const UIBarItem&) = delete;
 
   private:
     friend class UIViewController;
@@ -73,7 +77,7 @@ class UIViewController {
     // The controllers in this one, in the order of their coming.
     const std::vector<std::shared_ptr<UIViewController>>& children() const { return m_children; }
     // Takes a controller in, as the last one, from where it was. The view is the caller's to place. To take
-    // in itself or one that it is in stops the process.
+    // in itself, one that it is in or nullptr stops the process.
     void addChild(std::shared_ptr<UIViewController> child);
     // Leaves the parent, which drops its share of this controller; nothing without one.
     void removeFromParent();

@@ -5,7 +5,6 @@
 
 #include <cctype>
 #include <functional>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -147,22 +146,6 @@ TEST(CryptoDeathTest, DeploymentFaultsStopTheProcess) {
     EXPECT_DEATH(PKCS7::remove(""), "no bytes to remove");
     for (const std::int64_t bound : {std::int64_t{-1}, std::int64_t{4294967296}})
         EXPECT_DEATH(Random::generate(bound), "no upper bound of " + std::to_string(bound));
-}
-
-TEST(AES256CBC, ServesSeveralThreads) {
-    const std::string text = reference::base64(reference::bytes(300, 6));
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            for (int round = 0; round < 50; ++round) {
-                const std::string cipher = AES256CBC::encryptString(text, password).value();
-                EXPECT_EQ(
-                    AES256CBC::decryptString(base64(cipher.substr(0, 16)) + cipher.substr(16), password),
-                    text);
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace

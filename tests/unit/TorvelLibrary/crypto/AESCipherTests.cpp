@@ -1,5 +1,6 @@
 #include "TorvelLibrary/crypto/AESCipher.h"
 #include "TorvelLibrary/crypto/TextCipher.h"
+#include "support/GuardedBuffer.h"
 #include "unit/TorvelLibrary/crypto/Reference.h"
 
 #include <cstring>
@@ -8,8 +9,6 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 namespace torvel {
 namespace {
@@ -228,41 +227,19 @@ TEST_P(OnePassTier, OnePassSeesEveryByteThatIsNotASCII) {
     }
 }
 
-// Buffers that end where no memory follows.
-class GuardedBuffer {
-  public:
-    explicit GuardedBuffer(std::size_t size) : m_size(size) {
-        m_page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-        m_map = static_cast<char*>(
-            mmap(nullptr, 2 * m_page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-        mprotect(m_map + m_page, m_page, PROT_NONE);
-    }
-    ~GuardedBuffer() { munmap(m_map, 2 * m_page); }
-    GuardedBuffer(const GuardedBuffer&) = delete;
-    GuardedBuffer& operator=(const GuardedBuffer&) = delete;
-
-    char* text() { return m_map + m_page - m_size; }
-    std::uint8_t* bytes() { return reinterpret_cast<std::uint8_t*>(text()); }
-
-  private:
-    std::size_t m_size, m_page;
-    char* m_map;
-};
-
 TEST_P(OnePassTier, StaysInsideItsBuffers) {
     const AESKey key = {bytePointer(key16), 4};
-    GuardedBuffer iv(24);
-    std::memcpy(iv.text(), base64(iv16).data(), 24);
-    for (std::size_t size = 0; size < 1000; ++size) {
-        const std::size_t blocks = size / 16 + 1, textSize = (16 * blocks + 2) / 3 * 4;
-        GuardedBuffer plain(size), written(textSize + CipherKernels::slack), text(textSize),
-            out(16 * blocks + CipherKernels::slack);
-        std::memset(plain.text(), 'x', size);
-        GetParam()->encryptToBase64(key, bytePointer(iv16), plain.bytes(), size, written.text());
-        std::memcpy(text.text(), written.text(), textSize);
+    using Guard = GuardedBuffer::Guard;
+    for (std::size_t size = 0; size < 2000; ++size) {
+        const Guard guard = size % 2 == 0 ? Guard::before : Guard::behind;
+        const std::size_t length = size / 2, blocks = length / 16 + 1, textSize = (16 * blocks + 2) / 3 * 4;
+        GuardedBuffer plain(std::string(length, 'x'), guard), ivBytes(iv16, guard), iv(base64(iv16), guard),
+            written(textSize + CipherKernels::slack, guard), out(16 * blocks + CipherKernels::slack, guard);
+        GetParam()->encryptToBase64(key, ivBytes.bytes(), plain.bytes(), length, written.text());
+        GuardedBuffer text({written.text(), textSize}, guard);
         ASSERT_EQ(GetParam()->decryptFromBase64(key, iv.text(), text.text(), out.bytes(), blocks),
                   DecryptedText::ascii);
-        ASSERT_EQ(std::memcmp(out.text(), plain.text(), size), 0) << size;
+        ASSERT_EQ(std::memcmp(out.text(), plain.text(), length), 0) << length;
     }
 }
 

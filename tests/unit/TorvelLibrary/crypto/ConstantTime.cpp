@@ -14,6 +14,7 @@ using namespace torvel;
 namespace {
 
 constexpr std::size_t blocks = 21;  // enough for every width that a tier works in, and a rest
+constexpr std::size_t textSize = ((blocks + 1) * aesBlockSize + 2) / 3 * 4;
 
 void exercise(const CipherKernels& tier, unsigned keyWords) {
     std::uint8_t key[32] = {}, iv[aesBlockSize] = {}, plain[blocks * aesBlockSize] = {};
@@ -26,6 +27,15 @@ void exercise(const CipherKernels& tier, unsigned keyWords) {
     tier.cbcEncrypt(schedule, iv, plain, out, blocks);
     tier.cbcDecrypt(schedule, iv, out, back, blocks);
     VALGRIND_MAKE_MEM_DEFINED(back, sizeof back);
+    if (tier.encryptToBase64 != nullptr) {
+        char text[textSize + CipherKernels::slack];
+        std::uint8_t read[(blocks + 1) * aesBlockSize + CipherKernels::slack];
+        tier.encryptToBase64({key, keyWords}, iv, plain, sizeof plain, text);
+        VALGRIND_MAKE_MEM_DEFINED(text, sizeof text);  // what is sent is no secret
+        tier.decryptFromBase64({key, keyWords}, "AAAAAAAAAAAAAAAAAAAAAA==", text, read, blocks + 1);
+        VALGRIND_MAKE_MEM_DEFINED(read, sizeof read);
+        std::memcpy(back, read, sizeof back);
+    }
     VALGRIND_MAKE_MEM_DEFINED(plain, sizeof plain);
     if (std::memcmp(back, plain, sizeof back) != 0) std::puts("the text did not come back");
 }

@@ -75,11 +75,6 @@ TEST_F(PEM, TheKeyIsReadOnceItsFileIsThereAndThenKept) {
     EXPECT_EQ(PEMUtils::getSecKey(), keyOf(identity));
 }
 
-TEST_F(PEM, WithoutANameThereIsNoKey) {
-    TorvelLibraryBuilder().build();
-    EXPECT_EQ(PEMUtils::getSecKey(), std::nullopt);
-}
-
 TEST_F(PEM, AFileThatIsNoCertificateStopsTheProcess) {
     addResource("text.der", testing::issue({}).certificatePem);
     std::filesystem::create_directory(directory() / "folder.der");

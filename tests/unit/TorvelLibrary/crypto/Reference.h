@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <memory>
+#include <optional>
 #include <random>
 #include <string>
 #include <string_view>
@@ -47,6 +49,27 @@ inline std::string base64(std::string_view bytes) {
                                      static_cast<int>(bytes.size()));
     text.resize(static_cast<std::size_t>(size));
     return text;
+}
+
+// What RFC 4648's alphabet, padded at the end and with any spare bits, stands for.
+inline std::optional<std::string> fromBase64(std::string_view text) {
+    constexpr auto* alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    const std::size_t end = std::min(text.find_first_not_of(alphabet), text.size());
+    const std::string_view padding = text.substr(end);
+    if (text.size() % 4 != 0 || !(padding.empty() || padding == "=" || padding == "==")) return std::nullopt;
+    std::string bytes(text.size() / 4 * 3, '\0');
+    EVP_DecodeBlock(reinterpret_cast<unsigned char*>(bytes.data()), bytePointer(text),
+                    static_cast<int>(text.size()));
+    bytes.resize(bytes.size() - padding.size());
+    return bytes;
+}
+
+// Whole blocks opened, less as many bytes as the last one says, if there are so many.
+inline std::string openedLeniently(std::string_view key, std::string_view iv, std::string_view blocks) {
+    std::string plain = cbc(false, false, key, iv, blocks);
+    const std::size_t padding = plain.empty() ? 0 : static_cast<unsigned char>(plain.back());
+    if (padding <= plain.size()) plain.resize(plain.size() - padding);
+    return plain;
 }
 
 // The same bytes in every run.

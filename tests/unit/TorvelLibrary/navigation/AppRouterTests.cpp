@@ -1,7 +1,4 @@
 #include "TorvelLibrary/navigation/AppRouter.h"
-#include "TorvelPlatform/foundation/Diagnostics.h"
-
-#include <thread>
 
 #include <gmock/gmock.h>
 
@@ -110,17 +107,6 @@ TEST(AppRouter, SharedInstanceMayBeReplaced) {
     first->route("/a");
     EXPECT_THAT(visited, ElementsAre("a", "a"));
 }
-
-#ifndef NDEBUG
-TEST(AppRouter, SaysInDebugBuildsThatItIsForTheMainThread) {
-    static std::string said;
-    setDiagnosticSink([](std::string_view message, const std::source_location&) { said = message; });
-    AppRouter::sharedInstance();
-    EXPECT_EQ(said, "");
-    std::thread([] { AppRouter::sharedInstance(); }).join();
-    EXPECT_EQ(said, "AppRouter is for the main thread alone");
-}
-#endif
 
 }  // namespace
 }  // namespace torvel

@@ -1,11 +1,9 @@
-#include "TorvelPlatform/foundation/Bundle.h"
 #include "TorvelPlatform/http/Session.h"
+#include "TorvelTesting/TemporaryHost.h"
 #include "support/Fetching.h"
 
 #include <atomic>
 #include <cmath>
-#include <filesystem>
-#include <fstream>
 #include <future>
 #include <thread>
 
@@ -108,14 +106,10 @@ TEST(Session, RefusesWhatCannotBeSent) {
 }
 
 TEST(Session, DefaultFieldsGiveWayToTheRequests) {
-    const auto bundle = std::filesystem::temp_directory_path() / ("torvel-http-" + std::to_string(getpid()));
-    std::filesystem::create_directory(bundle);
-    std::ofstream(bundle / "Info.plist")
-        << "<plist version=\"1.0\"><dict><key>CFBundleShortVersionString</key>"
-           "<string>2.5</string></dict></plist>";
-    Bundle::setMain(bundle, "org.example.wallet");
-    URLSessionConfiguration configuration = URLSessionConfiguration::defaults();
-    std::filesystem::remove_all(bundle);
+    const TemporaryHost host;
+    host.addResource("Info.plist",
+                     "<plist><dict><key>CFBundleShortVersionString</key><string>2.5</string></dict></plist>");
+    const URLSessionConfiguration configuration = URLSessionConfiguration::defaults();
     ScriptedServer server(ScriptedServer::answering(okAnswer));
     Session session(configuration);
     URLRequest request = requestTo(server.url());
@@ -126,7 +120,7 @@ TEST(Session, DefaultFieldsGiveWayToTheRequests) {
     EXPECT_EQ(sent.field("Accept-Encoding"), "br;q=1.0, gzip;q=0.9, deflate;q=0.8");
     EXPECT_NE(sent.field("Accept-Language").find(";q=1.0"), std::string::npos);
     EXPECT_THAT(*configuration.headers.value("User-Agent"),
-                ::testing::StartsWith("http_tests/2.5 (org.example.wallet; Linux) Torvel/"));
+                ::testing::StartsWith("http_tests/2.5 (test-host; Linux) Torvel/"));
 }
 
 TEST(Session, SaysThatAServerCannotBeReached) {
@@ -176,20 +170,6 @@ TEST(Session, SurvivesThatNoDescriptorIsLeft) {
     EXPECT_EQ(answer.failure(), Kind::cannotConnect) << answer.outcome();
     EXPECT_EQ(other.failure(), Kind::cannotConnect) << other.outcome();
     EXPECT_EQ(fetch(session, requestTo(server.url("/", "localhost"))).outcome(), "ok");
-}
-
-TEST(Session, WaitingForAConnectionLeavesTheWholeTimeForTheAnswer) {
-    ScriptedServer server([](Peer& peer) {
-        while (peer.receive()) {
-            peer.pause(600);
-            peer.send(okAnswer);
-        }
-    });
-    URLSessionConfiguration configuration;
-    configuration.maximumConnectionsPerHost = 1;
-    Session session(configuration);
-    session.request(requestTo(server.url())).responseData(DispatchQueue::main(), [](DataResponse) {});
-    EXPECT_EQ(fetch(session, requestTo(server.url(), "GET", 1)).outcome(), "ok");
 }
 
 TEST(Session, CancellingTakesARequestOutOfTheQueueForAConnection) {

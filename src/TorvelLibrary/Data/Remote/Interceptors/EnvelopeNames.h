@@ -6,7 +6,7 @@
 
 namespace torvel {
 
-// What a flavour calls the members of its envelopes.
+// What a flavour calls the members of its envelopes. Any thread.
 struct EnvelopeNames {
     std::string_view requestKey;    // the sealed symmetric key; also the header of a request without a body
     std::string_view requestData;   // the cipher text without its IV

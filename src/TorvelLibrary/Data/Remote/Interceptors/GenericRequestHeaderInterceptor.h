@@ -11,7 +11,8 @@ namespace torvel {
 // the server's public key. A request without a body gets the header "RequestKey" instead.
 //
 // Without an encryption certificate in the configuration, or without its key, requests pass unchanged. A
-// body that is not UTF-8 or is empty, and a key text that is not 16 characters, stop the process.
+// body that is not UTF-8 or is empty, and a key text that is not 16 characters, stop the process. Immutable;
+// any thread.
 class EncryptRequestInterceptor final : public RequestWrapper {
   public:
     // `key`: exactly 16 characters, normally from AES256CBC::generatePassword(), the same as the

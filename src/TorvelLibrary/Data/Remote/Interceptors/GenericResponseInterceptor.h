@@ -9,7 +9,7 @@ namespace torvel {
 
 // Opens the encrypted envelope of an answer. What is not JSON, is no envelope or does not decrypt passes
 // unchanged, and so does everything while no encryption certificate is configured. JSON that is not an
-// object, and an envelope whose members are not strings, stop the process.
+// object, and an envelope whose members are not strings, stop the process. Immutable; any thread.
 class DecryptResponseInterceptor final : public ResponseParser {
   public:
     // `key`: the same as the EncryptRequestInterceptor's.

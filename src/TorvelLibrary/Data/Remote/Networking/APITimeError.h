@@ -16,7 +16,8 @@ struct DecodingError {
 };
 
 // What onError receives: why a request failed. Servers send the same record as
-// {"message": text, "errorCode": text, "receivedResponse": base64 (optional)}.
+// {"message": text, "errorCode": text, "receivedResponse": base64 (optional)}. A value; threads may share one
+// that none changes.
 class APITimeError : public Decodable {
   public:
     // `failure` is the pipeline's; a record of a server's has none.

@@ -4,7 +4,8 @@
 
 namespace torvel {
 
-// A success or a failure, for host applications' own use; the library neither makes nor takes one.
+// A success or a failure, for host applications' own use; the library neither makes nor takes one. A value;
+// threads may share one that none changes.
 template <class Success, class Failure>
 class Result : public Outcome<Success, Failure> {
   public:

@@ -4,7 +4,8 @@
 
 namespace torvel {
 
-// The client that hosts use: the pipeline with all its defaults. Has no state; make one wherever needed.
+// The client that hosts use: the pipeline with all its defaults. Has no state; make one wherever needed. Any
+// thread.
 class TorvelNetworkClient : public NetworkDispatcher {};
 
 }  // namespace torvel

@@ -8,7 +8,7 @@
 
 namespace torvel {
 
-// Joins the two halves of an encrypted answer and decrypts them.
+// Joins the two halves of an encrypted answer and decrypts them. Immutable; any thread.
 class DecryptResponse {
   public:
     // `key`: the symmetric key, exactly 16 characters.
