@@ -31,7 +31,7 @@ std::string Origins::keyOf(const URL& url) {
     std::string key = url.host().value_or("");
     key.reserve(scheme.size() + key.size() + 16);
     key.insert(0, "://").insert(0, scheme).append(":").append(std::to_string(url.port().value_or(0)));
-    return lowercased(std::move(key));
+    return lowercased(key);
 }
 
 Origins::Origin Origins::of(const std::string& key) const {

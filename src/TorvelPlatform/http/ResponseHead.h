@@ -22,6 +22,7 @@ class ResponseHead {
 
     int statusCode() const { return m_statusCode; }
     const HTTPHeaders& headers() const { return m_headers; }
+    HTTPHeaders takeHeaders() { return std::move(m_headers); }
     bool multiplexed() const { return m_multiplexed; }  // HTTP/2 and later
     bool chunked() const { return m_chunked; }
     // Absent when the head announces none, or when chunks override it (RFC 9112, 6.3).

@@ -333,7 +333,7 @@ std::variant<TransferResult, Redirection> Transfer::conclude(CURLcode code) {
     }
     std::optional<SessionError> error = failure(code);
     if (error) return abandon(std::move(*error));
-    return TransferResult{response(), std::move(m_body), std::nullopt};
+    return TransferResult{takeResponse(), std::move(m_body), std::nullopt};
 }
 
 Phase Transfer::phase() const {
@@ -352,8 +352,12 @@ long Transfer::handedOver() const {
 TransferResult Transfer::abandon(SessionError error) {
     if (error.kind == Kind::timedOut) error.phase = phase();
     TransferResult result{std::nullopt, std::move(m_body), std::move(error)};
-    if (m_head.complete() && !m_redirect) result.response = response();
+    if (m_head.complete() && !m_redirect) result.response = takeResponse();
     return result;
+}
+
+HTTPURLResponse Transfer::takeResponse() {
+    return {*m_options.request.url, m_head.statusCode(), m_head.takeHeaders()};
 }
 
 HTTPURLResponse Transfer::response() const {

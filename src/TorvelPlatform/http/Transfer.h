@@ -88,6 +88,7 @@ class Transfer {
     long handedOver() const;
     bool fail(std::string_view why);
     HTTPURLResponse response() const;
+    HTTPURLResponse takeResponse();
     bool hasBody() const;
     std::size_t bodySize() const;
     std::string host() const { return m_options.request.url->host().value_or(""); }
