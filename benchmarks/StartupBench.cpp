@@ -19,10 +19,10 @@
 namespace torvel::bench {
 namespace {
 
-// The programs stand in a folder beside this one's.
+// The programs stand in a folder beside that of this one.
 std::string program(const char* name) {
-    return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / "startup-programs" / name)
-        .string();
+    const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    return (folder.parent_path() / "startup-programs" / name).string();
 }
 
 Side starting(std::vector<std::string> arguments) {
