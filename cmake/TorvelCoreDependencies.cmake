@@ -2,7 +2,6 @@
 # the packages that bring them.
 find_package(Threads REQUIRED)
 find_package(OpenSSL 3.0 REQUIRED)
-find_package(CURL 7.88 REQUIRED)
 find_package(ZLIB REQUIRED)
 find_package(ICU 72 REQUIRED COMPONENTS uc i18n)
 find_package(PkgConfig REQUIRED)

@@ -87,13 +87,14 @@ endmacro()
 
 set(version "${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}")
 set(same "(= ${PROJECT_VERSION})")
-torvel_package(library libtorvel${version} libs "client library for mobile-money hosts")
+torvel_package(library libtorvel${version} libs "client library for mobile-money hosts"
+    "libcurl4 (>= 7.88)")  # loaded at run time
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_RECOMMENDS ca-certificates)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SUGGESTS libsecret-1-0)  # asked for a key at run time, where a host wants it
 torvel_package(dev libtorvel-dev libdevel "client library for mobile-money hosts, to build with"
     "libtorvel${version} ${same}")
 # What linking statically takes, and the test kit.
-set(CPACK_DEBIAN_DEV_PACKAGE_RECOMMENDS "libcurl4-openssl-dev, libssl-dev, zlib1g-dev, libbrotli-dev, libicu-dev, \
+set(CPACK_DEBIAN_DEV_PACKAGE_RECOMMENDS "libssl-dev, zlib1g-dev, libbrotli-dev, libicu-dev, \
 liburiparser-dev, libplist-dev, libsimdjson-dev, libsodium-dev, libsqlite3-dev, libfreetype-dev, libgtest-dev, libcpp-httplib-dev, pkg-config")
 torvel_package(tool torvel utils "client library for mobile-money hosts, on the command line"
     "libtorvel${version} ${same}")  # for the resources

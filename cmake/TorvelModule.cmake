@@ -1,15 +1,16 @@
-# torvel_module(<room> [FAST] [LIBRARY ui] SOURCES <files> [ROOMS <rooms>] [LINK <targets>])
+# torvel_module(<room> [LIBRARY ui] [SOURCES <files>] [FAST <files>] [ROOMS <rooms>] [LINK <targets>])
 #
 # One room of the library: an object library named torvel_<room> whose objects end up in libtorvel, or in
 # libtorvel-ui with LIBRARY ui.
-# A release is built for size, which keeps hosts small and starts them sooner, but for the FAST rooms.
+# A release is built for size, which keeps hosts small and starts them sooner, but for the FAST sources.
 # ROOMS are the rooms below it; LINK the third-party targets whose headers its .cpp files include.
 function(torvel_module room)
-    cmake_parse_arguments(ARG "FAST" "LIBRARY" "SOURCES;ROOMS;LINK" ${ARGN})
+    cmake_parse_arguments(ARG "" "LIBRARY" "SOURCES;FAST;ROOMS;LINK" ${ARGN})
     set(target "torvel_${room}")
-    add_library(${target} OBJECT ${ARG_SOURCES})
+    add_library(${target} OBJECT ${ARG_SOURCES} ${ARG_FAST})
     target_include_directories(${target} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>")
-    target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:$<IF:$<BOOL:${ARG_FAST}>,-O2,-Os>>)
+    target_compile_options(${target} PRIVATE "$<$<CONFIG:Release>:-Os;-ffunction-sections;-fdata-sections>")
+    set_property(SOURCE ${ARG_FAST} APPEND PROPERTY COMPILE_OPTIONS $<$<CONFIG:Release>:-O2>)
     list(TRANSFORM ARG_ROOMS PREPEND torvel_)
     target_link_libraries(${target} PUBLIC ${ARG_ROOMS} PRIVATE ${ARG_LINK} torvel_flags)
     set_property(GLOBAL APPEND PROPERTY TORVEL_ROOMS_${ARG_LIBRARY} "$<TARGET_OBJECTS:${target}>")
@@ -43,7 +44,8 @@ function(torvel_library target component)
     endforeach()
 
     set(map "${PROJECT_SOURCE_DIR}/cmake/torvel.map")
-    target_link_options(${target}_shared PRIVATE "-Wl,--version-script=${map}")
+    target_link_options(${target}_shared PRIVATE "-Wl,--version-script=${map}"
+        -Wl,-Bsymbolic-functions -Wl,--gc-sections -Wl,-z,pack-relative-relocs)
     set_target_properties(${target}_shared PROPERTIES LINK_DEPENDS "${map}" INSTALL_RPATH "$ORIGIN"
         VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
     if(NOT PROJECT_IS_TOP_LEVEL)  # a host's own build makes the kind that it links

@@ -19,6 +19,13 @@ class Guarded {
         return m_value;
     }
 
+    // What `read` gives for the value, which stays locked meanwhile: cheaper than a copy of what is shared.
+    template <class Read>
+    auto read(Read read) const {
+        const std::lock_guard lock(m_mutex);
+        return read(m_value);
+    }
+
     // The old value is destroyed after the lock is released.
     void store(T value) {
         const std::lock_guard lock(m_mutex);

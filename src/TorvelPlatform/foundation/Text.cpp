@@ -21,6 +21,19 @@ std::optional<double> beyondRange(std::string_view text) {
 
 }  // namespace
 
+std::string utf8Text(const icu::UnicodeString& text) {
+    const std::u16string_view units(text.getBuffer(), static_cast<std::size_t>(text.length()));
+    std::string out(units.size(), '\0');
+    char16_t all = 0;
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        all |= units[i];
+        out[i] = static_cast<char>(units[i]);
+    }
+    if (all < 0x80) return out;  // most texts are ASCII
+    out.clear();
+    return text.toUTF8String(out);
+}
+
 std::string replacingOccurrences(std::string_view text, std::string_view part, std::string_view with) {
     std::string replaced;
     replaced.reserve(text.size());

@@ -1,7 +1,6 @@
 #pragma once  // internal
 
-#include <curl/curl.h>
-
+#include "TorvelPlatform/http/Curl.h"
 namespace torvel {
 
 // The cookies of the process, in memory alone. All sessions share them: a session that takes another's place

@@ -11,6 +11,7 @@ LiveWorkers& LiveWorkers::shared() {
 
 LiveWorkers::LiveWorkers() {
     // In this order: what is registered last runs first, and the TLS library registers its own end here.
+    loadCurl();
     curl_global_init(CURL_GLOBAL_DEFAULT);
     std::atexit([] { shared().stopAtExit(); });
 }

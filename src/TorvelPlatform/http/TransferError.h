@@ -1,10 +1,9 @@
 #pragma once  // internal
 
+#include "TorvelPlatform/http/Curl.h"
 #include "TorvelPlatform/http/SessionError.h"
 
 #include <string_view>
-
-#include <curl/curl.h>
 
 namespace torvel {
 

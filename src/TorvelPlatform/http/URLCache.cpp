@@ -1,5 +1,6 @@
 #include "TorvelPlatform/http/URLCache.h"
 
+#include "TorvelPlatform/http/Curl.h"
 #include "TorvelPlatform/http/HeaderText.h"
 
 #include <algorithm>
@@ -7,8 +8,6 @@
 #include <chrono>
 #include <list>
 #include <mutex>
-
-#include <curl/curl.h>
 
 namespace torvel {
 namespace {
@@ -51,7 +50,9 @@ class CacheControl {
 };
 
 std::optional<std::chrono::sys_seconds> parseDate(const std::optional<std::string>& text) {
-    const std::time_t date = text ? curl_getdate(text->c_str(), nullptr) : -1;
+    if (!text) return std::nullopt;
+    loadCurl();
+    const std::time_t date = curl_getdate(text->c_str(), nullptr);
     if (date == -1) return std::nullopt;
     return std::chrono::sys_seconds(seconds(date));
 }

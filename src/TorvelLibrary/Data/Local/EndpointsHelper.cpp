@@ -32,20 +32,22 @@ std::shared_ptr<const EndpointsHelper::Dictionary> dictionaryOfTexts(const Prope
 
 template <>
 std::optional<std::string> EndpointsHelper::getEndPoint(std::string_view endpointId) {
-    const auto helper = slot().loadOr([] {
+    static const EndpointsHelper& helper = *slot().loadOr([] {
         auto created = std::make_shared<EndpointsHelper>();
         created->loadAppEndPoints();
         return created;
     });
-    const auto table = helper->endpointsDict();
-    if (!table) return std::nullopt;
-    const auto found = table->find(endpointId);
-    return found == table->end() ? std::nullopt : std::optional(found->second);
+    return helper.m_endpointsDict.read([endpointId](const auto& table) -> std::optional<std::string> {
+        if (!table) return std::nullopt;
+        const auto found = table->find(endpointId);
+        return found == table->end() ? std::nullopt : std::optional(found->second);
+    });
 }
 
 template <>
 std::string EndpointsHelper::getEndPoint(std::string_view endpointId) {
-    return getEndPoint<std::optional<std::string>>(endpointId).value_or(std::string(endpointId));
+    auto known = getEndPoint<std::optional<std::string>>(endpointId);
+    return known ? *std::move(known) : std::string(endpointId);
 }
 
 std::shared_ptr<EndpointsHelper> EndpointsHelper::instance() { return slot().load(); }
