@@ -4,7 +4,7 @@
 
 namespace torvel {
 
-StoreEngine::StoreEngine(std::string_view domain) : m_domain(domain), m_id(storeID(domain)), m_files(m_id) {}
+StoreEngine::StoreEngine(std::string_view domain) : m_domain(domain), m_id(storeID(domain)), m_files(m_id), m_last(m_files.lastSequence()) {}
 
 // Runs an operation under the lock, then tells what it noted.
 template <class Operation>
@@ -74,7 +74,7 @@ StoreStatus StoreEngine::openUnderLock() {
         return isLost ? StoreStatus::keyMissing : root.error();
     }
     const StoreSealer sealer(root.value(), m_id);
-    if (!m_files.hasData() && sealer.openSequence(m_files.lastSequence())) return StoreStatus::rolledBack;
+    if (!m_files.hasData() && sealer.openSequence(m_last.content())) return StoreStatus::rolledBack;
     if (const StoreStatus made = m_files.makeDirectory(); made != StoreStatus::ok) return made;
     auto database = Database::open(m_files.database());
     if (!database) return database.error();
@@ -84,8 +84,7 @@ StoreStatus StoreEngine::openUnderLock() {
     if (status != StoreStatus::ok && status != StoreStatus::damaged) return status;
     note(status);
     m_open.emplace(sealer, std::move(database).value());
-    m_mapping = m_files.mapLastSequence(m_mapping);
-    m_sequence = m_mapping.page;
+    m_last.attach();
     return StoreStatus::ok;
 }
 
@@ -94,9 +93,9 @@ StoreStatus StoreEngine::createData(const StoreSealer& sealer, Database& databas
     const auto empty = database.isEmpty();
     if (!empty) return empty.error();
     if (!empty.value()) return StoreStatus::ok;
-    if (sealer.openSequence(m_files.lastSequence())) return StoreStatus::rolledBack;
+    if (sealer.openSequence(m_last.content())) return StoreStatus::rolledBack;
     const StoreStatus created = database.create(sealer.sealSummary({}));
-    if (created == StoreStatus::ok) m_files.setLastSequence(sealer.sealSequence(0));
+    if (created == StoreStatus::ok) m_last.set(sealer.sealSequence(0));
     return created;
 }
 
@@ -104,7 +103,7 @@ StoreStatus StoreEngine::createData(const StoreSealer& sealer, Database& databas
 // cannot be told any longer.
 StoreStatus StoreEngine::check(const StoreSealer& sealer, Database& database) {
     // Read before the data, which another process may be moving on.
-    const std::string last = m_files.lastSequence();
+    const std::string last = m_last.content();
     const auto lastSequence = sealer.openSequence(last);
     const auto summary = StoreLedger(sealer, database).summary();
     if (!summary) return summary.error();
@@ -121,7 +120,7 @@ StoreStatus StoreEngine::restate(const StoreSealer& sealer, Database& database) 
     const auto summary = StoreLedger(sealer, database).summary();
     if (!summary) return summary.error();
     const StoreStatus status = database.rewriteLog();
-    if (status == StoreStatus::ok) m_files.setLastSequence(sealer.sealSequence(summary.value().sequence));
+    if (status == StoreStatus::ok) m_last.set(sealer.sealSequence(summary.value().sequence));
     return status;
 }
 
@@ -166,7 +165,7 @@ StoreStatus StoreEngine::status() {
 }
 
 std::optional<SecureDefaults::ChangeMark> StoreEngine::changeMark() const {
-    const SequencePage* const page = m_sequence.load(std::memory_order_acquire);
+    const SequenceFile::Page* const page = m_last.page();
     if (page == nullptr || __atomic_load_n(&page->isRetired, __ATOMIC_ACQUIRE) != 0) return std::nullopt;
     const std::uint64_t sequence = __atomic_load_n(&page->sequence, __ATOMIC_ACQUIRE);
     if (__atomic_load_n(&page->announced, __ATOMIC_ACQUIRE) != sequence) return std::nullopt;
@@ -252,12 +251,9 @@ StoreStatus StoreEngine::change(std::string_view key, const std::optional<std::s
 
 // Announced before, told after: in between no reader relies on the number.
 StoreStatus StoreEngine::commit(Database::Transaction& transaction, std::uint64_t sequence) {
-    StoreStatus status = m_files.announce(sequence);
+    StoreStatus status = m_last.announce(sequence);
     if (status == StoreStatus::ok) status = transaction.commit();
-    if (status == StoreStatus::ok) m_files.tell(m_open->sealer.sealSequence(sequence));
-    // Another file where somebody removed the one that was mapped, in which this write does not show.
-    m_mapping = m_files.mapLastSequence(m_mapping);
-    m_sequence = m_mapping.page;
+    if (status == StoreStatus::ok) m_last.tell(m_open->sealer.sealSequence(sequence));
     return status;
 }
 
@@ -272,7 +268,7 @@ StoreStatus StoreEngine::clear() {
     if (transaction.status() != StoreStatus::ok) return transaction.status();
     if (database->hasMoved()) return StoreStatus::rolledBack;
     const auto summary = ledger.summary();
-    const auto last = sealer.openSequence(m_files.lastSequence());
+    const auto last = sealer.openSequence(m_last.content());
     StoreSummary cleared;
     cleared.sequence = (summary ? summary.value().sequence : last.value_or(0)) + 1;
     StoreStatus status = database->eraseAll();
@@ -334,8 +330,7 @@ StoreStatus StoreEngine::reset() {
             if (const auto database = Database::open(m_files.database())) database.value()->retire();
         }
         m_open.reset();
-        m_sequence = nullptr;
-        m_files.retireLastSequence();
+        m_last.retire();
         return note(m_files.moveAside());
     });
 }
@@ -344,8 +339,7 @@ StoreStatus StoreEngine::acceptRestored() {
     return locked([&] {
         const Descriptor lock = m_files.lock();
         m_open.reset();
-        m_sequence = nullptr;
-        StoreStatus status = m_files.forgetLastSequence();
+        StoreStatus status = m_last.forget();
         if (status == StoreStatus::ok) status = openUnderLock();
         if (status != StoreStatus::ok) return note(status);
         return walk().status;
