@@ -4,7 +4,8 @@
 
 namespace torvel {
 
-StoreEngine::StoreEngine(std::string_view domain) : m_domain(domain), m_id(storeID(domain)), m_files(m_id), m_last(m_files.lastSequence()) {}
+StoreEngine::StoreEngine(std::string_view domain)
+    : m_domain(domain), m_id(storeID(domain)), m_files(m_id), m_last(m_files.lastSequence()) {}
 
 // Runs an operation under the lock, then tells what it noted.
 template <class Operation>
@@ -56,7 +57,7 @@ StoreStatus StoreEngine::adoptKey(const RootKey& root) {
 bool StoreEngine::dataBelongsTo(const RootKey& root) {
     auto database = Database::open(m_files.database());
     if (!database) return false;
-    const auto summary = database.value()->find({});
+    const auto summary = database.value()->summary();
     return summary && summary.value() && StoreSealer(root, m_id).isOwnSummary(*summary.value());
 }
 
@@ -224,19 +225,19 @@ Outcome<std::optional<PropertyValue>, StoreStatus> StoreEngine::find(std::string
 
 StoreStatus StoreEngine::write(std::string_view key, const PropertyValue& value) {
     return opened(key, [&] {
-        const auto sealed = m_open->sealer.seal(key, value);
-        return sealed ? change(key, sealed) : StoreStatus::invalidValue;
+        const std::string tag = m_open->sealer.tag(key);
+        const auto sealed = m_open->sealer.seal(tag, key, value);
+        return sealed ? change(tag, sealed) : StoreStatus::invalidValue;
     });
 }
 
 StoreStatus StoreEngine::remove(std::string_view key) {
-    return opened(key, [&] { return change(key, std::nullopt); });
+    return opened(key, [&] { return change(m_open->sealer.tag(key), std::nullopt); });
 }
 
 // Puts or erases an entry and brings the summary along.
-StoreStatus StoreEngine::change(std::string_view key, const std::optional<std::string>& sealed) {
+StoreStatus StoreEngine::change(std::string_view tag, const std::optional<std::string>& sealed) {
     auto& [sealer, database, ledger, cache] = *m_open;
-    const std::string tag = sealer.tag(key);
     Database::Transaction transaction(*database, Database::Transaction::writing);
     if (transaction.status() != StoreStatus::ok) return transaction.status();
     if (database->hasMoved()) return StoreStatus::rolledBack;  // and try again with the new file
@@ -272,7 +273,7 @@ StoreStatus StoreEngine::clear() {
     StoreSummary cleared;
     cleared.sequence = (summary ? summary.value().sequence : last.value_or(0)) + 1;
     StoreStatus status = database->eraseAll();
-    if (status == StoreStatus::ok) status = database->put({}, sealer.sealSummary(cleared));
+    if (status == StoreStatus::ok) status = ledger.put(cleared);
     return status == StoreStatus::ok ? commit(transaction, cleared.sequence) : status;
 }
 
