@@ -175,7 +175,7 @@ std::optional<SecureDefaults::ChangeMark> StoreEngine::changeMark() const {
 
 const EntryCache::Entry* StoreEngine::cached(std::string_view key) const {
     const auto mark = m_open ? changeMark() : std::nullopt;
-    return mark ? m_open->cache.find(mark->sequence, key) : nullptr;
+    return mark ? m_open->cache.find(*mark, key) : nullptr;
 }
 
 Outcome<std::optional<PropertyValue>, StoreStatus> StoreEngine::read(std::string_view key) {
@@ -209,7 +209,10 @@ StoreStatus StoreEngine::checkBucket(std::string_view tag) {
 Outcome<std::optional<PropertyValue>, StoreStatus> StoreEngine::find(std::string_view key) {
     const auto mark = changeMark();  // before the reading: what it does not show is read once more
     auto& [sealer, database, ledger, cache] = *m_open;
-    if (!mark && database->hasMoved()) return StoreStatus::rolledBack;  // and try again with the new file
+    if (!mark) {
+        if (database->hasMoved()) return StoreStatus::rolledBack;  // and try again with the new file
+        m_last.attach();                                           // where another has been made since
+    }
     std::string tag = sealer.tag(key);
     auto sealed = database->find(tag);
     if (!sealed) return sealed.error();
@@ -219,7 +222,7 @@ Outcome<std::optional<PropertyValue>, StoreStatus> StoreEngine::find(std::string
     auto entry = sealer.open(tag, *sealed.value());
     if (!entry) return entry.error();
     if (entry.value().key != key) return StoreStatus::damaged;
-    if (mark) cache.keep(mark->sequence, key, {std::move(tag), *std::move(sealed.value())});
+    if (mark) cache.keep(*mark, key, {std::move(tag), *std::move(sealed.value())});
     return std::optional(std::move(entry).value().value);
 }
 

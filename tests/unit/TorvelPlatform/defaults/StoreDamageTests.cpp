@@ -286,8 +286,11 @@ TEST_F(StoreDamageTest, NothingOldShowsInAnOpenStore) {
     fill();
     const SecureDefaults store = SecureDefaults::shared();
     EXPECT_EQ(readText(store, "a"), "first");
+    SequenceFile another(last());  // another process, which learns of its file's removal by the next write
+    another.attach();
     fs::remove(last());
     EXPECT_EQ(store.set("a", "anew"), StoreStatus::ok);
+    EXPECT_NE(another.page()->isRetired, 0);
     EXPECT_EQ(readText(store, "a"), "anew");
 
     // A process is late in telling of its write, when another has announced the next one.
