@@ -105,6 +105,7 @@ fs::path databaseOf(const std::string& suite) {
 struct BareEngine::Parts {
     sqlite3* connection = nullptr;
     sqlite3_stmt* select = nullptr;
+    sqlite3_stmt* update = nullptr;
 };
 
 BareEngine::BareEngine(const fs::path& file) : m_parts(std::make_unique<Parts>()) {
@@ -114,12 +115,13 @@ BareEngine::BareEngine(const fs::path& file) : m_parts(std::make_unique<Parts>()
     sqlite3_file_control(m_parts->connection, "main", SQLITE_FCNTL_PERSIST_WAL, &keepLog);
     must(sqlite3_exec(
              m_parts->connection,
-             "PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL;"
+             "PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA wal_autocheckpoint=200;"
              "CREATE TABLE IF NOT EXISTS entry(tag BLOB PRIMARY KEY, sealed BLOB NOT NULL) WITHOUT ROWID",
              nullptr, nullptr, nullptr) == SQLITE_OK);
 }
 BareEngine::~BareEngine() {
     sqlite3_finalize(m_parts->select);
+    sqlite3_finalize(m_parts->update);
     sqlite3_close(m_parts->connection);
 }
 
@@ -137,6 +139,18 @@ void BareEngine::fill(std::size_t keys) {
     }
     sqlite3_finalize(insert);
     sqlite3_exec(m_parts->connection, "COMMIT", nullptr, nullptr, nullptr);
+}
+
+void BareEngine::put(std::size_t number, const std::string& value) {
+    if (m_parts->update == nullptr)
+        sqlite3_prepare_v3(m_parts->connection, "UPDATE entry SET sealed=?2 WHERE tag=?1", -1,
+                           SQLITE_PREPARE_PERSISTENT, &m_parts->update, nullptr);
+    const auto tag = tagOf(number);
+    const std::string sealed = seal(value);
+    sqlite3_bind_blob(m_parts->update, 1, tag.data(), tagSize, SQLITE_STATIC);
+    sqlite3_bind_blob(m_parts->update, 2, sealed.data(), static_cast<int>(sealed.size()), SQLITE_STATIC);
+    must(sqlite3_step(m_parts->update) == SQLITE_DONE && sqlite3_changes(m_parts->connection) == 1);
+    sqlite3_reset(m_parts->update);
 }
 
 static std::size_t opened(sqlite3_stmt* row, bool isOurs) {

@@ -28,13 +28,15 @@ std::vector<Peer> otherStores(const std::filesystem::path& folder);
 
 std::filesystem::path databaseOf(const std::string& suite);
 
-// SQLite as a careful user sets it up, with values that XChaCha20-Poly1305 has sealed.
+// SQLite as a careful user sets it up, with values that XChaCha20-Poly1305 has sealed; it keeps no promise
+// beyond.
 class BareEngine {
   public:
     explicit BareEngine(const std::filesystem::path& file);
     ~BareEngine();
     void fill(std::size_t keys);
-    std::size_t read(std::size_t key);  // one prepared SELECT and one opening
+    void put(std::size_t key, const std::string& value);  // over one that is there; durable when it returns
+    std::size_t read(std::size_t key);                    // one prepared SELECT and one opening
     // The same of a store of ours, under a key that is not its own: as much work, to no avail.
     std::size_t readAny();
 

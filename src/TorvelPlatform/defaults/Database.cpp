@@ -27,7 +27,8 @@ constexpr const char* set_up =
 
 constexpr const char* creation =
     "CREATE TABLE entry(tag BLOB PRIMARY KEY, sealed BLOB NOT NULL) WITHOUT ROWID;"
-    "PRAGMA application_id=0x54565331;"  // "TVS1"
+    "CREATE TABLE summary(one INTEGER PRIMARY KEY, sealed BLOB NOT NULL);"  // fits a page
+    "PRAGMA application_id=0x54565331;"                                     // "TVS1"
     "PRAGMA user_version=1;";
 
 constexpr std::array queries{
@@ -40,6 +41,8 @@ constexpr std::array queries{
     "DELETE FROM entry WHERE tag=?1",
     "DELETE FROM entry",
     "SELECT tag, sealed FROM entry WHERE tag>?1 AND tag<?2 ORDER BY tag",
+    "SELECT sealed FROM summary WHERE one=1",
+    "INSERT OR REPLACE INTO summary VALUES(1, ?1)",
 };
 
 std::string_view blob(sqlite3_stmt* statement, int column) {
@@ -224,19 +227,26 @@ StoreStatus Database::create(std::string_view sealedSummary) {
     if (!empty) return empty.error();
     if (!empty.value()) return StoreStatus::ok;
     StoreStatus status = execute(creation);
-    if (status == StoreStatus::ok) status = put({}, sealedSummary);
+    if (status == StoreStatus::ok) status = putSummary(sealedSummary);
     if (status == StoreStatus::ok) status = transaction.commit();
     if (status != StoreStatus::ok) return status;
     return syncDirectory(file().parent_path()) ? StoreStatus::ok : statusOfSystemError(errno);
 }
 
-Outcome<std::optional<std::string>, StoreStatus> Database::find(std::string_view tag) {
-    Run run(*this, select, {tag});
+Outcome<std::optional<std::string>, StoreStatus> Database::first(
+    Query query, std::initializer_list<std::string_view> values) {
+    Run run(*this, query, values);
     const int code = run.step();
     if (code == SQLITE_ROW) return std::optional(std::string(run.column(0)));
     if (code == SQLITE_DONE) return std::optional<std::string>();
     return statusOf(code);
 }
+
+Outcome<std::optional<std::string>, StoreStatus> Database::find(std::string_view tag) {
+    return first(select, {tag});
+}
+Outcome<std::optional<std::string>, StoreStatus> Database::summary() { return first(selectSummary); }
+StoreStatus Database::putSummary(std::string_view sealed) { return run(upsertSummary, {sealed}); }
 
 StoreStatus Database::put(std::string_view tag, std::string_view sealed) {
     return run(upsert, {tag, sealed});

@@ -17,9 +17,10 @@ struct sqlite3_stmt;
 
 namespace torvel {
 
-// One connection to a file of sealed entries by tag: SQLite in its write-ahead mode. A committed change is on
-// disk, by one sync of the log; two more are paid where the log is folded into the file and one where it
-// starts over. Other processes' changes are seen at once. One thread at a time; never across a fork.
+// One connection to a file of sealed entries by tag, and one sealed summary of them: SQLite in its
+// write-ahead mode. A committed change is on disk, by one sync of the log; two more are paid where the log is
+// folded into the file and one where it starts over. Other processes' changes are seen at once. One thread at
+// a time; never across a fork.
 class Database {
   public:
     // Makes the file, for the user alone, where there is none; its directory must be there.
@@ -27,13 +28,15 @@ class Database {
 
     // Whether it holds nothing at all, not even the table of entries.
     Outcome<bool, StoreStatus> isEmpty();
-    // Makes the table with one entry under the empty tag, unless another process was faster.
+    // Makes the tables and puts a summary, unless another process was faster.
     StoreStatus create(std::string_view sealedSummary);
 
     Outcome<std::optional<std::string>, StoreStatus> find(std::string_view tag);
     StoreStatus put(std::string_view tag, std::string_view sealed);
     StoreStatus erase(std::string_view tag);
     StoreStatus eraseAll();
+    Outcome<std::optional<std::string>, StoreStatus> summary();
+    StoreStatus putSummary(std::string_view sealed);
     // The entries between two tags, which may be none of any.
     StoreStatus forEach(std::string_view after, std::string_view before,
                         const std::function<void(std::string_view tag, std::string_view sealed)>& visit);
@@ -78,6 +81,8 @@ class Database {
         remove,
         removeAll,
         between,
+        selectSummary,
+        upsertSummary,
         queryCount
     };
     struct CloseConnection {
@@ -93,6 +98,8 @@ class Database {
     StoreStatus checkFormat();
     StoreStatus reserveLog();
     StoreStatus execute(const char* statements);
+    Outcome<std::optional<std::string>, StoreStatus> first(
+        Query query, std::initializer_list<std::string_view> values = {});
     StoreStatus run(Query query, std::initializer_list<std::string_view> values = {});
     Outcome<int, StoreStatus> number(const char* question);
     StoreStatus statusOf(int code) const;

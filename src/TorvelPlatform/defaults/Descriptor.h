@@ -11,7 +11,10 @@ class Descriptor {
   public:
     explicit Descriptor(int number) : m_number(number) {}
     Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
-    Descriptor& operator=(Descriptor&&) = delete;
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        std::swap(m_number, other.m_number);
+        return *this;
+    }
     ~Descriptor() {
         if (m_number >= 0) ::close(m_number);
     }

@@ -1,6 +1,7 @@
 #pragma once  // internal
 
-#include <cstdint>
+#include "TorvelPlatform/defaults/SecureDefaults.h"
+
 #include <functional>
 #include <string>
 #include <string_view>
@@ -16,16 +17,16 @@ class EntryCache {
         std::string tag, sealed;
     };
 
-    // What was kept under the sequence number that stands now, or nullptr.
-    const Entry* find(std::uint64_t sequence, std::string_view key) const {
-        const auto found = sequence == m_sequence ? m_entries.find(key) : m_entries.end();
+    // What was kept under the mark that stands now, or nullptr.
+    const Entry* find(const SecureDefaults::ChangeMark& mark, std::string_view key) const {
+        const auto found = mark == m_mark ? m_entries.find(key) : m_entries.end();
         return found != m_entries.end() ? &found->second : nullptr;
     }
 
-    void keep(std::uint64_t sequence, std::string_view key, Entry entry) {
+    void keep(const SecureDefaults::ChangeMark& mark, std::string_view key, Entry entry) {
         if (entry.sealed.size() > largest) return;
-        if (sequence != m_sequence || m_entries.size() == most) m_entries.clear();
-        m_sequence = sequence;
+        if (mark != m_mark || m_entries.size() == most) m_entries.clear();
+        m_mark = mark;
         m_entries.insert_or_assign(std::string(key), std::move(entry));
     }
 
@@ -35,7 +36,7 @@ class EntryCache {
     struct Hash : std::hash<std::string_view> {
         using is_transparent = void;
     };
-    std::uint64_t m_sequence = 0;
+    SecureDefaults::ChangeMark m_mark{nullptr, 0};
     std::unordered_map<std::string, Entry, Hash, std::equal_to<>> m_entries;
 };
 

@@ -2,6 +2,7 @@
 
 #include "TorvelPlatform/defaults/PropertyCoding.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -11,7 +12,7 @@ namespace torvel {
 namespace {
 
 constexpr char formatVersion = 1;
-constexpr char entryContent = 'e', summaryContent = 's', pageContent = 'p';
+constexpr char entryContent = 'e', summaryContent = 's';
 constexpr std::size_t nonceSize = crypto_aead_xchacha20poly1305_ietf_NPUBBYTES;
 constexpr std::size_t authenticatorSize = crypto_aead_xchacha20poly1305_ietf_ABYTES;
 
@@ -99,14 +100,15 @@ Outcome<std::string, StoreStatus> StoreSealer::openBytes(char what, std::string_
     return plain;
 }
 
-std::optional<std::string> StoreSealer::seal(std::string_view key, const PropertyValue& value) const {
+std::optional<std::string> StoreSealer::seal(std::string_view tag, std::string_view key,
+                                             const PropertyValue& value) const {
     std::optional<std::string> encoded = encodeProperty(value);
     if (!encoded) return std::nullopt;
     std::string plain;
     plain.reserve(key.size() + encoded->size() + 8);
     appendLength(plain, key.size());
     plain.append(key).append(*encoded);
-    std::string sealed = sealBytes(entryContent, tag(key), plain);
+    std::string sealed = sealBytes(entryContent, tag, plain);
     sodium_memzero(plain.data(), plain.size());
     sodium_memzero(encoded->data(), encoded->size());
     return sealed;
@@ -135,22 +137,19 @@ Outcome<StoreSummary, StoreStatus> StoreSealer::openSummary(std::string_view sea
     return fromImage<StoreSummary>(plain.value());
 }
 
-std::string StoreSealer::sealPage(std::size_t number, const SummaryPage& page) const {
-    return sealBytes(pageContent, std::string(1, static_cast<char>(number)), imageOf(page));
-}
-
-Outcome<SummaryPage, StoreStatus> StoreSealer::openPage(std::size_t number, std::string_view sealed) const {
-    const auto plain = openBytes(pageContent, std::string(1, static_cast<char>(number)), sealed);
-    return plain ? fromImage<SummaryPage>(plain.value()) : plain.error();
-}
-
 bool StoreSealer::isOwnSummary(std::string_view sealed) const {
     return sealed.size() >= m_keyID.size() && std::memcmp(sealed.data(), m_keyID.data(), m_keyID.size()) == 0;
 }
 
-// Exclusive or of keyed digests: nobody without the key can choose entries that add up alike.
+// Exclusive or of keyed digests: nobody without the key can choose entries that add up alike. An entry's
+// authenticator stands for all of it: where the rest is another, it cannot be opened.
 void StoreSealer::toggle(BucketSum& bucket, std::string_view tag, std::string_view sealed) const {
-    const Digest digest = digestOf(std::string(tag).append(sealed), m_keys->digests);
+    std::array<char, 16 + authenticatorSize> image{};
+    const std::string_view end = sealed.substr(sealed.size() - std::min(sealed.size(), authenticatorSize));
+    std::copy(end.begin(), end.end(),
+              std::copy_n(tag.begin(), std::min<std::size_t>(tag.size(), 16), image.begin()));
+    const Digest digest = digestOf({image.data(), image.size()}, m_keys->digests);
+    static_assert(std::tuple_size_v<decltype(bucket.sum)> <= std::tuple_size_v<Digest>);
     for (std::size_t i = 0; i < bucket.sum.size(); ++i) bucket.sum[i] ^= digest[i];
 }
 

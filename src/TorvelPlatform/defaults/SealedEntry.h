@@ -15,23 +15,17 @@ namespace torvel {
 
 // What the entries of one bucket must add up to. The first byte of a tag is the number of its bucket.
 struct BucketSum {
-    std::uint32_t count = 0;             // of entries
-    std::array<std::uint8_t, 12> sum{};  // exclusive or of the entries' digests
+    std::uint32_t count = 0;            // of entries
+    std::array<std::uint8_t, 8> sum{};  // exclusive or of the entries' digests
 
     bool operator==(const BucketSum&) const = default;
 };
-constexpr std::size_t bucketCount = 256, bucketsAPage = 16, pageCount = bucketCount / bucketsAPage;
+constexpr std::size_t bucketCount = 256;
 
-// The sums of neighbouring buckets, kept sealed beside their entries and changed with every one of them.
-struct SummaryPage {
-    std::uint64_t sequence = 0;  // of the last write
-    std::array<BucketSum, bucketsAPage> buckets{};
-};
-
-// Binds the pages: only one with the sequence number that stands here counts.
+// What a store holds, kept sealed beside its entries and changed with every one of them.
 struct StoreSummary {
-    std::uint64_t sequence = 0;                    // of the last write
-    std::array<std::uint64_t, pageCount> pages{};  // of the last write to each page; 0: no page yet
+    std::uint64_t sequence = 0;  // of the last write
+    std::array<BucketSum, bucketCount> buckets{};
 };
 
 struct OpenedEntry {
@@ -49,8 +43,9 @@ class StoreSealer {
 
     // The keyed hash (BLAKE2b, 16 bytes) that an entry lies under.
     std::string tag(std::string_view key) const;
-    // Absent when the value cannot be encoded.
-    std::optional<std::string> seal(std::string_view key, const PropertyValue& value) const;
+    // What is to lie under the key's tag; absent when the value cannot be encoded.
+    std::optional<std::string> seal(std::string_view tag, std::string_view key,
+                                    const PropertyValue& value) const;
     // What lies under a tag: damaged, or newerFormat.
     Outcome<OpenedEntry, StoreStatus> open(std::string_view tag, std::string_view sealed) const;
 
@@ -58,9 +53,6 @@ class StoreSealer {
     Outcome<StoreSummary, StoreStatus> openSummary(std::string_view sealed) const;
     // Whether a sealed summary names this key as its own, readable or not.
     bool isOwnSummary(std::string_view sealed) const;
-
-    std::string sealPage(std::size_t number, const SummaryPage& page) const;
-    Outcome<SummaryPage, StoreStatus> openPage(std::size_t number, std::string_view sealed) const;
 
     // Adds an entry to the sum of its bucket, or takes it out again; the count stays.
     void toggle(BucketSum& bucket, std::string_view tag, std::string_view sealed) const;

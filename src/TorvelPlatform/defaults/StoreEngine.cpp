@@ -4,7 +4,8 @@
 
 namespace torvel {
 
-StoreEngine::StoreEngine(std::string_view domain) : m_domain(domain), m_id(storeID(domain)), m_files(m_id) {}
+StoreEngine::StoreEngine(std::string_view domain)
+    : m_domain(domain), m_id(storeID(domain)), m_files(m_id), m_last(m_files.lastSequence()) {}
 
 // Runs an operation under the lock, then tells what it noted.
 template <class Operation>
@@ -56,7 +57,7 @@ StoreStatus StoreEngine::adoptKey(const RootKey& root) {
 bool StoreEngine::dataBelongsTo(const RootKey& root) {
     auto database = Database::open(m_files.database());
     if (!database) return false;
-    const auto summary = database.value()->find({});
+    const auto summary = database.value()->summary();
     return summary && summary.value() && StoreSealer(root, m_id).isOwnSummary(*summary.value());
 }
 
@@ -74,7 +75,7 @@ StoreStatus StoreEngine::openUnderLock() {
         return isLost ? StoreStatus::keyMissing : root.error();
     }
     const StoreSealer sealer(root.value(), m_id);
-    if (!m_files.hasData() && sealer.openSequence(m_files.lastSequence())) return StoreStatus::rolledBack;
+    if (!m_files.hasData() && sealer.openSequence(m_last.content())) return StoreStatus::rolledBack;
     if (const StoreStatus made = m_files.makeDirectory(); made != StoreStatus::ok) return made;
     auto database = Database::open(m_files.database());
     if (!database) return database.error();
@@ -84,8 +85,7 @@ StoreStatus StoreEngine::openUnderLock() {
     if (status != StoreStatus::ok && status != StoreStatus::damaged) return status;
     note(status);
     m_open.emplace(sealer, std::move(database).value());
-    m_mapping = m_files.mapLastSequence(m_mapping);
-    m_sequence = m_mapping.page;
+    m_last.attach();
     return StoreStatus::ok;
 }
 
@@ -94,9 +94,9 @@ StoreStatus StoreEngine::createData(const StoreSealer& sealer, Database& databas
     const auto empty = database.isEmpty();
     if (!empty) return empty.error();
     if (!empty.value()) return StoreStatus::ok;
-    if (sealer.openSequence(m_files.lastSequence())) return StoreStatus::rolledBack;
+    if (sealer.openSequence(m_last.content())) return StoreStatus::rolledBack;
     const StoreStatus created = database.create(sealer.sealSummary({}));
-    if (created == StoreStatus::ok) m_files.setLastSequence(sealer.sealSequence(0));
+    if (created == StoreStatus::ok) m_last.set(sealer.sealSequence(0));
     return created;
 }
 
@@ -104,7 +104,7 @@ StoreStatus StoreEngine::createData(const StoreSealer& sealer, Database& databas
 // cannot be told any longer.
 StoreStatus StoreEngine::check(const StoreSealer& sealer, Database& database) {
     // Read before the data, which another process may be moving on.
-    const std::string last = m_files.lastSequence();
+    const std::string last = m_last.content();
     const auto lastSequence = sealer.openSequence(last);
     const auto summary = StoreLedger(sealer, database).summary();
     if (!summary) return summary.error();
@@ -121,7 +121,7 @@ StoreStatus StoreEngine::restate(const StoreSealer& sealer, Database& database) 
     const auto summary = StoreLedger(sealer, database).summary();
     if (!summary) return summary.error();
     const StoreStatus status = database.rewriteLog();
-    if (status == StoreStatus::ok) m_files.setLastSequence(sealer.sealSequence(summary.value().sequence));
+    if (status == StoreStatus::ok) m_last.set(sealer.sealSequence(summary.value().sequence));
     return status;
 }
 
@@ -166,7 +166,7 @@ StoreStatus StoreEngine::status() {
 }
 
 std::optional<SecureDefaults::ChangeMark> StoreEngine::changeMark() const {
-    const SequencePage* const page = m_sequence.load(std::memory_order_acquire);
+    const SequenceFile::Page* const page = m_last.page();
     if (page == nullptr || __atomic_load_n(&page->isRetired, __ATOMIC_ACQUIRE) != 0) return std::nullopt;
     const std::uint64_t sequence = __atomic_load_n(&page->sequence, __ATOMIC_ACQUIRE);
     if (__atomic_load_n(&page->announced, __ATOMIC_ACQUIRE) != sequence) return std::nullopt;
@@ -175,7 +175,7 @@ std::optional<SecureDefaults::ChangeMark> StoreEngine::changeMark() const {
 
 const EntryCache::Entry* StoreEngine::cached(std::string_view key) const {
     const auto mark = m_open ? changeMark() : std::nullopt;
-    return mark ? m_open->cache.find(mark->sequence, key) : nullptr;
+    return mark ? m_open->cache.find(*mark, key) : nullptr;
 }
 
 Outcome<std::optional<PropertyValue>, StoreStatus> StoreEngine::read(std::string_view key) {
@@ -209,7 +209,10 @@ StoreStatus StoreEngine::checkBucket(std::string_view tag) {
 Outcome<std::optional<PropertyValue>, StoreStatus> StoreEngine::find(std::string_view key) {
     const auto mark = changeMark();  // before the reading: what it does not show is read once more
     auto& [sealer, database, ledger, cache] = *m_open;
-    if (!mark && database->hasMoved()) return StoreStatus::rolledBack;  // and try again with the new file
+    if (!mark) {
+        if (database->hasMoved()) return StoreStatus::rolledBack;  // and try again with the new file
+        m_last.attach();                                           // where another has been made since
+    }
     std::string tag = sealer.tag(key);
     auto sealed = database->find(tag);
     if (!sealed) return sealed.error();
@@ -219,25 +222,25 @@ Outcome<std::optional<PropertyValue>, StoreStatus> StoreEngine::find(std::string
     auto entry = sealer.open(tag, *sealed.value());
     if (!entry) return entry.error();
     if (entry.value().key != key) return StoreStatus::damaged;
-    if (mark) cache.keep(mark->sequence, key, {std::move(tag), *std::move(sealed.value())});
+    if (mark) cache.keep(*mark, key, {std::move(tag), *std::move(sealed.value())});
     return std::optional(std::move(entry).value().value);
 }
 
 StoreStatus StoreEngine::write(std::string_view key, const PropertyValue& value) {
     return opened(key, [&] {
-        const auto sealed = m_open->sealer.seal(key, value);
-        return sealed ? change(key, sealed) : StoreStatus::invalidValue;
+        const std::string tag = m_open->sealer.tag(key);
+        const auto sealed = m_open->sealer.seal(tag, key, value);
+        return sealed ? change(tag, sealed) : StoreStatus::invalidValue;
     });
 }
 
 StoreStatus StoreEngine::remove(std::string_view key) {
-    return opened(key, [&] { return change(key, std::nullopt); });
+    return opened(key, [&] { return change(m_open->sealer.tag(key), std::nullopt); });
 }
 
 // Puts or erases an entry and brings the summary along.
-StoreStatus StoreEngine::change(std::string_view key, const std::optional<std::string>& sealed) {
+StoreStatus StoreEngine::change(std::string_view tag, const std::optional<std::string>& sealed) {
     auto& [sealer, database, ledger, cache] = *m_open;
-    const std::string tag = sealer.tag(key);
     Database::Transaction transaction(*database, Database::Transaction::writing);
     if (transaction.status() != StoreStatus::ok) return transaction.status();
     if (database->hasMoved()) return StoreStatus::rolledBack;  // and try again with the new file
@@ -252,12 +255,9 @@ StoreStatus StoreEngine::change(std::string_view key, const std::optional<std::s
 
 // Announced before, told after: in between no reader relies on the number.
 StoreStatus StoreEngine::commit(Database::Transaction& transaction, std::uint64_t sequence) {
-    StoreStatus status = m_files.announce(sequence);
+    StoreStatus status = m_last.announce(sequence);
     if (status == StoreStatus::ok) status = transaction.commit();
-    if (status == StoreStatus::ok) m_files.tell(m_open->sealer.sealSequence(sequence));
-    // Another file where somebody removed the one that was mapped, in which this write does not show.
-    m_mapping = m_files.mapLastSequence(m_mapping);
-    m_sequence = m_mapping.page;
+    if (status == StoreStatus::ok) m_last.tell(m_open->sealer.sealSequence(sequence));
     return status;
 }
 
@@ -272,11 +272,11 @@ StoreStatus StoreEngine::clear() {
     if (transaction.status() != StoreStatus::ok) return transaction.status();
     if (database->hasMoved()) return StoreStatus::rolledBack;
     const auto summary = ledger.summary();
-    const auto last = sealer.openSequence(m_files.lastSequence());
+    const auto last = sealer.openSequence(m_last.content());
     StoreSummary cleared;
     cleared.sequence = (summary ? summary.value().sequence : last.value_or(0)) + 1;
     StoreStatus status = database->eraseAll();
-    if (status == StoreStatus::ok) status = database->put({}, sealer.sealSummary(cleared));
+    if (status == StoreStatus::ok) status = ledger.put(cleared);
     return status == StoreStatus::ok ? commit(transaction, cleared.sequence) : status;
 }
 
@@ -334,8 +334,7 @@ StoreStatus StoreEngine::reset() {
             if (const auto database = Database::open(m_files.database())) database.value()->retire();
         }
         m_open.reset();
-        m_sequence = nullptr;
-        m_files.retireLastSequence();
+        m_last.retire();
         return note(m_files.moveAside());
     });
 }
@@ -344,8 +343,7 @@ StoreStatus StoreEngine::acceptRestored() {
     return locked([&] {
         const Descriptor lock = m_files.lock();
         m_open.reset();
-        m_sequence = nullptr;
-        StoreStatus status = m_files.forgetLastSequence();
+        StoreStatus status = m_last.forget();
         if (status == StoreStatus::ok) status = openUnderLock();
         if (status != StoreStatus::ok) return note(status);
         return walk().status;

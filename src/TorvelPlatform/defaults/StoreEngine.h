@@ -4,10 +4,10 @@
 #include "TorvelPlatform/defaults/EntryCache.h"
 #include "TorvelPlatform/defaults/SealedEntry.h"
 #include "TorvelPlatform/defaults/SecureDefaults.h"
+#include "TorvelPlatform/defaults/SequenceFile.h"
 #include "TorvelPlatform/defaults/StoreFiles.h"
 #include "TorvelPlatform/defaults/StoreLedger.h"
 
-#include <atomic>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -73,7 +73,7 @@ class StoreEngine {
     StoreStatus adoptKey(const RootKey& root);
 
     Outcome<std::optional<PropertyValue>, StoreStatus> find(std::string_view key);
-    StoreStatus change(std::string_view key, const std::optional<std::string>& sealed);
+    StoreStatus change(std::string_view tag, const std::optional<std::string>& sealed);
     StoreStatus clear();
     StoreStatus commit(Database::Transaction& transaction, std::uint64_t sequence);
     StoreLedger::Content walk();
@@ -83,9 +83,8 @@ class StoreEngine {
     const StoreFiles m_files;
     std::mutex m_mutex;
     std::optional<Opened> m_open;
-    StoreFiles::Mapping m_mapping;
-    std::atomic<const SequencePage*> m_sequence{nullptr};  // its page, for readers without the lock
-    std::vector<StoreFault> m_faults;                      // of the operation that is running
+    SequenceFile m_last;
+    std::vector<StoreFault> m_faults;  // of the operation that is running
 };
 
 // Tells the damage handler and the diagnostics.

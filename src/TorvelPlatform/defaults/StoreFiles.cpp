@@ -2,21 +2,17 @@
 
 #include "TorvelPlatform/defaults/SecretService.h"
 #include "TorvelPlatform/foundation/Bundle.h"
-#include "TorvelPlatform/foundation/File.h"
 #include "TorvelPlatform/foundation/UserDirectories.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <cstddef>
 
 #include <fcntl.h>
 #include <linux/magic.h>
 #include <sys/file.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
-#include <unistd.h>
 
 namespace torvel {
 namespace fs = std::filesystem;
@@ -86,55 +82,6 @@ Descriptor StoreFiles::lock() const {
     while (opened && ::flock(opened.get(), LOCK_EX) != 0 && errno == EINTR) {
     }
     return opened;
-}
-
-std::string StoreFiles::lastSequence() const {
-    auto content = readFile(m_last);
-    return content ? std::move(content).value().raw() : std::string();
-}
-
-bool StoreFiles::writeLast(const void* bytes, std::size_t size, std::size_t at) const {
-    const Descriptor opened(
-        ::open(m_last.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (!opened) return false;
-    errno = ENOSPC;  // what a short write means
-    return ::pwrite(opened.get(), bytes, size, static_cast<off_t>(at)) == static_cast<ssize_t>(size);
-}
-
-void StoreFiles::setLastSequence(std::string_view sealed) const {
-    writeLast(sealed.data(), sealed.size(), 0);
-}
-
-StoreStatus StoreFiles::announce(std::uint64_t sequence) const {
-    const bool isDone = writeLast(&sequence, sizeof sequence, offsetof(SequencePage, announced));
-    return isDone ? StoreStatus::ok : statusOfSystemError(errno);
-}
-
-void StoreFiles::tell(std::string_view sealed) const {
-    writeLast(sealed.data(), offsetof(SequencePage, announced), 0);
-}
-
-StoreFiles::Mapping StoreFiles::mapLastSequence(const Mapping& before) const {
-    const Descriptor opened(::open(m_last.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-    struct stat status {};
-    if (!opened || ::fstat(opened.get(), &status) != 0 || status.st_size == 0) return {};
-    if (before.page != nullptr && before.file == status.st_ino) return before;
-    void* const page = ::mmap(nullptr, sizeof(SequencePage), PROT_READ, MAP_SHARED, opened.get(), 0);
-    if (page == MAP_FAILED) return {};
-    return {static_cast<const SequencePage*>(page), status.st_ino};
-}
-
-void StoreFiles::retireLastSequence() const {
-    const Descriptor opened(::open(m_last.c_str(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC));
-    if (!opened) return;
-    constexpr std::uint8_t retired = 1;
-    [[maybe_unused]] const ssize_t written =
-        ::pwrite(opened.get(), &retired, sizeof retired, offsetof(SequencePage, isRetired));
-}
-
-StoreStatus StoreFiles::forgetLastSequence() const {
-    retireLastSequence();
-    return ::unlink(m_last.c_str()) == 0 || errno == ENOENT ? StoreStatus::ok : statusOfSystemError(errno);
 }
 
 // A key in the Secret Service is copied first, else data goes first: whatever stops this half way, no data is

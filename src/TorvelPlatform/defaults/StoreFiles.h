@@ -4,24 +4,10 @@
 #include "TorvelPlatform/defaults/SecureDefaults.h"
 #include "TorvelPlatform/defaults/StoreKey.h"
 
-#include <cstdint>
 #include <filesystem>
-#include <optional>
 #include <string>
 
-#include <sys/types.h>
-
 namespace torvel {
-
-// The head of the file with the sequence number of the last write, mapped: every write of any process shows
-// in it at once, without a system call. It stays mapped as long as the process lives.
-struct SequencePage {
-    std::uint64_t sequence;
-    std::uint8_t check[16];
-    std::uint64_t announced;  // another number while a write is under way, or when its process was killed
-    std::uint8_t rest[32];
-    std::uint8_t isRetired;  // beyond the file's end, hence 0, until the store is moved aside
-};
 
 // Where this process keeps keys.
 void setKeyPlace(SecureDefaults::KeyPlace place);
@@ -39,6 +25,7 @@ class StoreFiles {
 
     const std::filesystem::path& directory() const { return m_directory; }
     std::filesystem::path database() const { return m_directory / "entries.db"; }
+    const std::filesystem::path& lastSequence() const { return m_last; }
     bool hasData() const;
 
     // The key, from where the host keeps keys.
@@ -51,28 +38,10 @@ class StoreFiles {
     // does nothing where no store has been made yet.
     Descriptor lock() const;
 
-    std::string lastSequence() const;  // empty when there is none
-    void setLastSequence(std::string_view sealed) const;
-    // Under the database's lock for writing, before the write is made: without it others might miss it.
-    StoreStatus announce(std::uint64_t sequence) const;
-    // After the write was made. The announcement stays: it may be another's by now.
-    void tell(std::string_view sealed) const;
-    // nullptr when there is none. The page that was mapped before is kept where it is still that of the file.
-    struct Mapping {
-        const SequencePage* page = nullptr;
-        ino_t file = 0;
-    };
-    Mapping mapLastSequence(const Mapping& before) const;
-    // Has all who have it mapped look anew.
-    void retireLastSequence() const;
-    StoreStatus forgetLastSequence() const;
-
     // Renames data, key and sequence number to the same names with a number behind.
     StoreStatus moveAside() const;
 
   private:
-    bool writeLast(const void* bytes, std::size_t size, std::size_t at) const;
-
     std::string m_name;  // among the keys of the Secret Service
     std::filesystem::path m_directory, m_key, m_last;
 };

@@ -12,17 +12,17 @@
 namespace torvel {
 
 // What a store must hold, by which it is told that an entry is gone or an older one was put back. An entry
-// belongs to one of 256 buckets by the first byte of its tag. Of each bucket the number of its entries and a
-// sum of their keyed digests is kept; sixteen of these make a sealed page, which lies under the first half of
-// that byte. The sealed summary, under the empty tag, holds the sequence number of the last write and that of
-// the last write to each page: a page with another number is not the newest. A write changes entry, page and
-// summary in one transaction. A bucket is checked when this process first reads or writes in it, which costs
-// the reading of a 256th of the store; opening a store costs that of the summary alone.
+// belongs to one of 256 buckets by the first byte of its tag. The sealed summary holds the sequence number of
+// the last write and, of each bucket, the number of its entries and a sum of their keyed digests. A write
+// changes entry and summary in one transaction: two pages. A bucket is checked when this process first reads
+// or writes in it, which costs the reading of a 256th of the store; opening a store costs that of the summary
+// alone.
 class StoreLedger {
   public:
     StoreLedger(const StoreSealer& sealer, Database& database) : m_sealer(sealer), m_database(database) {}
 
     Outcome<StoreSummary, StoreStatus> summary();
+    StoreStatus put(const StoreSummary& summary);
 
     // Whether the bucket of a tag has been found whole since the store was opened.
     bool isWhole(std::string_view tag) const;
@@ -51,11 +51,12 @@ class StoreLedger {
     };
     Bucket read(std::size_t number, bool opensEntries);
     static StoreStatus judge(const Bucket& bucket, const BucketSum& expected);
-    Outcome<SummaryPage, StoreStatus> page(const StoreSummary& summary, std::size_t number);
 
     const StoreSealer& m_sealer;
     Database& m_database;
     std::bitset<bucketCount> m_isWhole;  // known to be
+    std::string m_sealed;                // the summary as it was sealed or opened last
+    StoreSummary m_summary;              // what is in it
 };
 
 }  // namespace torvel
