@@ -59,7 +59,7 @@ function(torvel_library target component)
 endfunction()
 
 # torvel_test(<name> [UI] SOURCES <files> [LINK <targets>]): a test program, every case a process of its own; with
-# UI each has a QApplication, without a display.
+# UI each has a QApplication, without a display. None touches the stores of who runs it.
 function(torvel_test name)
     cmake_parse_arguments(ARG "UI" "" "SOURCES;LINK" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
@@ -73,5 +73,8 @@ function(torvel_test name)
         target_link_libraries(${name} PRIVATE GTest::gtest_main)
     endif()
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")
-    gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+    set(home "${PROJECT_BINARY_DIR}/tests/home")
+    file(MAKE_DIRECTORY "${home}")
+    gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60
+        PROPERTIES TIMEOUT 120 ENVIRONMENT "HOME=${home}")
 endfunction()
