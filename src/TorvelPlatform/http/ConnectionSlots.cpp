@@ -1,7 +1,6 @@
 #include "TorvelPlatform/http/ConnectionSlots.h"
 
-#include <algorithm>
-#include <iterator>
+#include <utility>
 
 namespace torvel {
 
@@ -30,13 +29,13 @@ ConnectionSlots::Task ConnectionSlots::leave(SessionTask& task) {
     return next;
 }
 
-std::vector<ConnectionSlots::Task> ConnectionSlots::takeCancelled() {
-    std::vector<Task> cancelled;
+std::list<ConnectionSlots::Task> ConnectionSlots::takeCancelled() {
+    std::list<Task> cancelled;
     for (auto& [key, origin] : m_origins) {
-        const auto first = std::stable_partition(origin.waiting.begin(), origin.waiting.end(),
-                                                 [](const Task& task) { return !task->isCancelled(); });
-        std::move(first, origin.waiting.end(), std::back_inserter(cancelled));
-        origin.waiting.erase(first, origin.waiting.end());
+        for (auto next = origin.waiting.begin(); next != origin.waiting.end();) {
+            const auto task = next++;
+            if ((*task)->isCancelled()) cancelled.splice(cancelled.end(), origin.waiting, task);
+        }
     }
     return cancelled;
 }

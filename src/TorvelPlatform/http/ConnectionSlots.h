@@ -2,11 +2,10 @@
 
 #include "TorvelPlatform/http/SessionTask.h"
 
-#include <deque>
+#include <list>
 #include <memory>
 #include <string>
 #include <unordered_map>
-#include <vector>
 
 namespace torvel {
 
@@ -24,12 +23,12 @@ class ConnectionSlots {
     // Takes the slot back, if the task has one, and hands it to the task returned; nullptr when none waits.
     Task leave(SessionTask& task);
     // Takes out those of the waiting that were cancelled.
-    std::vector<Task> takeCancelled();
+    std::list<Task> takeCancelled();
 
   private:
     struct Origin {
         std::size_t used = 0;
-        std::deque<Task> waiting;
+        std::list<Task> waiting;
     };
 
     const std::size_t m_perOrigin;
