@@ -158,6 +158,7 @@ http {
     ssl_certificate $served.pem; ssl_certificate_key $served.key;
     ssl_session_cache shared:all:1m; ssl_session_tickets on;
     location / { return 200 ok; }
+    location /slow { limit_rate 1; return 200 slow; }
     location /once { keepalive_timeout 0; return 200 ok; }
     location ~ ^/away/(.*)$ { return 302 https://$1:)" +
                             port + R"(/; }

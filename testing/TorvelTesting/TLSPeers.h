@@ -71,7 +71,7 @@ class OpenSSLServer : public ServerProcess {
 };
 
 // nginx with HTTP/2, keep-alive and session tickets. `/away/HOST` redirects to the same server under that
-// host name, `/once` closes its connection.
+// host name, `/once` closes its connection, `/slow` sends a byte a second.
 class NginxServer : public ServerProcess {
   public:
     NginxServer(std::filesystem::path directory, const Identity& leaf,

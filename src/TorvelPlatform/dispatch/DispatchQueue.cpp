@@ -163,12 +163,15 @@ DispatchQueue::~DispatchQueue() {
 
 const std::string& DispatchQueue::label() const { return m_state->label; }
 
+// What is posted may end the queue before post() is through, whose end it must not take along.
 void DispatchQueue::async(Work work) {
-    m_state->post([&](std::vector<Work>& waiting) { waiting.push_back(std::move(work)); });
+    const std::shared_ptr<State> state = m_state;
+    state->post([&](std::vector<Work>& waiting) { waiting.push_back(std::move(work)); });
 }
 
 void DispatchQueue::async(std::vector<Work> batch) {
-    m_state->post([&](std::vector<Work>& waiting) {
+    const std::shared_ptr<State> state = m_state;
+    state->post([&](std::vector<Work>& waiting) {
         waiting.insert(waiting.end(), std::make_move_iterator(batch.begin()),
                        std::make_move_iterator(batch.end()));
     });

@@ -39,12 +39,12 @@ Origins::Origin Origins::of(const std::string& key) const {
     return found == m_origins.end() ? Origin{} : found->second;
 }
 
-void Origins::learn(const std::string& key, const ResponseHead& head) {
+void Origins::learn(const std::string& key, const ResponseHead& head, bool offeredHTTP2) {
     constexpr std::size_t mostOrigins = 1000;
     if (m_origins.size() >= mostOrigins && !m_origins.contains(key))
         m_origins.clear();  // costs no more than learning again
     Origin& origin = m_origins[key];
-    origin.multiplexes = head.multiplexed();
+    if (offeredHTTP2) origin.multiplexes = head.multiplexed();
     const std::optional<long> timeout = keepAliveTimeout(head.headers());
     if (!timeout) return;
     origin.keepsAlive = *timeout > 1;

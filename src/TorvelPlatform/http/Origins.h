@@ -24,7 +24,8 @@ class Origins {
     static std::string keyOf(const URL& url);
 
     Origin of(const std::string& key) const;
-    void learn(const std::string& key, const ResponseHead& head);
+    // `offeredHTTP2`: whether the answer could have come over it.
+    void learn(const std::string& key, const ResponseHead& head, bool offeredHTTP2);
 
   private:
     std::unordered_map<std::string, Origin> m_origins;

@@ -24,8 +24,8 @@ RequestHandle DataRequest::responseData(DispatchQueue& queue, Completion complet
     task().queue = &queue;
     task().completion = std::move(completion);
     RequestHandle handle{m_task};
-    const std::shared_ptr<RequestRunner> runner = m_task->core->runner;
-    runner->submit(std::move(m_task));
+    const std::shared_ptr<SessionCore> core = m_task->core;  // the request may end before submit() does
+    core->runner->submit(std::move(m_task));
     return handle;
 }
 

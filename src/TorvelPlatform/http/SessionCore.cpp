@@ -3,6 +3,7 @@
 #include "TorvelPlatform/http/ProtocolRunner.h"
 #include "TorvelPlatform/http/SessionWorker.h"
 
+#include <algorithm>
 #include <mutex>
 #include <set>
 
@@ -12,7 +13,7 @@ namespace {
 // The runners of the living sessions.
 struct Registry {
     std::mutex mutex;
-    std::set<RequestRunner*> runners;
+    std::set<std::shared_ptr<RequestRunner>> runners;
 
     static Registry& shared() {
         static Registry& registry = *new Registry;  // never destroyed: sessions may end late
@@ -23,7 +24,7 @@ struct Registry {
 std::shared_ptr<RequestRunner> makeRunner(const URLSessionConfiguration& configuration,
                                           const std::string& label) {
     if (configuration.protocol) return std::make_shared<ProtocolRunner>(configuration.protocol);
-    return SessionWorker::start(label, configuration.maximumConnectionsPerHost);
+    return SessionWorker::start(label, std::max<std::size_t>(configuration.maximumConnectionsPerHost, 1));
 }
 
 }  // namespace
@@ -34,20 +35,24 @@ SessionCore::SessionCore(URLSessionConfiguration sessionConfiguration, const std
       trustManager(std::move(serverTrustManager)),
       runner(makeRunner(configuration, rootQueueLabel)) {
     const std::lock_guard lock(Registry::shared().mutex);
-    Registry::shared().runners.insert(runner.get());
+    Registry::shared().runners.insert(runner);
 }
 
 SessionCore::~SessionCore() {
     {
         const std::lock_guard lock(Registry::shared().mutex);
-        Registry::shared().runners.erase(runner.get());
+        Registry::shared().runners.erase(runner);
     }
     runner->stop();
 }
 
 void SessionCore::sweepAll() {
-    const std::lock_guard lock(Registry::shared().mutex);
-    for (RequestRunner* const runner : Registry::shared().runners) runner->sweep();
+    std::set<std::shared_ptr<RequestRunner>> runners;  // swept outside the lock: that may end a session
+    {
+        const std::lock_guard lock(Registry::shared().mutex);
+        runners = Registry::shared().runners;
+    }
+    for (const auto& runner : runners) runner->sweep();
 }
 
 }  // namespace torvel

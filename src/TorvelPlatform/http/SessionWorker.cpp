@@ -170,7 +170,6 @@ TransferOptions SessionWorker::optionsFor(const SessionTask& task) const {
             .form = task.stream ? &*task.stream : nullptr,
             .prefersHTTP1 = task.hasContent(),
             .freshConnection = !origin.keepsAlive,
-            .sharesConnection = origin.multiplexes.value_or(false) && !task.hasContent(),
             .maximumIdleAge = origin.maximumIdleAge,
             .maximumResponseBytes = task.core->configuration.maximumResponseBytes,
             .trustManager = task.core->trustManager,
@@ -180,7 +179,6 @@ TransferOptions SessionWorker::optionsFor(const SessionTask& task) const {
 
 void SessionWorker::onFinished(Transfer& transfer, CURLcode code) {
     Task task = take(transfer);
-    if (transfer.head().complete()) m_origins.learn(task->origin, transfer.head());
     auto outcome = transfer.conclude(code);
     recycle(transfer.takeEasy());
     if (auto* next = std::get_if<Redirection>(&outcome)) return follow(std::move(task), std::move(*next));
@@ -237,6 +235,8 @@ SessionWorker::Task SessionWorker::take(Transfer& transfer) {
     m_loop->remove(transfer);
     task->maybeSent |= transfer.maybeSent();
     if (!task->hops.empty()) transfer.measure(task->hops.back());
+    // Before the next task starts, which the server's hints concern. With content it was not offered HTTP/2.
+    if (transfer.head().complete()) m_origins.learn(task->origin, transfer.head(), !task->hasContent());
     leaveSlot(*task);
     return task;
 }

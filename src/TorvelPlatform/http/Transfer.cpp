@@ -90,6 +90,9 @@ struct Transfer::Callbacks {
         transfer.m_queued = false;
         transfer.m_phase = Phase::sending;
         transfer.m_activity->last = std::chrono::steady_clock::now();
+        transfer.m_sharesConnection = agreedOnHTTP2(tlsConnection(transfer.easy()));
+        if (transfer.m_sharesConnection)  // the socket, which made the handshake, may hold the former
+            transfer.m_activity = std::make_shared<Activity>();
         if (++transfer.m_attempts == 1) transfer.m_sentToProxy = transfer.handedOver();
         transfer.m_replayRefused = transfer.m_attempts > 1 && transfer.maybeSent();
         return transfer.m_replayRefused ? CURL_PREREQFUNC_ABORT : CURL_PREREQFUNC_OK;

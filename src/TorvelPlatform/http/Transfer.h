@@ -30,8 +30,7 @@ struct TransferOptions {
     const FormStream* form;  // the body, when it is not the request's own
     bool prefersHTTP1;       // for bodies: the client loses HTTP/2 answers that come before it has sent all
     bool freshConnection;
-    bool sharesConnection;  // HTTP/2: what the socket receives may belong to other transfers
-    long maximumIdleAge;    // seconds that a kept-alive connection may have been idle
+    long maximumIdleAge;  // seconds that a kept-alive connection may have been idle
     std::size_t maximumResponseBytes;
     std::shared_ptr<const ServerTrustManager> trustManager;
     const HTTPHeaders& sessionHeaders;
@@ -53,9 +52,7 @@ class Transfer {
         return m_queued ? std::chrono::steady_clock::now() : m_activity->last;
     }
     // What the socket in use reports to, so that even half a header line counts; nullptr for a shared one.
-    std::shared_ptr<Activity> socketActivity() const {
-        return m_options.sharesConnection ? nullptr : m_activity;
-    }
+    std::shared_ptr<Activity> socketActivity() const { return m_sharesConnection ? nullptr : m_activity; }
 
     // Reads the outcome once the client has finished with the hop.
     std::variant<TransferResult, Redirection> conclude(CURLcode code);
@@ -102,6 +99,7 @@ class Transfer {
 
     const std::chrono::system_clock::time_point m_begun = std::chrono::system_clock::now();
     bool m_queued = true;
+    bool m_sharesConnection = false;  // HTTP/2: what the socket receives may belong to other transfers
     SessionError::Phase m_phase = SessionError::Phase::lookingUpName;
     std::chrono::system_clock::time_point m_securingSince;
     int m_attempts = 0;

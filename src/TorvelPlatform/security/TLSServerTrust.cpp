@@ -2,6 +2,8 @@
 
 #include "TorvelPlatform/security/Native.h"
 
+#include <string_view>
+
 #include <openssl/err.h>
 #include <openssl/ssl.h>
 
@@ -66,6 +68,14 @@ bool installServerTrust(void* sslContext, TLSTrustDecision decision) {
 
 bool peerClosedCleanly(void* ssl) {
     return ssl != nullptr && SSL_get_ex_data(static_cast<SSL*>(ssl), closeNotifyIndex()) != nullptr;
+}
+
+bool agreedOnHTTP2(void* ssl) {
+    if (ssl == nullptr) return false;
+    const unsigned char* name = nullptr;
+    unsigned size = 0;
+    SSL_get0_alpn_selected(static_cast<SSL*>(ssl), &name, &size);
+    return std::string_view(reinterpret_cast<const char*>(name), size) == "h2";
 }
 
 }  // namespace torvel

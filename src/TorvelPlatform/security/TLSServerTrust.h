@@ -21,4 +21,7 @@ bool installServerTrust(void* sslContext, TLSTrustDecision decision);
 // that is delimited by the end of the connection may be a cut (RFC 8446, 6.1).
 bool peerClosedCleanly(void* ssl);
 
+// Whether both ends of an OpenSSL SSL agreed on HTTP/2 in the handshake (RFC 7301). False for nullptr.
+bool agreedOnHTTP2(void* ssl);
+
 }  // namespace torvel

@@ -139,6 +139,18 @@ TEST(SerialQueue, MayBeDestroyedInsideItsOwnItem) {
     EXPECT_EQ(queue, nullptr);
 }
 
+// For the thread sanitizer: the poster may not be back yet.
+TEST(SerialQueue, MayBeDestroyedOnceItsLastItemRan) {
+    for (int i = 0; i < 100; ++i) {
+        std::promise<void> ran;
+        auto queue = std::make_unique<DispatchQueue>("tests.last");
+        std::thread poster([&ran, last = queue.get()] { last->async([&ran] { ran.set_value(); }); });
+        ran.get_future().wait();
+        queue.reset();
+        poster.join();
+    }
+}
+
 TEST(SerialQueue, TakesNoneOfTheHostsSignals) {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);

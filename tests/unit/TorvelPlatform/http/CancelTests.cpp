@@ -90,6 +90,10 @@ TEST(Cancel, EndsInOneErrorUnlessTheCompletionHasBegun) {
     RequestHandle().cancel();
 }
 
+struct Silence final : URLProtocol {
+    void load(const URLRequest&, Done) override {}
+};
+
 TEST(Cancel, OfAllReachesEverySessionAndNoLaterRequest) {
     ScriptedServer silent([](Peer& peer) {
         peer.receive();
@@ -102,12 +106,16 @@ TEST(Cancel, OfAllReachesEverySessionAndNoLaterRequest) {
     dropped.reset();
     std::shared_ptr<Observed> later;
     const auto third = start(kept, silent.url(), [&] { later = start(kept, answering.url()); });
+    URLSessionConfiguration configuration;
+    configuration.protocol = std::make_shared<Silence>();
+    const auto fourth = start(*std::make_unique<Session>(configuration), silent.url());  // ends in the call
     Session::cancelAllRequests();
     const auto haveEnded = [&] {
         return first->completions + second->completions + third->completions == 3 && later->completions > 0;
     };
     DispatchQueue::main().runUntil(haveEnded, std::chrono::seconds(60));
-    for (const auto& seen : {first, second, third}) EXPECT_EQ(seen->response.error->kind, Kind::cancelled);
+    for (const auto& seen : {first, second, third, fourth})
+        EXPECT_EQ(seen->response.error->kind, Kind::cancelled);
     EXPECT_FALSE(later->response.error);
 }
 

@@ -175,7 +175,7 @@ TEST(Session, SurvivesThatNoDescriptorIsLeft) {
 TEST(Session, CancellingTakesARequestOutOfTheQueueForAConnection) {
     ScriptedServer server({[](Peer& peer) { peer.stall(); }, ScriptedServer::answering(okAnswer)});
     URLSessionConfiguration configuration;
-    configuration.maximumConnectionsPerHost = 1;
+    configuration.maximumConnectionsPerHost = 0;  // counts as one
     Session session(configuration);
     std::string order;
     const auto start = [&](const char* name) {
@@ -212,12 +212,15 @@ TEST(Session, SendsNothingTwice) {
     }
 }
 
+// It concerns the request that waits for this very connection.
 TEST(Session, HeedsTheServersKeepAliveHint) {
+    URLSessionConfiguration configuration;
+    configuration.maximumConnectionsPerHost = 1;
     for (const auto& [hint, connections] : {std::pair{"timeout=1", 2U}, std::pair{"max=9, timeout=5", 1U}}) {
         ScriptedServer server(
             ScriptedServer::answering(response("200 OK", "hello", "Keep-Alive: "s + hint + "\r\n")));
-        Session session = plainSession();
-        fetch(session, requestTo(server.url()));
+        Session session(configuration);
+        session.request(requestTo(server.url())).responseData(DispatchQueue::main(), {});
         fetch(session, requestTo(server.url()));
         EXPECT_EQ(server.connections(), connections) << hint;
     }
