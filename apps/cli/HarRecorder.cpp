@@ -1,6 +1,7 @@
 #include "cli/HarRecorder.h"
 
 #include "TorvelLibrary/Data/Remote/Interceptors/EnvelopeNames.h"
+#include "TorvelPlatform/foundation/Base64.h"
 #include "TorvelPlatform/foundation/DateFormatter.h"
 #include "TorvelPlatform/http/Session.h"
 
@@ -60,7 +61,14 @@ bool isSealed(const std::string& body) {
         }
         return false;
     };
-    return std::ranges::all_of(json.items(), [&](const auto& item) { return isEnvelopes(item.key()); });
+    const auto isCipherText = [](const nlohmann::json& value) {
+        constexpr std::size_t block = 16;
+        const auto bytes = value.is_string() ? Base64::decode(value.get<std::string>()) : std::nullopt;
+        return bytes && bytes->size() >= block;
+    };
+    return std::ranges::all_of(json.items(), [&](const auto& item) {
+        return isEnvelopes(item.key()) && isCipherText(item.value());
+    });
 }
 
 // A body's text, or why it is not there.
@@ -110,16 +118,16 @@ Json responseOf(const HopMetrics& hop, const DataResponse* last) {
     return response;
 }
 
-// In milliseconds; -1 for a step that was not made. The step of the connection includes TLS.
+// In milliseconds; -1 for a step that was not made. Each lasts until the next or, the last one, until the end,
+// so that their sum is the whole time; the step of the connection includes TLS.
 Json timingsOf(const HopMetrics& hop) {
     const auto between = [](std::optional<double> from, std::optional<double> to) {
         return from && to ? std::max(0.0, (*to - *from) * 1000) : -1.0;
     };
-    const std::optional<double> connected = hop.secured ? hop.secured : hop.connected;
     const double sending = hop.sending.value_or(hop.end), firstByte = hop.firstByte.value_or(hop.end);
     return {{"blocked", (hop.nameLookedUp ? hop.queued : sending) * 1000},
             {"dns", between(hop.queued, hop.nameLookedUp)},
-            {"connect", between(hop.nameLookedUp, connected)},
+            {"connect", between(hop.nameLookedUp, sending)},
             {"ssl", between(hop.connected, hop.secured)},
             {"send", 0.0},
             {"wait", between(sending, firstByte)},

@@ -61,7 +61,10 @@ void ServerProcess::start(const std::vector<std::string>& arguments, int inherit
         ::dup2(input[0], 0);
         ::dup2(output[1], 1);
         ::dup2(output[1], 2);
-        if (inheritedSocket >= 0) ::dup2(inheritedSocket, 3);
+        if (inheritedSocket >= 0) {
+            ::fcntl(inheritedSocket, F_SETFD, 0);  // it may be 3 already
+            ::dup2(inheritedSocket, 3);
+        }
         ::execvp(argv[0], argv.data());
         ::_exit(127);
     }

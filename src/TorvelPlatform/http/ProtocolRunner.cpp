@@ -16,12 +16,12 @@ void ProtocolRunner::submit(Task task) {
 
 void ProtocolRunner::startHop(Task task) {
     if (auto error = task->hopError()) return fail(std::move(task), std::move(*error));
+    const URLRequest request = task->request;  // a cancelled task gives up its own
     {
         const std::lock_guard lock(m_mutex);
         m_waiting.insert(task);
     }
-    if (task->isCancelled()) return sweep();   // since hopError() asked
-    const URLRequest request = task->request;  // a cancelled task gives up its own
+    if (task->isCancelled()) return sweep();  // since hopError() asked
     m_protocol->load(request, [self = shared_from_this(), task](TransferResult result) {
         self->answered(task, std::move(result));
     });
