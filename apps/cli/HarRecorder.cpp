@@ -118,8 +118,8 @@ Json responseOf(const HopMetrics& hop, const DataResponse* last) {
     return response;
 }
 
-// In milliseconds; -1 for a step that was not made. Each lasts until the next or, the last one, until the end,
-// so that their sum is the whole time; the step of the connection includes TLS.
+// In milliseconds; -1 for a step that was not made. Each lasts until the next or, the last one, until the
+// end, so that their sum is the whole time; the step of the connection includes TLS.
 Json timingsOf(const HopMetrics& hop) {
     const auto between = [](std::optional<double> from, std::optional<double> to) {
         return from && to ? std::max(0.0, (*to - *from) * 1000) : -1.0;

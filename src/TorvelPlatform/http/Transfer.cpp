@@ -68,8 +68,9 @@ struct Transfer::Callbacks {
 
     // A hop leaves the queue to look up a name, to open a socket, or with a kept-alive connection at hand.
     static void leaveQueue(Transfer& transfer) {
-        if (std::exchange(transfer.m_queued, false))
-            transfer.m_activity->last = std::chrono::steady_clock::now();
+        if (!std::exchange(transfer.m_queued, false)) return;
+        transfer.m_activity->last = std::chrono::steady_clock::now();
+        transfer.m_leftQueue = std::chrono::system_clock::now();
     }
 
     static int beforeLookUp(void*, void*, void* user) {
@@ -87,7 +88,7 @@ struct Transfer::Callbacks {
     // connection dies under it; that is refused, for the server may have acted on the first.
     static int beforeRequest(void* user, char*, char*, int, int) {
         Transfer& transfer = of(user);
-        transfer.m_queued = false;
+        leaveQueue(transfer);
         transfer.m_phase = Phase::sending;
         transfer.m_activity->last = std::chrono::steady_clock::now();
         transfer.m_sharesConnection = agreedOnHTTP2(tlsConnection(transfer.easy()));

@@ -98,6 +98,7 @@ class Transfer {
     std::shared_ptr<Verdict> m_verdict;  // of the handshake that this transfer started, if any
 
     const std::chrono::system_clock::time_point m_begun = std::chrono::system_clock::now();
+    std::chrono::system_clock::time_point m_leftQueue = m_begun;  // the client's own, for a connection
     bool m_queued = true;
     bool m_sharesConnection = false;  // HTTP/2: what the socket receives may belong to other transfers
     SessionError::Phase m_phase = SessionError::Phase::lookingUpName;

@@ -1,5 +1,7 @@
 #include "TorvelPlatform/http/Transfer.h"
 
+#include <algorithm>
+
 // What the client knows of a hop when it is over.
 namespace torvel {
 namespace {
@@ -28,17 +30,18 @@ int httpVersion(CURL* easy) {
 }  // namespace
 
 void Transfer::measure(HopMetrics& hop) const {
-    hop.queued = std::chrono::duration<double>(m_begun - hop.start).count();
+    const double begun = std::chrono::duration<double>(m_begun - hop.start).count();
+    hop.queued = std::chrono::duration<double>(m_leftQueue - hop.start).count();
     const auto moment = [&](CURLINFO info) -> std::optional<double> {
         curl_off_t microseconds = 0;
         curl_easy_getinfo(easy(), info, &microseconds);
         if (microseconds == 0) return std::nullopt;
-        return hop.queued + static_cast<double>(microseconds) / 1e6;
+        return std::max(hop.queued, begun + static_cast<double>(microseconds) / 1e6);
     };
     long connections = 0;
     curl_easy_getinfo(easy(), CURLINFO_NUM_CONNECTS, &connections);
     hop.reusedConnection = m_attempts > 0 && connections == 0;
-    if (!hop.reusedConnection) {
+    if (!hop.reusedConnection && !m_queued) {
         hop.nameLookedUp = moment(CURLINFO_NAMELOOKUP_TIME_T);
         hop.connected = moment(CURLINFO_CONNECT_TIME_T);
         hop.secured = moment(CURLINFO_APPCONNECT_TIME_T);
