@@ -20,6 +20,8 @@ std::optional<std::string> HTTPHeaders::value(std::string_view name) const {
     return field->second;
 }
 
+bool HTTPHeaders::contains(std::string_view name) const { return find(m_fields, name) != m_fields.end(); }
+
 void HTTPHeaders::set(std::string_view name, std::string_view value) {
     const auto field = find(m_fields, name);
     if (field == m_fields.end()) {

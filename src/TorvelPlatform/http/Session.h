@@ -95,6 +95,9 @@ class UploadRequest : public DataRequest {
 // An HTTP client: one background thread (its serial root queue), one pool of connections, one immutable
 // table of trust. Requests keep their session alive, so dropping the last handle cuts nothing in flight.
 // Every operation may be called from any thread.
+//
+// A proxy that the environment names is used (http_proxy, https_proxy, all_proxy; no_proxy for exceptions).
+// Whether it names any is looked for once, when the session is made.
 class Session {
   public:
     // The largest form in bytes that is encoded in memory.

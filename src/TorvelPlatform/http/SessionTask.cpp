@@ -60,7 +60,7 @@ void SessionTask::report(const DataResponse& outcome) {
 std::optional<SessionError> SessionTask::prepare() {
     accept = request.headers.value("Accept");
     for (const auto& [name, value] : core->configuration.headers.fields())
-        if (!request.headers.value(name)) request.headers.set(name, value);
+        if (!request.headers.contains(name)) request.headers.set(name, value);
     if (auto error = requestError(request, hasBody())) return error;
     if (form) encodeForm();
     return std::nullopt;

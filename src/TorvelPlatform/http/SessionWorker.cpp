@@ -6,7 +6,9 @@
 #include "TorvelPlatform/http/URLCache.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
+#include <cstdlib>
 
 namespace torvel {
 namespace {
@@ -30,6 +32,13 @@ SessionError timeoutError(const URLRequest& request) {
             std::nullopt};
 }
 
+// The variables that the client looks for.
+bool proxyIsGiven() {
+    constexpr std::array names{"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"};
+    return std::any_of(names.begin(), names.end(),
+                       [](const char* name) { return std::getenv(name) != nullptr; });
+}
+
 // A network answer is offered to the cache; nothing is copied unless it is kept.
 void offerToCache(const URLRequest& request, TransferResult& result) {
     URLCache::CachedResponse offered{std::move(*result.response), Data(std::move(result.body))};
@@ -49,7 +58,9 @@ std::shared_ptr<SessionWorker> SessionWorker::start(const std::string& label,
 }
 
 SessionWorker::SessionWorker(std::size_t maximumConnectionsPerHost)
-    : m_loop(std::make_unique<TransferLoop>(maximumConnectionsPerHost)), m_slots(maximumConnectionsPerHost) {}
+    : m_loop(std::make_unique<TransferLoop>(maximumConnectionsPerHost)),
+      m_mayUseProxy(proxyIsGiven()),
+      m_slots(maximumConnectionsPerHost) {}
 
 void SessionWorker::submit(Task task) {
     bool wasAsleep = false;  // woken outside the lock: the thread may run at once and want it
@@ -170,6 +181,7 @@ TransferOptions SessionWorker::optionsFor(const SessionTask& task) const {
             .form = task.stream ? &*task.stream : nullptr,
             .prefersHTTP1 = task.hasContent(),
             .freshConnection = !origin.keepsAlive,
+            .mayUseProxy = m_mayUseProxy,
             .maximumIdleAge = origin.maximumIdleAge,
             .maximumResponseBytes = task.core->configuration.maximumResponseBytes,
             .trustManager = task.core->trustManager,

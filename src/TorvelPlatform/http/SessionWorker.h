@@ -70,6 +70,7 @@ class SessionWorker final : public RequestRunner {
     std::vector<EasyHandle> m_idleHandles;
     std::unordered_map<Transfer*, Task> m_live;
     std::set<std::pair<TransferLoop::Clock::time_point, Transfer*>> m_deadlines;
+    const bool m_mayUseProxy;
     Origins m_origins;
     ConnectionSlots m_slots;
     std::vector<std::pair<DispatchQueue*, DispatchQueue::Work>> m_completions;

@@ -153,6 +153,8 @@ void Transfer::setConnection() {
     curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, m_detail.data());
     curl_easy_setopt(handle, CURLOPT_SHARE, sharedCookieJar());
     curl_easy_setopt(handle, CURLOPT_COOKIEFILE, "");  // uses the jar, reads no file
+    // Else the client searches the environment five times for every request.
+    if (!m_options.mayUseProxy) curl_easy_setopt(handle, CURLOPT_NOPROXY, "*");
     // Waiting for a connection to share pays where HTTP/2 may be agreed on, in the handshake. Over plain http
     // it would wait for the first answer instead.
     const bool mayShare = isSecure() && !m_options.prefersHTTP1;
@@ -196,7 +198,7 @@ void Transfer::setTrust() {
 void Transfer::setFields() {
     const HTTPHeaders& headers = m_options.request.headers;
     // From the last to the first: the client's lists grow at their end only by walking there.
-    if (!headers.value("Content-Type")) prepend(m_fields, "Content-Type:");  // no type is made up
+    if (!headers.contains("Content-Type")) prepend(m_fields, "Content-Type:");  // no type is made up
     prepend(m_fields, "Expect:");  // waiting for "100 Continue" costs a second with most servers
     for (auto field = headers.fields().rbegin(); field != headers.fields().rend(); ++field)
         if (!isReserved(field->first) && !equalsIgnoringCase(field->first, "Cookie"))
@@ -250,7 +252,7 @@ bool Transfer::onHeadComplete() {
     const std::uint64_t announced = m_head.contentLength().value_or(0);
     if (announced > m_options.maximumResponseBytes) return fail("it is larger than allowed");
     // Two framings contradict each other; whatever follows on such a connection is not to be trusted.
-    if (m_head.chunked() && m_head.headers().value("Content-Length"))
+    if (m_head.chunked() && m_head.headers().contains("Content-Length"))
         curl_easy_setopt(easy(), CURLOPT_FORBID_REUSE, 1L);
     // Progress calls go on to the very end, where alone the closing of the connection can be judged.
     if (endsWithConnection()) curl_easy_setopt(easy(), CURLOPT_NOPROGRESS, 0L);

@@ -30,6 +30,7 @@ struct TransferOptions {
     const FormStream* form;  // the body, when it is not the request's own
     bool prefersHTTP1;       // for bodies: the client loses HTTP/2 answers that come before it has sent all
     bool freshConnection;
+    bool mayUseProxy;
     long maximumIdleAge;  // seconds that a kept-alive connection may have been idle
     std::size_t maximumResponseBytes;
     std::shared_ptr<const ServerTrustManager> trustManager;

@@ -20,6 +20,7 @@ class HTTPHeaders {
 
     // The value of a field; absent when there is none.
     std::optional<std::string> value(std::string_view name) const;
+    bool contains(std::string_view name) const;
     // Replaces every field of that name by one.
     void set(std::string_view name, std::string_view value);
     // Appends to an existing value with "," between, as the platform's header addition does, or sets it.

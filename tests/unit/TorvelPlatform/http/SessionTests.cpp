@@ -145,10 +145,11 @@ TEST(Session, SaysThatAServerCannotBeReached) {
         {"https://a.example/", refusing.url(), Kind::cannotConnect,
          "The server a.example cannot be reached: CONNECT tunnel failed, response 403."},
     };
-    Session session = plainSession();
     for (const Row& row : rows) {
         ::setenv("https_proxy", row.proxy.c_str(), 1);
+        Session session = plainSession();
         const Answer answer = fetch(session, requestTo(row.url));
+        ::unsetenv("https_proxy");
         EXPECT_EQ(answer.failure(), row.kind) << row.url << row.proxy;
         EXPECT_TRUE(answer.response.error->isOffline() && !answer.response.error->maybeSent);
         EXPECT_EQ(answer.outcome(), row.outcome);

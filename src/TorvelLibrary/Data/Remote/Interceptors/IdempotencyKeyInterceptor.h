@@ -24,7 +24,7 @@ class IdempotencyKeyInterceptor final : public RequestWrapper {
 
     // The request with the field, unless it has one of that name already.
     URLRequest wrapRequest(URLRequest& request) override {
-        if (!request.headers.value(m_header)) request.headers.set(m_header, m_key);
+        if (!request.headers.contains(m_header)) request.headers.set(m_header, m_key);
         return request;
     }
 
