@@ -151,8 +151,7 @@ TEST_F(CLITest, SealsWhatTheBackendOpens) {
     const SandboxIdentity identity = SandboxIdentity::make();
     ASSERT_EQ(identity.write(m_directory), std::nullopt);
     struct Case {
-        const char* key;
-        const char* flavour;
+        const char *key, *flavour;
         EnvelopeForm form;
         std::string text;
     };
@@ -212,12 +211,11 @@ TEST_F(CLITest, SaysWhatIsWrongInOneLine) {
     write("latin1", "\xe9");
     write("text.der", "no certificate");
     shell("cd \"$DIR\" && openssl x509 -in ca.pem -outform DER -out curve.der");
-    struct Case {
+    const struct {
         const char* arguments;
         int exit;
         const char* output;
-    };
-    const Case rows[] = {
+    } rows[] = {
         {"", 2, "which command"},
         {"sned", 2, "no command 'sned'"},
         {"demo --quick", 2, "no option '--quick'"},
@@ -257,7 +255,7 @@ TEST_F(CLITest, SaysWhatIsWrongInOneLine) {
         {"serve --dir /dev/null/x", 1, "/dev/null/x"},
         {"--version >/dev/full", 1, "cannot be written"},
     };
-    for (const Case& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.arguments);
         const Ran ran = torvel(row.arguments);
         EXPECT_EQ(ran.exit, row.exit);

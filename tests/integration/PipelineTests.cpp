@@ -85,11 +85,9 @@ class Pipeline : public testing::HostFixture {
 
 TEST_F(Pipeline, TargetsBecomeURLs) {
     TorvelLibraryBuilder().setServerURL("https://api.example/v1/").build();
-    struct Row {
-        const char* target;
-        const char* url;
-    };
-    const Row rows[] = {
+    const struct {
+        const char *target, *url;
+    } rows[] = {
         {"login", "https://api.example/v1/login"},
         {"/api/http", "https://api.example/v1//api/http"},
         {"http://b.example/two words", "http://b.example/two%20words"},
@@ -100,7 +98,7 @@ TEST_F(Pipeline, TargetsBecomeURLs) {
         {"two words", "none"},
         {"http://[::1", "none"},  // no URL whole, and none behind the server's
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const auto request = m_client.getRequest(row.target);
         EXPECT_EQ(request ? request->url->absoluteString() : "none", row.url) << row.target;
     }
@@ -139,7 +137,7 @@ TEST_F(Pipeline, EveryMethodSendsItsBody) {
 
 TEST_F(Pipeline, AnswersAreRouted) {
     using Kind = SessionError::Kind;
-    struct Row {
+    const struct {
         const char* name;
         std::string target;
         std::optional<std::string> success;  // after the interceptors
@@ -147,8 +145,7 @@ TEST_F(Pipeline, AnswersAreRouted) {
         std::optional<std::string> received = {};
         const char* description = "";  // a part of it
         SessionError::Kind kind = {};
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"success", misbehave("status?body=abc&type=text/plain"), "b(a(abc))"},
         {"no content", misbehave("status?code=204"), "b(a())"},
         {"structured error", misbehave("status?code=400&body=%7B%22message%22:%22x%22%7D"),
@@ -182,7 +179,7 @@ TEST_F(Pipeline, AnswersAreRouted) {
         {"not http", "httpx", {}, "-1", {}, "", Kind::invalidRequest},
     };
     const ResponseInterceptors parsers{std::make_shared<Bracketing>("a"), std::make_shared<Bracketing>("b")};
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const Ending ending = get(row.target, parsers);
         EXPECT_EQ(ending.success, row.success) << row.name;
         ASSERT_EQ(ending.error.has_value(), !row.success) << row.name;

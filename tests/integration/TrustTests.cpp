@@ -105,7 +105,7 @@ TEST_F(Trust, Matrix) {
     const auto disabled = std::make_shared<DisabledEvaluator>();
     const std::vector<Identity> chain{m_intermediate};
 
-    struct Row {
+    const struct {
         const char* name;
         Identity served;
         std::vector<Identity> others;
@@ -113,8 +113,7 @@ TEST_F(Trust, Matrix) {
         std::optional<Reason> refused;
         const char* host = "localhost";
         std::vector<std::string> options = {};  // of the server
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"default", m_leaf, chain, defaults, {}},
         {"TLS 1.2", m_leaf, chain, defaults, {}, "localhost", {"-tls1_2"}},
         {"wildcard", wildcard, chain, defaults, {}, "pay.shop.localhost"},
@@ -162,7 +161,7 @@ TEST_F(Trust, Matrix) {
         {"disabled, expired", expired, chain, disabled, {}},
         {"disabled, another name", elsewhere, chain, disabled, {}},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         OpenSSLServer server(directory(), row.served, row.others, row.options);
         const DataResponse response = get(*sessionWith({{row.host, row.evaluator}}), server.url(row.host));
         EXPECT_EQ(refusal(response), row.refused)
@@ -226,12 +225,11 @@ TEST_F(Trust, FaultsOfHTTP2EndInOneError) {
     constexpr char data = 0, headers = 1, reset = 3, settings = 4, goAway = 7, endStream = 1, endHeaders = 4,
                    ack = 1;
     const std::string head = frame(headers, endHeaders, 1, "\x88");  // ":status: 200", RFC 7541, appendix A
-    struct Row {
+    const struct {
         const char* name;
         std::string frames;
         std::optional<Kind> error;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"whole", head + frame(data, endStream, 1, "ok"), {}},
         {"stream reset", frame(reset, 0, 1, std::string("\0\0\0\2", 4)), Kind::connectionLost},
         {"stream reset in the body",
@@ -245,7 +243,7 @@ TEST_F(Trust, FaultsOfHTTP2EndInOneError) {
         {"data before the head", frame(data, endStream, 1, "ok"), Kind::connectionLost},
         {"not HTTP/2", "HTTP/1.1 200 OK\r\n\r\nok", Kind::connectionLost},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         OpenSSLServer server(directory(), m_leaf, {m_intermediate}, {"-alpn", "h2"},
                              frame(settings, 0, 0, "") + frame(settings, ack, 0, "") + row.frames);
         const DataResponse response =
@@ -258,18 +256,17 @@ TEST_F(Trust, FaultsOfHTTP2EndInOneError) {
 // nginx keeps connections open, offers session tickets and speaks HTTP/2.
 
 TEST_F(Trust, ARedirectAsksTheNewHostsEvaluator) {
-    struct Row {
+    const struct {
         const char* name;
         Evaluator evaluator;  // of the second host; nullptr: none
         std::optional<Reason> refused;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"trusted", std::make_shared<DefaultTrustEvaluator>(), {}},
         {"wrong pin", pinned({m_foreignRoot}), Reason::certificatePinningFailed},
         {"no evaluator", nullptr, Reason::noRequiredEvaluator},
     };
     for (const auto& [from, to] : {std::pair("localhost", "127.0.0.1"), std::pair("127.0.0.1", "localhost")})
-        for (const Row& row : rows) {
+        for (const auto& row : rows) {
             SCOPED_TRACE(std::string(row.name) + " from " + from);
             std::filesystem::remove(directory() / "requests.log");
             NginxServer server(directory(), m_leaf, {m_intermediate});

@@ -30,8 +30,7 @@ using Clock = std::chrono::steady_clock;
 namespace fs = std::filesystem;
 
 struct Kind {
-    const char* method;
-    const char* target;
+    const char *method, *target;
     bool succeeds;
     unsigned weight;
     bool sealed = false;
@@ -100,8 +99,7 @@ class Backend {
 };
 
 struct Usage {
-    long kilobytes;
-    long descriptors;
+    long kilobytes, descriptors;
 
     static Usage now() {
         ::malloc_trim(0);

@@ -72,8 +72,7 @@ class SandboxTest : public ::testing::Test {
 };
 
 struct Row {
-    const char* name;
-    const char* arguments;
+    const char *name, *arguments;
     int exit;  // curl's own codes: 0 fine, 18 partial body, 47 redirects, 52 nothing, 56 receive, 60 CA, 61
                // coding
     const char* output;  // a regular expression

@@ -43,13 +43,12 @@ TEST_F(Endpoints, AMissingFileIsLoggedOnceAndNotLookedForAgain) {
 }
 
 TEST_F(Endpoints, AnotherFileReplacesKeepsOrErasesTheTable) {
-    struct Row {
+    const struct {
         const char* name;
         std::string content;
         std::optional<std::string> login;
         const char* logged;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"another table", plist("<dict><key>login</key><string>v2</string></dict>"), "v2", nullptr},
         {"old text form", "{ login = \"v3\"; }", "v3", nullptr},
         {"empty table", plist("<dict/>"), std::nullopt, nullptr},
@@ -63,7 +62,7 @@ TEST_F(Endpoints, AnotherFileReplacesKeepsOrErasesTheTable) {
     EXPECT_EQ(optional("login"), "v1/login");
     const auto helper = EndpointsHelper::instance();
     const URL original = URL::file((directory() / "EndpointsConfig.plist").string());
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         helper->setEndPointsPlist(original);
         const URL other = URL::file(addResource("Other.plist", row.content).string());
         const std::string log = logOf([&] { helper->setEndPointsPlist(other); });

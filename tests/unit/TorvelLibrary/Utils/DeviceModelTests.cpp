@@ -7,11 +7,9 @@ namespace {
 
 // Where generations share a family, the numbers next to each other; what is close to a key but none.
 TEST(DeviceModel, Names) {
-    struct Row {
-        const char* identifier;
-        const char* name;
-    };
-    const Row rows[] = {
+    const struct {
+        const char *identifier, *name;
+    } rows[] = {
         {"iPod5,1", "iPod Touch 5"},     {"iPod7,1", "iPod Touch 6"},
         {"ipod7,1", "ipod7,1"},          {"iPhone5,2", "iPhone 5"},
         {"iPhone5,3", "iPhone 5c"},      {"iPhone7,1", "iPhone 6 Plus"},
@@ -26,7 +24,7 @@ TEST(DeviceModel, Names) {
         {"AppleTV5,3", "Apple TV"},      {"iPhone99,1", "iPhone99,1"},
         {"iPhone3,3 ", "iPhone3,3 "},    {"", ""},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         setenv("SIMULATOR_MODEL_IDENTIFIER", row.identifier, 1);
         EXPECT_EQ(modelName(), row.name);
     }

@@ -14,13 +14,10 @@ namespace {
 class Extenstions : public testing::HostFixture {};
 
 TEST_F(Extenstions, TakesURLsApart) {
-    struct Row {
-        const char* text;
-        const char* domain;
-        const char* path;
+    const struct {
+        const char *text, *domain, *path;
         std::map<std::string, std::string> query;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"https://pay.example/p/q?id=7", "pay.example", "/p/q", {{"id", "7"}}},
         {"scheme://host/pay/confirm?id=7", "host", "/pay/confirm", {{"id", "7"}}},
         {"transfer", "", "transfer", {}},
@@ -34,7 +31,7 @@ TEST_F(Extenstions, TakesURLsApart) {
         {"", "", "", {}},
         {"a?", "", "a", {}},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         EXPECT_EQ(getURLDomain(row.text), row.domain) << row.text;
         EXPECT_EQ(path(row.text), row.path) << row.text;
         const PayloadDictionary parameters = queryParameters(row.text);

@@ -55,12 +55,11 @@ TEST_F(Localisation, AMalformedTableIsReportedOnceAndCountsAsAbsent) {
 }
 
 TEST_F(Localisation, TheMainBundleComesFirstThenTheCallersThenNoLanguage) {
-    struct Row {
+    const struct {
         const char* name;
         std::vector<std::string> folders;  // that hold the table
         const char* answer;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"nothing", {}, "value"},
         {"no language", {"other"}, "other"},
         {"the caller's default language", {"other", "other/en.lproj"}, "other/en.lproj"},
@@ -71,7 +70,7 @@ TEST_F(Localisation, TheMainBundleComesFirstThenTheCallersThenNoLanguage) {
     };
     LocaleHelper::doTheSwizzling();
     LocaleHelper::setAppleLanguageTo("fr-CA");
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         std::filesystem::remove_all(directory());
         std::filesystem::create_directories(directory() / "other");
         for (const std::string& folder : row.folders) addTable(folder, folder);

@@ -31,12 +31,11 @@ TEST_F(Strings, HaveInitials) {
 
 TEST_F(Strings, AreFilteredByCharacters) {
     const CharacterSet digits = CharacterSet::decimalDigits(), letters = CharacterSet::letters();
-    struct Row {
+    const struct {
         const char* text;
         std::vector<CharacterSet> sets;
         const char* kept;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"a1-b2", {digits}, "12"},
         {"a1-b2", {digits, letters}, "a1b2"},
         {"a1-b2", {}, "a1-b2"},
@@ -45,7 +44,7 @@ TEST_F(Strings, AreFilteredByCharacters) {
         {"1\u0301\x32", {digits}, "2"},  // one character, whose accent is no digit
         {"", {digits}, ""},
     };
-    for (const Row& row : rows) EXPECT_EQ(onlyCharacters(row.text, row.sets), row.kept) << row.text;
+    for (const auto& row : rows) EXPECT_EQ(onlyCharacters(row.text, row.sets), row.kept) << row.text;
     EXPECT_EQ(onlyNumbers("+44 (0)20", digits), "44020");
     EXPECT_EQ(
         filterCharacters("a1-b2", {digits, letters},

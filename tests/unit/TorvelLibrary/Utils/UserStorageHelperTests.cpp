@@ -7,12 +7,11 @@ namespace {
 class UserStorageHelperTest : public testing::StoreTest {};
 
 TEST_F(UserStorageHelperTest, ChoosesTheStore) {
-    struct Row {
+    const struct {
         const char* name;
         UserStorageHelper::Suite defaultSuite, inSuite;
         const char* chosen;  // "" is the shared store
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"nothing named", {}, {}, ""},
         {"empty default", "", {}, ""},
         {"default", "one", {}, "one"},
@@ -22,7 +21,7 @@ TEST_F(UserStorageHelperTest, ChoosesTheStore) {
         {"no default any more", {}, "", ""},
     };
     int value = 0;
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         UserStorageHelper::initialSetup(row.defaultSuite);
         UserStorageHelper::save(++value, "key", row.inSuite);
         const std::string chosen = row.chosen;
@@ -42,7 +41,8 @@ TEST_F(UserStorageHelperTest, SetupMakesTheKey) {
 
 // What every reader makes of every kind; "-" is absent.
 TEST_F(UserStorageHelperTest, Readers) {
-    struct Row {
+    const std::string here = URL::file("3.5").absoluteString();
+    const struct {
         const char* name;
         std::optional<PropertyValue> value;
         const char* string;
@@ -50,9 +50,7 @@ TEST_F(UserStorageHelperTest, Readers) {
         double number;
         bool boolean;
         const char* url;
-    };
-    const std::string here = URL::file("3.5").absoluteString();
-    const Row rows[] = {
+    } rows[] = {
         {"nothing", {}, "-", 0, 0, false, "-"},
         {"text", "3.5", "3.5", 3, 3.5, true, here.c_str()},
         {"float", 2.5F, "2.5", 2, 2.5, true, "-"},
@@ -65,7 +63,7 @@ TEST_F(UserStorageHelperTest, Readers) {
         {"dictionary", PropertyValue::Dictionary{{"a", 1}}, "-", 0, 0, false, "-"},
     };
     using Helper = UserStorageHelper;
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         Helper::save("before", "key");
         Helper::save(row.value, "key");

@@ -140,12 +140,11 @@ TEST_P(EveryTier, AgreesWithOpenSSLAtEveryLength) {
 
 // The last byte of the plain text says how many bytes go, whatever the others are.
 TEST_P(EveryTier, RemovesPaddingWithoutCheckingIt) {
-    struct Row {
+    const struct {
         const char* name;
         char last;
         std::size_t kept;  // of 48 bytes
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"none", 0, 48},
         {"one", 1, 47},
         {"a block, filler wrong", 16, 32},
@@ -154,7 +153,7 @@ TEST_P(EveryTier, RemovesPaddingWithoutCheckingIt) {
         {"more than there is", 49, 48},
         {"largest", '\xFF', 48},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const std::string plain = std::string(47, 'x') + row.last, kept = plain.substr(0, row.kept);
         const std::string bytes = reference::encryptUnpadded(key16, iv16, plain);
         EXPECT_EQ(cipher(key16, iv16).decrypt(bytes).value().raw(), kept) << row.name;

@@ -10,8 +10,7 @@ namespace {
 
 struct Scheme {
     bool (CardUtils::*check)(std::string_view) const;
-    char letter;
-    char patterns;
+    char letter, patterns;
 };
 const Scheme schemes[] = {
     {&CardUtils::validateVisaTypeCard, 'V', '2'},

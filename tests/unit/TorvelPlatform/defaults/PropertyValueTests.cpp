@@ -18,15 +18,14 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 
 // As the platform documents its typed readers and the numeric readings of texts.
 TEST(PropertyValue, Conversions) {
-    struct Row {
+    const struct {
         const char* name;
         PropertyValue value;
         std::int64_t integer;
         double number;
         bool boolean;
         std::optional<std::string> text;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"text of digits", "12", 12, 12, true, "12"},
         {"digits, then letters", "12abc", 12, 12, true, "12abc"},
         {"letters", "abc", 0, 0, false, "abc"},
@@ -64,7 +63,7 @@ TEST(PropertyValue, Conversions) {
         {"dictionary", Dictionary{{"a", 1}}, 0, 0, false, {}},
         {"URL", *URL::parse("a:12"), 0, 0, false, {}},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         EXPECT_EQ(row.value.integerValue(), row.integer) << row.name;
         EXPECT_EQ(row.value.doubleValue(), row.number) << row.name;
         EXPECT_EQ(row.value.floatValue(), static_cast<float>(row.number)) << row.name;
@@ -89,12 +88,11 @@ TEST(PropertyValue, URLsAndArraysOfTexts) {
 
 // The bytes of the format: they must never change.
 TEST(PropertyCoding, Bytes) {
-    struct Row {
+    const struct {
         const char* name;
         PropertyValue value;
         std::string bytes;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"Boolean", true, "\0\1"s},
         {"integer", -2, "\1\xFE\xFF\xFF\xFF\xFF\xFF\xFF\xFF"s},
         {"float", 1.5F, "\2\0\0\xC0\x3F"s},
@@ -107,7 +105,7 @@ TEST(PropertyCoding, Bytes) {
         {"array", Array{"a", Array{}}, "\x08\2\4\1a\x08\0"s},
         {"dictionary", Dictionary{{"b", false}, {"a", ""}}, "\x09\2\1a\4\0\1b\0\0"s},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         EXPECT_EQ(encodeProperty(row.value), row.bytes) << row.name;
         EXPECT_EQ(decodeProperty(row.bytes), row.value) << row.name;
         for (std::size_t size = 0; size < row.bytes.size(); ++size)
@@ -117,11 +115,10 @@ TEST(PropertyCoding, Bytes) {
 }
 
 TEST(PropertyCoding, RefusesWhatHasAnotherEncodingOrNone) {
-    struct Row {
+    const struct {
         const char* name;
         std::string bytes;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"unknown kind", "\x0A"s},
         {"third Boolean", "\0\2"s},
         {"length not in its shortest form", "\4\x81\0a"s},
@@ -132,7 +129,7 @@ TEST(PropertyCoding, RefusesWhatHasAnotherEncodingOrNone) {
         {"keys out of order", "\x09\2\1b\0\0\1a\0\0"s},
         {"a key twice", "\x09\2\1a\0\0\1a\0\0"s},
     };
-    for (const Row& row : rows) EXPECT_FALSE(decodeProperty(row.bytes)) << row.name;
+    for (const auto& row : rows) EXPECT_FALSE(decodeProperty(row.bytes)) << row.name;
 
     for (const int levels : {63, 64, 100000}) {
         PropertyValue value = 1;

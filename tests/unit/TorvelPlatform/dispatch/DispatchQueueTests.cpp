@@ -76,13 +76,12 @@ TEST(MainQueue, RunUntilAsksAfterEachBatchAndGivesUpInTime) {
 TEST(Queues, KeepTheOrderOfEachOfManyPosters) {
     constexpr int posters = 8;
     constexpr int items = 2000;
-    struct Row {
+    DispatchQueue serial("tests.order");
+    const struct {
         const char* name;
         DispatchQueue* queue;
-    };
-    DispatchQueue serial("tests.order");
-    const Row rows[] = {{"main", &DispatchQueue::main()}, {"serial", &serial}};
-    for (const Row& row : rows) {
+    } rows[] = {{"main", &DispatchQueue::main()}, {"serial", &serial}};
+    for (const auto& row : rows) {
         std::vector<int> next(posters, 0);
         std::atomic<int> total{0};
         std::atomic<int> outOfOrder{0};

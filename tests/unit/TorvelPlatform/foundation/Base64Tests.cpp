@@ -7,10 +7,9 @@ namespace {
 
 // The first seven rows are RFC 4648, section 10.
 TEST(Base64, ReadsAndWrites) {
-    struct Row {
+    const struct {
         std::string bytes, text;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"", ""},
         {"f", "Zg=="},
         {"fo", "Zm8="},
@@ -20,7 +19,7 @@ TEST(Base64, ReadsAndWrites) {
         {"foobar", "Zm9vYmFy"},
         {"\xFB\xEF\xFF", "++//"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         EXPECT_EQ(Base64::encode(Data(row.bytes).bytes()), row.text);
         EXPECT_EQ(Base64::decode(row.text), Data(row.bytes)) << row.text;
     }

@@ -41,11 +41,10 @@ TEST_F(BundleTest, FindsResourcesInRootThenLanguage) {
     add("en.lproj/english.txt");
     add("Module.bundle/x");
     const Bundle bundle = *Bundle::at(m_directory);
-    struct Row {
+    const struct {
         const char *name, *type;
         std::optional<std::string> path;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"both", "txt", root},
         {"both.txt", "", root},
         {"only", "txt", french},
@@ -59,7 +58,7 @@ TEST_F(BundleTest, FindsResourcesInRootThenLanguage) {
         {"..", "", std::nullopt},
         {"/etc/passwd", "", std::nullopt},
     };
-    for (const Row& row : rows) EXPECT_EQ(bundle.path(row.name, row.type), row.path) << row.name;
+    for (const auto& row : rows) EXPECT_EQ(bundle.path(row.name, row.type), row.path) << row.name;
     EXPECT_FALSE(bundle.path(std::string_view("both.txt\0x", 10), ""));
     EXPECT_EQ(bundle.url("sub folder/x", "der")->path(), deep);
     EXPECT_FALSE(bundle.url("x", "der"));

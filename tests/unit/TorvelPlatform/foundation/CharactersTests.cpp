@@ -9,13 +9,12 @@ namespace {
 
 // After the examples of UAX 29.
 TEST(Characters, AreGraphemeClusters) {
-    struct Row {
+    const struct {
         const char* name;
         std::string text;
         std::size_t count;
         std::size_t firstTwo;  // bytes
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"empty", "", 0, 0},
         {"ASCII", "abc", 3, 2},
         {"CR LF", "\r\na\r\n", 3, 3},
@@ -33,7 +32,7 @@ TEST(Characters, AreGraphemeClusters) {
          "b",
          3, 2},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         EXPECT_EQ(characterCount(row.text), row.count) << row.name;
         EXPECT_EQ(characterPrefix(row.text, 2).length, row.firstTwo) << row.name;
         EXPECT_EQ(characterPrefix(row.text, 100).length, row.text.size()) << row.name;

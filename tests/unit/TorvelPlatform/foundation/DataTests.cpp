@@ -6,12 +6,11 @@ namespace torvel {
 namespace {
 
 TEST(Data, TextIsAbsentWhenBytesAreNotUTF8) {
-    struct Row {
+    const struct {
         const char* name;
         std::string bytes;
         bool valid;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"empty", "", true},
         {"three-byte character", "\xE2\x82\xAC", true},
         {"lone continuation", "a\x80", false},
@@ -19,7 +18,7 @@ TEST(Data, TextIsAbsentWhenBytesAreNotUTF8) {
         {"surrogate half", "\xED\xA0\x80", false},
         {"cut character", "\xF0\x9F\x98", false},
     };
-    for (const Row& row : rows) EXPECT_EQ(Data(row.bytes).utf8Text().has_value(), row.valid) << row.name;
+    for (const auto& row : rows) EXPECT_EQ(Data(row.bytes).utf8Text().has_value(), row.valid) << row.name;
 }
 
 }  // namespace

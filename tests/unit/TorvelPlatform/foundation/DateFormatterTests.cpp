@@ -20,12 +20,11 @@ DateFormatter::Date atMilliseconds(std::int64_t count) { return DateFormatter::D
 // Expected texts from coreutils: date -u -d @SECONDS +'%F %I:%M:%S'.
 TEST(DateFormatter, WritesNumericPatterns) {
     setenv("TZ", "UTC", 1);
-    struct Row {
+    const struct {
         const char* pattern;
         std::int64_t milliseconds;
         const char* text;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"yyyy-MM-dd hh:mm:ssSSS", 1709164799999, "2024-02-28 11:59:59999"},
         {"yyyy-MM-dd hh:mm:ssSSS", 1709164800000, "2024-02-29 12:00:00000"},
         {"yyyy-MM-dd hh:mm:ssSSS", 1709208000005, "2024-02-29 12:00:00005"},
@@ -37,7 +36,7 @@ TEST(DateFormatter, WritesNumericPatterns) {
         {"", 0, ""},
     };
     const Locale english("en_US");
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         EXPECT_EQ(DateFormatter(row.pattern, english).string(atMilliseconds(row.milliseconds)), row.text);
     }
 }

@@ -7,12 +7,11 @@ namespace {
 
 // Verdicts as python3's json.loads, but for the bytes that RFC 8259 leaves to the parser.
 TEST(JSON, WholeDocumentsAreValidated) {
-    struct Row {
+    const struct {
         const char* name;
         std::string text;
         bool valid;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"empty", "", false},
         {"blank", " \n", false},
         {"string", "\"a\"", true},
@@ -39,7 +38,7 @@ TEST(JSON, WholeDocumentsAreValidated) {
         {"a million levels", std::string(1000000, '['), false},
     };
     EXPECT_FALSE(JSON::parse({}).ok());
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const auto json = JSON::parse(row.text);
         EXPECT_EQ(json.ok(), row.valid) << row.name;
         if (json) continue;

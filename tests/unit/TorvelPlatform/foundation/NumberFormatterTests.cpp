@@ -17,13 +17,12 @@ void cutToTwoDecimals(NumberFormatter& formatter) {
 
 // Patterns and symbols from CLDR 42, which ICU 72 carries.
 TEST(NumberFormatter, WritesByTheLocale) {
-    struct Row {
+    const struct {
         Style style;
         const char* locale;
         double number;
         const char* text;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {Style::decimal, "en_US", 1234567.8915, "1,234,567.892"},
         {Style::decimal, "de_DE", 1234567.5, "1.234.567,5"},
         {Style::decimal, "hi_IN", 1234567, "12,34,567"},
@@ -33,7 +32,7 @@ TEST(NumberFormatter, WritesByTheLocale) {
         {Style::currency, "ja_JP", 1234.5, "\uFFE51,234"},
         {Style::currency, "ar_EG", 5, "\u200F\u0665\u066B\u0660\u0660\u00A0\u062C.\u0645.\u200F"},
     };
-    for (const Row& row : rows)
+    for (const auto& row : rows)
         EXPECT_EQ(NumberFormatter(row.style, Locale(row.locale)).string(row.number), row.text);
 }
 

@@ -74,8 +74,7 @@ INSTANTIATE_TEST_SUITE_P(Forms, PropertyListOfPlistlib, testing::Values("XML", "
 
 struct Row {
     const char* name;
-    std::string text;
-    std::string outcome;
+    std::string text, outcome;
 };
 
 void expectRows(std::initializer_list<Row> rows) {

@@ -9,15 +9,14 @@ namespace {
 using Text = std::optional<std::string>;
 
 TEST(URL, ComponentsAreThoseOfRFC3986) {
-    struct Row {
+    const std::nullopt_t none = std::nullopt;
+    const struct {
         const char* text;
         Text scheme, host;
         std::optional<std::uint16_t> port;
         const char* path;
         std::optional<std::string_view> query;
-    };
-    const std::nullopt_t none = std::nullopt;
-    const Row rows[] = {
+    } rows[] = {
         {"https://api.example.org:8443/p/q?a=1#f", "https", "api.example.org", 8443, "/p/q", "a=1"},
         {"HTTP://User@Example.ORG", "HTTP", "Example.ORG", none, "", none},
         {"http://[2001:db8::1]:80/x", "http", "2001:db8::1", 80, "/x", none},
@@ -31,7 +30,7 @@ TEST(URL, ComponentsAreThoseOfRFC3986) {
         {"a//b?x=1", none, none, none, "a//b", "x=1"},
         {"#f", none, none, none, "", none},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
         const std::optional<URL> url = URL::parse(row.text);
         ASSERT_TRUE(url);
@@ -127,18 +126,17 @@ TEST(URL, FilePathsComeBackAsGiven) {
 }
 
 TEST(URLComponents, QueryItemsAreDecodedOnce) {
-    struct Row {
+    const struct {
         const char* text;
         std::vector<URLQueryItem> items;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"a?x=%2541", {{"x", "%41"}}},
         {"a?x=1&y&z=", {{"x", "1"}, {"y", std::nullopt}, {"z", ""}}},
         {"a?x=a=b&&%26=%3D+", {{"x", "a=b"}, {"", std::nullopt}, {"&", "=+"}}},
         {"a?", {{"", std::nullopt}}},
         {"http://h/?x=%E2%82%AC#x=2", {{"x", "\u20ac"}}},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const std::optional<URLComponents> components = URLComponents::of(*URL::parse(row.text));
         ASSERT_TRUE(components) << row.text;
         EXPECT_EQ(components->queryItems(), row.items) << row.text;

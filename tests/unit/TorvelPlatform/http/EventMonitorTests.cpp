@@ -57,21 +57,20 @@ TEST(EventMonitor, HearsOfEveryHop) {
 
 TEST(EventMonitor, HearsOfWhatFailed) {
     ScriptedServer server(ScriptedServer::answering(response("500 Oops", "x")));
-    struct Row {
+    const struct {
         std::string url;
         Kind kind;
         int status;
-    };
-    const Row rows[] = {{server.url(), Kind::unacceptableStatusCode, 500},
-                        {"ftp://127.0.0.1/", Kind::invalidRequest, 0},
-                        {"https://untold.example/", Kind::serverTrustEvaluationFailed, 0},
-                        {"http://127.0.0.1:1/", Kind::cannotConnect, 0}};
+    } rows[] = {{server.url(), Kind::unacceptableStatusCode, 500},
+                {"ftp://127.0.0.1/", Kind::invalidRequest, 0},
+                {"https://untold.example/", Kind::serverTrustEvaluationFailed, 0},
+                {"http://127.0.0.1:1/", Kind::cannotConnect, 0}};
     const auto monitor = std::make_shared<Recording>();
     URLSessionConfiguration configuration;
     configuration.eventMonitors = {monitor};
     Session session(configuration, "tests",
                     std::make_shared<ServerTrustManager>(true, ServerTrustManager::Evaluators{}));
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         DataRequest request = session.request(requestTo(row.url));
         request.validate();
         complete(std::move(request));
