@@ -1,6 +1,8 @@
 #include "TorvelPlatform/foundation/URL.h"
 #include "TorvelPlatform/foundation/URLComponents.h"
 
+#include <sstream>
+
 #include <gtest/gtest.h>
 
 namespace torvel {
@@ -54,58 +56,23 @@ TEST(URL, RefusesWhatIsNoURIReference) {
 
 // Every example of RFC 3986, 5.4.1 and 5.4.2 (strict), then references with their own dot segments.
 TEST(URL, ResolvesReferencesAsRFC3986) {
-    const char* const rows[][2] = {
-        {"g:h", "g:h"},
-        {"g", "http://a/b/c/g"},
-        {"./g", "http://a/b/c/g"},
-        {"g/", "http://a/b/c/g/"},
-        {"/g", "http://a/g"},
-        {"//g", "http://g"},
-        {"?y", "http://a/b/c/d;p?y"},
-        {"g?y", "http://a/b/c/g?y"},
-        {"#s", "http://a/b/c/d;p?q#s"},
-        {"g#s", "http://a/b/c/g#s"},
-        {"g?y#s", "http://a/b/c/g?y#s"},
-        {";x", "http://a/b/c/;x"},
-        {"g;x", "http://a/b/c/g;x"},
-        {"g;x?y#s", "http://a/b/c/g;x?y#s"},
-        {"", "http://a/b/c/d;p?q"},
-        {".", "http://a/b/c/"},
-        {"./", "http://a/b/c/"},
-        {"..", "http://a/b/"},
-        {"../", "http://a/b/"},
-        {"../g", "http://a/b/g"},
-        {"../..", "http://a/"},
-        {"../../", "http://a/"},
-        {"../../g", "http://a/g"},
-        {"../../../g", "http://a/g"},
-        {"../../../../g", "http://a/g"},
-        {"/./g", "http://a/g"},
-        {"/../g", "http://a/g"},
-        {"g.", "http://a/b/c/g."},
-        {".g", "http://a/b/c/.g"},
-        {"g..", "http://a/b/c/g.."},
-        {"..g", "http://a/b/c/..g"},
-        {"./../g", "http://a/b/g"},
-        {"./g/.", "http://a/b/c/g/"},
-        {"g/./h", "http://a/b/c/g/h"},
-        {"g/../h", "http://a/b/c/h"},
-        {"g;x=1/./y", "http://a/b/c/g;x=1/y"},
-        {"g;x=1/../y", "http://a/b/c/y"},
-        {"g?y/./x", "http://a/b/c/g?y/./x"},
-        {"g?y/../x", "http://a/b/c/g?y/../x"},
-        {"g#s/./x", "http://a/b/c/g#s/./x"},
-        {"g#s/../x", "http://a/b/c/g#s/../x"},
-        {"http:g", "http:g"},
-        {"https://h/a/../b", "https://h/b"},
-        {"//h/a/./../b", "http://h/b"},
-    };
+    std::istringstream rows(R"(
+        g:h g:h  g http://a/b/c/g  ./g http://a/b/c/g  g/ http://a/b/c/g/  /g http://a/g  //g http://g
+        ?y http://a/b/c/d;p?y  g?y http://a/b/c/g?y  #s http://a/b/c/d;p?q#s  g#s http://a/b/c/g#s
+        g?y#s http://a/b/c/g?y#s  ;x http://a/b/c/;x  g;x http://a/b/c/g;x  g;x?y#s http://a/b/c/g;x?y#s
+        . http://a/b/c/  ./ http://a/b/c/  .. http://a/b/  ../ http://a/b/  ../g http://a/b/g
+        ../.. http://a/  ../../ http://a/  ../../g http://a/g  ../../../g http://a/g
+        ../../../../g http://a/g  /./g http://a/g  /../g http://a/g  g. http://a/b/c/g.  .g http://a/b/c/.g
+        g.. http://a/b/c/g..  ..g http://a/b/c/..g  ./../g http://a/b/g  ./g/. http://a/b/c/g/
+        g/./h http://a/b/c/g/h  g/../h http://a/b/c/h  g;x=1/./y http://a/b/c/g;x=1/y
+        g;x=1/../y http://a/b/c/y  g?y/./x http://a/b/c/g?y/./x  g?y/../x http://a/b/c/g?y/../x
+        g#s/./x http://a/b/c/g#s/./x  g#s/../x http://a/b/c/g#s/../x  http:g http:g
+        https://h/a/../b https://h/b  //h/a/./../b http://h/b
+    )");
     const URL base = *URL::parse("http://a/b/c/d;p?q");
-    for (const auto& [reference, target] : rows) {
-        const std::optional<URL> url = base.resolving(reference);
-        ASSERT_TRUE(url) << reference;
-        EXPECT_EQ(url->absoluteString(), target) << reference;
-    }
+    for (std::string reference, target; rows >> reference >> target;)
+        EXPECT_EQ(base.resolving(reference).value().absoluteString(), target) << reference;
+    EXPECT_EQ(base.resolving("")->absoluteString(), "http://a/b/c/d;p?q");
     EXPECT_EQ(URL::parse("http://h")->resolving("x")->absoluteString(), "http://h/x");
     EXPECT_FALSE(base.resolving("a b"));
     EXPECT_FALSE(URL::parse("b/c")->resolving("d"));
