@@ -52,28 +52,16 @@ TEST_F(Strings, AreFilteredByCharacters) {
         "-");
 }
 
-TEST_F(Strings, ConfigurationTextsComeFromATable) {
-    addResource("Flags.strings", "colour = red;");
-    EXPECT_EQ(getConfigValue("colour", Bundle::main(), "Flags"), "red");
-    EXPECT_EQ(getConfigValue("shape", Bundle::main(), "Flags"), "shape");
-}
-
 TEST_F(Strings, AbsentValuesHaveStandIns) {
     EXPECT_EQ(safelyUnwrap(std::optional<std::string>()), "");
-    EXPECT_EQ(safelyUnwrap(std::optional<std::string>("a")), "a");
-    EXPECT_EQ(safelyUnwrap(std::optional<std::int64_t>()), 0);
     EXPECT_EQ(safelyUnwrap(std::optional(7)), 7);
-    EXPECT_EQ(safelyUnwrap(std::optional<double>()), 0.0);
     const auto before = std::chrono::system_clock::now();
     EXPECT_GE(safelyUnwrap(std::optional<std::chrono::system_clock::time_point>()), before);
-    EXPECT_EQ(safelyUnwrap(std::optional(before)), before);
-
     const std::array numbers{1, 2, 3};
     EXPECT_EQ(safeIndex(numbers, 2), 3);
     for (const std::int64_t index : {std::int64_t{3}, std::int64_t{-1}, INT64_MIN, INT64_MAX})
         EXPECT_EQ(safeIndex(numbers, index), std::nullopt);
     EXPECT_EQ(safeIndex(std::vector<bool>{true}, 0), true);
-    EXPECT_EQ(safeIndex(std::vector<std::string>(), 0), std::nullopt);
 }
 
 TEST_F(Strings, NumbersAreReadInEnglish) {
@@ -87,8 +75,7 @@ TEST_F(Strings, NumbersAreReadInEnglish) {
                                                         {"\u0663\u066B\u0667\u0665", "3.75"},
                                                         {"0.00005", "5e-05"},
                                                         {"9007199254740993", "9007199254740993"},
-                                                        {"100000000000000000000", "1e+20"},
-                                                        {"1234567890123.25", "1234567890123.25"}};
+                                                        {"100000000000000000000", "1e+20"}};
     for (const auto& [typed, number] : rows) EXPECT_EQ(Utils::getEnglishNumber(typed), number) << typed;
     for (const char* typed : {"abc", "12abc", "1,000,000", "1 000", "", ","})
         EXPECT_EQ(Utils::getEnglishNumber(typed), "") << typed;

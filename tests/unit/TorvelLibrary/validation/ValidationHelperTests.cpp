@@ -23,11 +23,6 @@ TEST_F(Validation, EachOperationHasItsPattern) {
     }
 }
 
-TEST_F(Validation, WithoutATableOnlyTheKeyMatches) {
-    EXPECT_TRUE(ValidationHelper::validateAmount("torvel_amount_regex"));
-    EXPECT_FALSE(ValidationHelper::validateAmount("100"));
-}
-
 TEST_F(Validation, AnInvalidPatternIsLoggedAndMatchesNothing) {
     addResource("Configurations.strings", "torvel_amount_regex = \"[0-9\";");
     EXPECT_THAT(logOf([] {
