@@ -48,12 +48,15 @@ TEST_F(Facade, BuildsTheDefaultsOrWhatIsSet) {
     EXPECT_EQ(library->fontSizesDependency->getTitleSize(), 15);
     EXPECT_FALSE(library->encryptionCertName || library->base64String || library->currencyMap);
 
+    const auto sizes = std::make_shared<FontSizesDependencyComponent>();
     TorvelLibraryBuilder()
         .setBase64("dG9rZW4=")
+        .setFontSizesDependency(sizes)
         .setWrapperConfig(WrapperConfig::Dunmere)
         .setCurrencyMap({{"$", "US$"}})
         .build();
     EXPECT_EQ(TorvelLibrary::sharedInstance()->base64String, "dG9rZW4=");
+    EXPECT_EQ(TorvelLibrary::sharedInstance()->fontSizesDependency, sizes);
     EXPECT_EQ(TorvelLibrary::sharedInstance()->currencyMap->at("$"), "US$");
     EXPECT_EQ(TorvelLibraryBuilder().getWrapperConfig(), WrapperConfig::Dunmere)
         << "of the installed instance";

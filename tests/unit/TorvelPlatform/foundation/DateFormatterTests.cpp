@@ -84,12 +84,7 @@ TEST_P(DateFormatterInZone, AgreesWithICUAtEveryTransition) {
 
 INSTANTIATE_TEST_SUITE_P(Zones, DateFormatterInZone,
                          testing::Values("UTC", "America/New_York", "Asia/Kolkata", "Australia/Lord_Howe",
-                                         "Africa/Monrovia", "Pacific/Apia", "Europe/Dublin"),
-                         [](const auto& row) {
-                             std::string name = row.param;
-                             std::replace(name.begin(), name.end(), '/', '_');
-                             return name;
-                         });
+                                         "Africa/Monrovia", "Pacific/Apia", "Europe/Dublin"));
 
 }  // namespace
 }  // namespace torvel
