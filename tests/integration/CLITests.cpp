@@ -18,8 +18,7 @@ std::string contentOf(const std::filesystem::path& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-class CLITest : public SandboxTest {
-  protected:
+struct CLITest : SandboxTest {
     CLITest() {
         std::filesystem::create_directories(m_directory);
         setenv("DIR", m_directory.c_str(), 1);

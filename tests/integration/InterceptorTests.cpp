@@ -24,8 +24,7 @@ URLRequest requestWith(std::optional<std::string> body) {
 
 // A host whose server certificate is in its bundle. The sandbox's envelope code, which is OpenSSL's alone,
 // stands for the server.
-class Interceptors : public testing::HostFixture {
-  protected:
+struct Interceptors : testing::HostFixture {
     Interceptors() { addResource("server.der", m_server.der.raw()); }
 
     static void useFlavour(WrapperConfig flavour) {

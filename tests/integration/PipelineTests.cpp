@@ -57,8 +57,7 @@ struct Bracketing final : ResponseParser {
 };
 
 // A host and its backend, over plain http: trust has tests of its own.
-class Pipeline : public testing::HostFixture {
-  protected:
+struct Pipeline : testing::HostFixture {
     Pipeline() : m_sandbox(sandbox::Sandbox::start({.tls = false}).value()) {
         TorvelLibraryBuilder().setServerURL(m_sandbox->url()).build();
     }

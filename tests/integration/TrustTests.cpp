@@ -1,4 +1,3 @@
-#include "TorvelPlatform/dispatch/DispatchQueue.h"
 #include "TorvelPlatform/http/Session.h"
 #include "TorvelTesting/HostFixture.h"
 #include "TorvelTesting/TLSPeers.h"
@@ -19,8 +18,7 @@ using Reason = TrustFailure::Reason;
 using Evaluator = std::shared_ptr<const ServerTrustEvaluating>;
 
 // A public key infrastructure of the test's own, whose root is the only one that this process trusts.
-class Trust : public testing::HostFixture {
-  protected:
+struct Trust : testing::HostFixture {
     Trust() {
         addResource("ca.pem", m_root.certificatePem);
         std::filesystem::create_directory(directory() / "none");
@@ -103,7 +101,7 @@ TEST_F(Trust, Matrix) {
     const Identity otherLeaf = leaf({}, m_root);
     const auto defaults = std::make_shared<DefaultTrustEvaluator>();
     const auto disabled = std::make_shared<DisabledEvaluator>();
-    const std::vector<Identity> chain{m_intermediate};
+    const std::vector<Identity> chain{m_intermediate}, pinnedChain{m_leaf, m_intermediate};
 
     const struct {
         const char* name;
@@ -132,10 +130,7 @@ TEST_F(Trust, Matrix) {
         {"backup pin second", m_leaf, chain, pinned({otherLeaf, m_leaf}), {}},
         {"wrong pin", m_leaf, chain, pinned({otherLeaf}), Reason::certificatePinningFailed},
         {"no pin", m_leaf, chain, pinned({}), Reason::noCertificatesFound},
-        {"pinned certificates sent behind another chain",
-         otherLeaf,
-         {m_leaf, m_intermediate},
-         pinned({m_leaf}),
+        {"pinned certificates sent behind another chain", otherLeaf, pinnedChain, pinned({m_leaf}),
          Reason::certificatePinningFailed},
         {"renewed certificate, certificate pin", renewed, chain, pinned({m_leaf}),
          Reason::certificatePinningFailed},
@@ -208,16 +203,10 @@ TEST_F(Trust, WithoutAReadableStoreNobodyIsTrusted) {
 
 // A frame of HTTP/2 (RFC 9113, 4.1).
 std::string frame(char type, char flags, char stream, std::string_view payload) {
-    return std::string{static_cast<char>(payload.size() >> 16),
-                       static_cast<char>(payload.size() >> 8),
-                       static_cast<char>(payload.size()),
-                       type,
-                       flags,
-                       0,
-                       0,
-                       0,
-                       stream} +
-           std::string(payload);
+    std::string head(9, '\0');
+    for (int i = 0; i < 3; ++i) head[i] = static_cast<char>(payload.size() >> (16 - 8 * i));
+    head[3] = type, head[4] = flags, head[8] = stream;
+    return head.append(payload);
 }
 
 TEST_F(Trust, FaultsOfHTTP2EndInOneError) {

@@ -20,7 +20,6 @@
 #include <malloc.h>
 #include <signal.h>
 #include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace torvel {

@@ -35,8 +35,7 @@ inline Ran shell(const std::string& command) {
 }
 
 // Commands find $URL, $CA, $DIR (the written identity), and $TOKEN once logged in.
-class SandboxTest : public ::testing::Test {
-  protected:
+struct SandboxTest : ::testing::Test {
     ~SandboxTest() override { std::filesystem::remove_all(m_directory); }
 
     void start(SandboxOptions options = {}) {

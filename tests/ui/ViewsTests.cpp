@@ -17,8 +17,7 @@ namespace wallet {
 
 class Badge : public QLabel {};
 
-class LoginScreen : public torvel::UIViewController {
-  public:
+struct LoginScreen : torvel::UIViewController {
     using UIViewController::UIViewController;
     void viewDidLoad() override { ++loads; }
     void updateTheme() override { ++themes; }
@@ -47,8 +46,7 @@ std::shared_ptr<Controller> make(Arguments... arguments) {
     return std::make_shared<Controller>(arguments...);
 }
 
-class ViewsTest : public testing::HostFixture {
-  protected:
+struct ViewsTest : testing::HostFixture {
     ViewsTest() { connectToQt(); }
 };
 
@@ -207,8 +205,7 @@ TEST_F(ViewsTest, ContainersShowTheirScreensAndBars) {
     rest->findChild<QAbstractButton*>("navigationBack")->click();
 }
 
-class Nest : public QLabel {
-  public:
+struct Nest : QLabel {
     Nest() { UINib("Inner", Bundle::main()).instantiate().release()->setParent(this); }
 };
 
@@ -224,8 +221,7 @@ TEST_F(ViewsTest, AViewMayLoadAFileOfItsOwnWhileOneIsLoaded) {
     EXPECT_NE(label->buddy(), nullptr);
 }
 
-class PopsItself : public UIViewController {
-  public:
+struct PopsItself : UIViewController {
     void viewDidLoad() override { navigationController()->popViewController(); }
 };
 

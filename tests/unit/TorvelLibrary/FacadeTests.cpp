@@ -18,18 +18,13 @@
 #include <latch>
 #include <thread>
 
-#include <gmock/gmock.h>
-
 namespace torvel {
 namespace {
-
-using ::testing::HasSubstr;
 
 const URL firstHost = *URL::parse("https://first.example/a");
 const URL secondHost = *URL::parse("https://second.example/b");
 
-class Facade : public testing::HostFixture {
-  protected:
+struct Facade : testing::HostFixture {
     // Whether the session's evaluator for the host accepts a certificate that nothing vouches for.
     static bool isDisabled(const Session& session, std::string_view host) {
         const auto* evaluator = session.serverTrustManager()->evaluator(host);

@@ -1,7 +1,5 @@
 #include "TorvelLibrary/Constants.h"
-#include "TorvelLibrary/LaunchModes.h"
 #include "TorvelLibrary/TorvelConfigurations.h"
-#include "TorvelLibrary/TorvelLibraryBuilder.h"
 #include "TorvelLibrary/Utils/LocaleHelper.h"
 #include "TorvelLibrary/Utils/Utils.h"
 #include "TorvelTesting/HostFixture.h"
@@ -10,8 +8,7 @@ namespace torvel {
 namespace {
 
 // The library's own bundle is the host's directory here; each case reads the values for the first time.
-class Configurations : public testing::HostFixture {
-  protected:
+struct Configurations : testing::HostFixture {
     Configurations() { Bundle::setLibrary(directory()); }
 };
 

@@ -14,8 +14,7 @@ std::string plist(const std::string& content) {
 
 const std::string login = "<dict><key>login</key><string>v1/login</string></dict>";
 
-class Endpoints : public testing::HostFixture {
-  protected:
+struct Endpoints : testing::HostFixture {
     static std::optional<std::string> optional(std::string_view id) {
         return EndpointsHelper::getEndPoint<std::optional<std::string>>(id);
     }

@@ -8,8 +8,7 @@
 namespace torvel {
 namespace {
 
-class Amounts : public testing::HostFixture {
-  protected:
+struct Amounts : testing::HostFixture {
     Amounts() {
         ::setenv("LC_ALL", "en_US.UTF-8", 1);
         Bundle::setLibrary(directory());

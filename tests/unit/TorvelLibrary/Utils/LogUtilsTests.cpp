@@ -27,13 +27,10 @@ TEST_F(Log, EverySeverityHasItsTag) {
 }
 
 TEST_F(Log, ShowsTheLastPartOfTheFilePath) {
-    for (const auto& [path, shown] :
-         {std::pair("Whole", "[Whole]"), {"a/", "[]"}, {"", "[]"}, {"/x/y", "[y]"}})
-        EXPECT_THAT(logOf([&, p = path] {
-                        LogUtils::e("", {p, 1, 1, "f"});
-                    }),
-                    ::testing::HasSubstr(shown))
-            << path;
+    EXPECT_THAT(logOf([] {
+                    for (const char* path : {"Whole", "a/", "", "/x/y"}) LogUtils::e("", {path, 1, 1, "f"});
+                }),
+                ::testing::MatchesRegex(".*ERROR.Whole.:.*ERROR..:.*ERROR..:.*ERROR.y.:.*"));
 }
 
 TEST_F(Log, SaysNothingUntilEnabled) {

@@ -5,7 +5,6 @@
 
 #include <cctype>
 #include <functional>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -88,12 +87,9 @@ TEST(DecryptString, GivesTextOrNothing) {
         {"the prefix before the last =",
          "hOYYkvTukD0CMD3DdFu5o+g="
          "rakD+hSfLe5ozhGRc9YsT84Jh+9UHKzRCkh3QWbfkQ5cEf7RZ7FFbcPYFAuWESihOYYkvTukD0CMD3DdFu5o+g==",
-         {},
-         true},
-        {"what encryptString makes",
-         AES256CBC::encryptString("sixteen bytes ..", password).value(),
-         {},
-         true},
+         std::nullopt, true},
+        {"what encryptString makes", AES256CBC::encryptString("sixteen bytes ..", password).value(),
+         std::nullopt, true},
     };
     for (const auto& row : rows) {
         const Said said = listen([&] { return AES256CBC::decryptString(row.text, password); });

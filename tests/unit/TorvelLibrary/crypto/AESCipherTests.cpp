@@ -32,8 +32,7 @@ std::vector<const CipherKernels*> allTiers() {
     return tiers;
 }
 
-class EveryTier : public testing::TestWithParam<const CipherKernels*> {
-  protected:
+struct EveryTier : testing::TestWithParam<const CipherKernels*> {
     AESCipher cipher(std::string_view key, std::optional<std::string_view> iv) {
         return {key, iv, *GetParam()};
     }
@@ -48,8 +47,7 @@ class EveryTier : public testing::TestWithParam<const CipherKernels*> {
 };
 
 // The tiers that decode and decrypt in one pass; a processor may have none.
-class OnePassTier : public EveryTier {
-  protected:
+struct OnePassTier : EveryTier {
     DecryptedText decrypt(const std::string& ivText, const std::string& text, std::size_t blocks) {
         std::string out(16 * blocks + CipherKernels::slack, '\0');
         return GetParam()->decryptFromBase64({bytePointer(key16), 4}, ivText.data(), text.data(),

@@ -15,8 +15,7 @@ using ::testing::HasSubstr;
 namespace fs = std::filesystem;
 
 // A copy of the sample host to spoil.
-class PreflightTest : public HostFixture {
-  protected:
+struct PreflightTest : HostFixture {
     PreflightTest() {
         copySample();
         settings.serverURL = "https://api.example/v1/";

@@ -23,8 +23,7 @@ const Scheme schemes[] = {
     {&CardUtils::validateCardName, 'N', '1'},
 };
 
-class Cards : public testing::HostFixture {
-  protected:
+struct Cards : testing::HostFixture {
     Cards() { Bundle::setLibrary(directory()); }
 
     const CardUtils& cards = CardUtils::sharedInstance();

@@ -6,8 +6,7 @@
 namespace torvel {
 namespace {
 
-class Validation : public testing::HostFixture {
-  protected:
+struct Validation : testing::HostFixture {
     Validation() { Bundle::setLibrary(directory()); }
 };
 

@@ -26,8 +26,7 @@ std::vector<std::string> lines;
 
 // A store of the entries a, b and c ("first", "second", "third"), another suite, and what an attacker or a
 // failing disk does to their files.
-class StoreDamageTest : public testing::StoreTest {
-  public:
+struct StoreDamageTest : testing::StoreTest {
     StoreDamageTest() {
         SecureDefaults::setDamageHandler([](const StoreFault& fault) { faults.push_back(fault); });
         setDiagnosticSink(

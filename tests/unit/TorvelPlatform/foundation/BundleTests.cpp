@@ -12,8 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class BundleTest : public testing::Test {
-  protected:
+struct BundleTest : testing::Test {
     BundleTest() {
         std::string pattern = fs::temp_directory_path() / "torvel-bundle-XXXXXX";
         m_directory = mkdtemp(pattern.data());

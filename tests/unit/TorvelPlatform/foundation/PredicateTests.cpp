@@ -39,10 +39,7 @@ TEST(Predicate, MatchesWholeTextsAndNothingElse) {
         {"\u00E9", "e\u0301", false},  // not normalised
         {".", "👍", true},              // a scalar beyond the basic plane
         {"100%@ 'a\"", "100%@ 'a\"", true},
-        {"a\uFFFDb",
-         "a\xFF"
-         "b",
-         true},
+        {"a\uFFFDz", "a\xFFz", true},
     };
     for (const auto& row : rows)
         EXPECT_EQ(Predicate::matches(row.pattern).evaluate(row.text), row.matches)

@@ -2,8 +2,6 @@
 #include "TorvelPlatform/foundation/Characters.h"
 #include "TorvelPlatform/foundation/Text.h"
 
-#include <cmath>
-
 #include <gmock/gmock.h>
 
 namespace torvel {

@@ -62,8 +62,7 @@ TEST(ColorSet, TakesTheAppearanceInForce) {
     EXPECT_EQ(colorOfSet(setOf("extended-gray", grey("0.5"), contrast), Style::dark), UIColor(0.5, 0.5, 0.5));
 }
 
-class NamedColor : public testing::HostFixture {
-  protected:
+struct NamedColor : testing::HostFixture {
     void add(const std::string& path, const std::string& white) {
         addResource(path + ".colorset/Contents.json", setOf("extended-gray", grey(white)));
     }
