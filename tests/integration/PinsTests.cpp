@@ -13,8 +13,7 @@ using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-class Pins : public HostFixture {
-  protected:
+struct Pins : HostFixture {
     Pins() {
         setenv("DIR", directory().c_str(), 1);
         setenv("TORVEL", TORVEL_CLI, 1);

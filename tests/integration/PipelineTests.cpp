@@ -57,8 +57,7 @@ struct Bracketing final : ResponseParser {
 };
 
 // A host and its backend, over plain http: trust has tests of its own.
-class Pipeline : public testing::HostFixture {
-  protected:
+struct Pipeline : testing::HostFixture {
     Pipeline() : m_sandbox(sandbox::Sandbox::start({.tls = false}).value()) {
         TorvelLibraryBuilder().setServerURL(m_sandbox->url()).build();
     }
@@ -85,11 +84,9 @@ class Pipeline : public testing::HostFixture {
 
 TEST_F(Pipeline, TargetsBecomeURLs) {
     TorvelLibraryBuilder().setServerURL("https://api.example/v1/").build();
-    struct Row {
-        const char* target;
-        const char* url;
-    };
-    const Row rows[] = {
+    const struct {
+        const char *target, *url;
+    } rows[] = {
         {"login", "https://api.example/v1/login"},
         {"/api/http", "https://api.example/v1//api/http"},
         {"http://b.example/two words", "http://b.example/two%20words"},
@@ -100,7 +97,7 @@ TEST_F(Pipeline, TargetsBecomeURLs) {
         {"two words", "none"},
         {"http://[::1", "none"},  // no URL whole, and none behind the server's
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const auto request = m_client.getRequest(row.target);
         EXPECT_EQ(request ? request->url->absoluteString() : "none", row.url) << row.target;
     }
@@ -139,42 +136,24 @@ TEST_F(Pipeline, EveryMethodSendsItsBody) {
 
 TEST_F(Pipeline, AnswersAreRouted) {
     using Kind = SessionError::Kind;
-    struct Row {
+    const Kind refused = Kind::unacceptableStatusCode;
+    const struct {
         const char* name;
         std::string target;
         std::optional<std::string> success;  // after the interceptors
         const char* code = "";
         std::optional<std::string> received = {};
         const char* description = "";  // a part of it
-        SessionError::Kind kind = {};
-    };
-    const Row rows[] = {
+        Kind kind = {};
+    } rows[] = {
         {"success", misbehave("status?body=abc&type=text/plain"), "b(a(abc))"},
         {"no content", misbehave("status?code=204"), "b(a())"},
         {"structured error", misbehave("status?code=400&body=%7B%22message%22:%22x%22%7D"),
          "b(a({\"message\":\"x\"}))"},
         {"structured error, a scalar", misbehave("status?code=500&body=1"), "b(a(1))"},
-        {"plain-text error",
-         misbehave("status?code=500&body=oops"),
-         {},
-         "500",
-         "oops",
-         "JSON",
-         Kind::unacceptableStatusCode},
-        {"unauthorised, JSON",
-         misbehave("status?code=401&body=%7B%7D"),
-         {},
-         "401",
-         "{}",
-         "401",
-         Kind::unacceptableStatusCode},
-        {"error without a body",
-         misbehave("status?code=503"),
-         {},
-         "503",
-         {},
-         "503",
-         Kind::unacceptableStatusCode},
+        {"plain-text error", misbehave("status?code=500&body=oops"), {}, "500", "oops", "JSON", refused},
+        {"unauthorised", misbehave("status?code=401&body=%7B%7D"), {}, "401", "{}", "401", refused},
+        {"error without a body", misbehave("status?code=503"), {}, "503", {}, "503", refused},
         {"empty success", misbehave("status?code=200"), {}, "200", {}, "", Kind::emptyResponse},
         {"cut answer", misbehave("truncate?framing=length"), {}, "200", {}, "", Kind::connectionLost},
         {"reset", misbehave("reset"), {}, "-1", {}, "", Kind::connectionLost},
@@ -182,7 +161,7 @@ TEST_F(Pipeline, AnswersAreRouted) {
         {"not http", "httpx", {}, "-1", {}, "", Kind::invalidRequest},
     };
     const ResponseInterceptors parsers{std::make_shared<Bracketing>("a"), std::make_shared<Bracketing>("b")};
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const Ending ending = get(row.target, parsers);
         EXPECT_EQ(ending.success, row.success) << row.name;
         ASSERT_EQ(ending.error.has_value(), !row.success) << row.name;

@@ -29,7 +29,6 @@ TEST_F(SandboxTest, WalletStory) {
         {"negative", R"("$URL/api/v1/transfer" -d '{"to":"0711","amount":"-1"}')", 0, "BAD_AMOUNT.*400$"},
         {"a number", R"("$URL/api/v1/transfer" -d '{"to":"0711","amount":1}')", 0, "BAD_AMOUNT.*400$"},
         {"no recipient", R"("$URL/api/v1/transfer" -d '{"amount":"1"}')", 0, "BAD_RECIPIENT.*400$"},
-        {"body not JSON", R"("$URL/api/v1/transfer" -d '{"amount":')", 0, "MALFORMED.*400$"},
         {"plain-text error", R"("$URL/api/v1/rates")", 0, "^The rates service is down.*500$"},
         {"wrong PIN", R"("$URL/api/v1/login" -d '{"msisdn":"0700000001","pin":"0000"}')", 0,
          "LOGIN_REFUSED.*401$"},
@@ -98,24 +97,16 @@ TEST_F(SandboxTest, Misbehaves) {
     const std::vector<Row> rows = {
         {"status", R"(-i "$URL/misbehave/status?code=503&body=busy&type=text/plain&field=Retry-After:7")", 0,
          "Retry-After: 7\r\n(.*\n)*busy\n503$"},
-        {"no content", R"("$URL/misbehave/status?code=204")", 0, "^\n204$"},
-        {"empty 200", R"("$URL/misbehave/status")", 0, "^\n200$"},
-        {"delay", R"("$URL/misbehave/delay?ms=1")", 0, "200$"},
-        {"hang", R"(--max-time 0.2 "$URL/misbehave/hang")", 28, "^\n000$"},
         {"drip", R"("$URL/misbehave/drip?bytes=5&ms=1")", 0, "^\\.\\.\\.\\.\\.\n200$"},
         {"short length", R"("$URL/misbehave/truncate")", 18, "ok\",\n200$"},
         {"short chunk", R"("$URL/misbehave/truncate?framing=chunked")", 18, "ok\",\n200$"},
         {"closed, as said", R"("$URL/misbehave/truncate?framing=close")", 0, "ok\",\n200$"},
         {"reset in the body", R"("$URL/misbehave/truncate?end=reset")", 56, "200$"},
-        {"reset", R"("$URL/misbehave/reset")", 56, "^\n000$"},
         {"wrong type", R"(-i "$URL/misbehave/wrong-type")", 0, "Content-Type: text/html\r"},
         {"redirect",
          R"(-L -w '%{num_redirects} %{url_effective}' "$URL/misbehave/redirect?to=https://localhost:$PORT/echo")",
          0, "1 https://localhost:[0-9]+/echo$"},
         {"loop", R"(-L --max-redirs 3 "$URL/misbehave/loop")", 47, "302$"},
-        {"gzip", R"(--compressed "$URL/misbehave/encoded?coding=gzip")", 0, "\"xxxxx*\"}\n200$"},
-        {"deflate", R"(--compressed "$URL/misbehave/encoded?coding=deflate")", 0, "\"xxxxx*\"}\n200$"},
-        {"br", R"(--compressed "$URL/misbehave/encoded?coding=br")", 0, "\"xxxxx*\"}\n200$"},
         {"gzip cut in its data",
          R"("$URL/misbehave/encoded?coding=gzip&cut=20" | head -n -1 | gzip -dc 2>&1)", 1,
          "unexpected end of file"},
@@ -162,10 +153,8 @@ TEST_F(SandboxTest, KeepsConnectionsAndTheLatestExchanges) {
 }
 
 int connectTo(std::uint16_t port, const std::string& text) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const sockaddr_in address{
+        .sin_family = AF_INET, .sin_port = htons(port), .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero{}};
     const int socket = ::socket(AF_INET, SOCK_STREAM, 0);
     EXPECT_EQ(connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
     EXPECT_EQ(send(socket, text.data(), text.size(), 0), static_cast<ssize_t>(text.size()));

@@ -1,4 +1,3 @@
-#include "TorvelPlatform/dispatch/DispatchQueue.h"
 #include "TorvelPlatform/http/Session.h"
 #include "TorvelTesting/HostFixture.h"
 #include "TorvelTesting/TLSPeers.h"
@@ -19,8 +18,7 @@ using Reason = TrustFailure::Reason;
 using Evaluator = std::shared_ptr<const ServerTrustEvaluating>;
 
 // A public key infrastructure of the test's own, whose root is the only one that this process trusts.
-class Trust : public testing::HostFixture {
-  protected:
+struct Trust : testing::HostFixture {
     Trust() {
         addResource("ca.pem", m_root.certificatePem);
         std::filesystem::create_directory(directory() / "none");
@@ -103,9 +101,9 @@ TEST_F(Trust, Matrix) {
     const Identity otherLeaf = leaf({}, m_root);
     const auto defaults = std::make_shared<DefaultTrustEvaluator>();
     const auto disabled = std::make_shared<DisabledEvaluator>();
-    const std::vector<Identity> chain{m_intermediate};
+    const std::vector<Identity> chain{m_intermediate}, pinnedChain{m_leaf, m_intermediate};
 
-    struct Row {
+    const struct {
         const char* name;
         Identity served;
         std::vector<Identity> others;
@@ -113,8 +111,7 @@ TEST_F(Trust, Matrix) {
         std::optional<Reason> refused;
         const char* host = "localhost";
         std::vector<std::string> options = {};  // of the server
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"default", m_leaf, chain, defaults, {}},
         {"TLS 1.2", m_leaf, chain, defaults, {}, "localhost", {"-tls1_2"}},
         {"wildcard", wildcard, chain, defaults, {}, "pay.shop.localhost"},
@@ -133,10 +130,7 @@ TEST_F(Trust, Matrix) {
         {"backup pin second", m_leaf, chain, pinned({otherLeaf, m_leaf}), {}},
         {"wrong pin", m_leaf, chain, pinned({otherLeaf}), Reason::certificatePinningFailed},
         {"no pin", m_leaf, chain, pinned({}), Reason::noCertificatesFound},
-        {"pinned certificates sent behind another chain",
-         otherLeaf,
-         {m_leaf, m_intermediate},
-         pinned({m_leaf}),
+        {"pinned certificates sent behind another chain", otherLeaf, pinnedChain, pinned({m_leaf}),
          Reason::certificatePinningFailed},
         {"renewed certificate, certificate pin", renewed, chain, pinned({m_leaf}),
          Reason::certificatePinningFailed},
@@ -162,7 +156,7 @@ TEST_F(Trust, Matrix) {
         {"disabled, expired", expired, chain, disabled, {}},
         {"disabled, another name", elsewhere, chain, disabled, {}},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         OpenSSLServer server(directory(), row.served, row.others, row.options);
         const DataResponse response = get(*sessionWith({{row.host, row.evaluator}}), server.url(row.host));
         EXPECT_EQ(refusal(response), row.refused)
@@ -209,16 +203,10 @@ TEST_F(Trust, WithoutAReadableStoreNobodyIsTrusted) {
 
 // A frame of HTTP/2 (RFC 9113, 4.1).
 std::string frame(char type, char flags, char stream, std::string_view payload) {
-    return std::string{static_cast<char>(payload.size() >> 16),
-                       static_cast<char>(payload.size() >> 8),
-                       static_cast<char>(payload.size()),
-                       type,
-                       flags,
-                       0,
-                       0,
-                       0,
-                       stream} +
-           std::string(payload);
+    std::string head(9, '\0');
+    for (int i = 0; i < 3; ++i) head[i] = static_cast<char>(payload.size() >> (16 - 8 * i));
+    head[3] = type, head[4] = flags, head[8] = stream;
+    return head.append(payload);
 }
 
 TEST_F(Trust, FaultsOfHTTP2EndInOneError) {
@@ -226,12 +214,11 @@ TEST_F(Trust, FaultsOfHTTP2EndInOneError) {
     constexpr char data = 0, headers = 1, reset = 3, settings = 4, goAway = 7, endStream = 1, endHeaders = 4,
                    ack = 1;
     const std::string head = frame(headers, endHeaders, 1, "\x88");  // ":status: 200", RFC 7541, appendix A
-    struct Row {
+    const struct {
         const char* name;
         std::string frames;
         std::optional<Kind> error;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"whole", head + frame(data, endStream, 1, "ok"), {}},
         {"stream reset", frame(reset, 0, 1, std::string("\0\0\0\2", 4)), Kind::connectionLost},
         {"stream reset in the body",
@@ -245,7 +232,7 @@ TEST_F(Trust, FaultsOfHTTP2EndInOneError) {
         {"data before the head", frame(data, endStream, 1, "ok"), Kind::connectionLost},
         {"not HTTP/2", "HTTP/1.1 200 OK\r\n\r\nok", Kind::connectionLost},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         OpenSSLServer server(directory(), m_leaf, {m_intermediate}, {"-alpn", "h2"},
                              frame(settings, 0, 0, "") + frame(settings, ack, 0, "") + row.frames);
         const DataResponse response =
@@ -258,18 +245,17 @@ TEST_F(Trust, FaultsOfHTTP2EndInOneError) {
 // nginx keeps connections open, offers session tickets and speaks HTTP/2.
 
 TEST_F(Trust, ARedirectAsksTheNewHostsEvaluator) {
-    struct Row {
+    const struct {
         const char* name;
         Evaluator evaluator;  // of the second host; nullptr: none
         std::optional<Reason> refused;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"trusted", std::make_shared<DefaultTrustEvaluator>(), {}},
         {"wrong pin", pinned({m_foreignRoot}), Reason::certificatePinningFailed},
         {"no evaluator", nullptr, Reason::noRequiredEvaluator},
     };
     for (const auto& [from, to] : {std::pair("localhost", "127.0.0.1"), std::pair("127.0.0.1", "localhost")})
-        for (const Row& row : rows) {
+        for (const auto& row : rows) {
             SCOPED_TRACE(std::string(row.name) + " from " + from);
             std::filesystem::remove(directory() / "requests.log");
             NginxServer server(directory(), m_leaf, {m_intermediate});

@@ -20,7 +20,6 @@
 #include <malloc.h>
 #include <signal.h>
 #include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace torvel {
@@ -30,8 +29,7 @@ using Clock = std::chrono::steady_clock;
 namespace fs = std::filesystem;
 
 struct Kind {
-    const char* method;
-    const char* target;
+    const char *method, *target;
     bool succeeds;
     unsigned weight;
     bool sealed = false;
@@ -100,8 +98,7 @@ class Backend {
 };
 
 struct Usage {
-    long kilobytes;
-    long descriptors;
+    long kilobytes, descriptors;
 
     static Usage now() {
         ::malloc_trim(0);

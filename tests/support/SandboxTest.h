@@ -35,8 +35,7 @@ inline Ran shell(const std::string& command) {
 }
 
 // Commands find $URL, $CA, $DIR (the written identity), and $TOKEN once logged in.
-class SandboxTest : public ::testing::Test {
-  protected:
+struct SandboxTest : ::testing::Test {
     ~SandboxTest() override { std::filesystem::remove_all(m_directory); }
 
     void start(SandboxOptions options = {}) {
@@ -72,8 +71,7 @@ class SandboxTest : public ::testing::Test {
 };
 
 struct Row {
-    const char* name;
-    const char* arguments;
+    const char *name, *arguments;
     int exit;  // curl's own codes: 0 fine, 18 partial body, 47 redirects, 52 nothing, 56 receive, 60 CA, 61
                // coding
     const char* output;  // a regular expression

@@ -27,8 +27,7 @@ inline bool inChild(const std::function<bool()>& work) {
 }
 
 // A host with folders of its own.
-class StoreTest : public HostFixture {
-  protected:
+struct StoreTest : HostFixture {
     StoreTest() {
         ::setenv("XDG_DATA_HOME", data().c_str(), 1);
         ::setenv("XDG_STATE_HOME", state().c_str(), 1);

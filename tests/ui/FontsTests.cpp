@@ -22,26 +22,25 @@ TEST(Fonts, AreFoundByTheirExactNameAlone) {
 
 // The boxes of the face are 0.6 of its size wide; a line is 1.4 high, with a gap of 0.1 to the next.
 TEST(TextBounds, AreExactAndProportional) {
-    struct Row {
+    const struct {
         const char *name, *text;
         double size, limit, width, lines;
-    };
-    const Row rows[] = {{"fraction", "abcdefghij", 17.664, 0, 6, 1},
-                        {"another fraction", "abcdefghij", 17.3, 0, 6, 1},
-                        {"tiny", "abcdefghij", 0.1, 0, 6, 1},
-                        {"words", "aaaa bbbb cccc", 20, 20 * 0.6 * 9.5, 5.4, 2},
-                        {"words stay whole", "aaaa bbbb cccc", 20, 20 * 0.6 * 7.5, 2.4, 3},
-                        {"just fits", "aaaa bbbb", 20, 20 * 0.6 * 9, 5.4, 1},
-                        {"long word", "abcdefghij", 20, 20 * 0.6 * 4.2, 2.4, 3},
-                        {"narrower than a box", "abc", 20, 1, 0.6, 3},
-                        {"line feeds", "a\nbbb\n\nc", 20, 0, 1.8, 4},
-                        {"ends with one", "a\n", 20, 0, 0.6, 2},
-                        {"empty", "", 20, 0, 0, 1},
-                        {"empty, limited", "", 20, 50, 0, 1},
-                        {"no size", "abc", 0, 0, 0, 0},
-                        {"no mnemonics", "a&b", 20, 0, 1.8, 1},
-                        {"limit of no use", "aa bb", 20, -3, 3, 1}};
-    for (const Row& row : rows) {
+    } rows[] = {{"fraction", "abcdefghij", 17.664, 0, 6, 1},
+                {"another fraction", "abcdefghij", 17.3, 0, 6, 1},
+                {"tiny", "abcdefghij", 0.1, 0, 6, 1},
+                {"words", "aaaa bbbb cccc", 20, 20 * 0.6 * 9.5, 5.4, 2},
+                {"words stay whole", "aaaa bbbb cccc", 20, 20 * 0.6 * 7.5, 2.4, 3},
+                {"just fits", "aaaa bbbb", 20, 20 * 0.6 * 9, 5.4, 1},
+                {"long word", "abcdefghij", 20, 20 * 0.6 * 4.2, 2.4, 3},
+                {"narrower than a box", "abc", 20, 1, 0.6, 3},
+                {"line feeds", "a\nbbb\n\nc", 20, 0, 1.8, 4},
+                {"ends with one", "a\n", 20, 0, 0.6, 2},
+                {"empty", "", 20, 0, 0, 1},
+                {"empty, limited", "", 20, 50, 0, 1},
+                {"no size", "abc", 0, 0, 0, 0},
+                {"no mnemonics", "a&b", 20, 0, 1.8, 1},
+                {"limit of no use", "aa bb", 20, -3, 3, 1}};
+    for (const auto& row : rows) {
         const UIFont font("TorvelBox-Regular", row.size);
         EXPECT_NEAR(boundingSize(row.text, font, row.limit).width, row.size * row.width, 1e-9) << row.name;
         const double high = row.lines > 0 ? row.lines * 1.4 + (row.lines - 1) * 0.1 : 0;

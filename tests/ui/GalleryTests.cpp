@@ -17,8 +17,7 @@ namespace torvel::gallery {
 namespace {
 
 // The gallery as its user has it.
-class GalleryTest : public ::testing::Test {
-  protected:
+struct GalleryTest : ::testing::Test {
     GalleryTest() {
         connectScreen();
         gallery->setLanguage("en");

@@ -45,16 +45,15 @@ TEST(QtHost, LendsTheScreenItsWidthAndTheMainQueueItsLoop) {
 
 #ifndef NDEBUG
 TEST(MainThread, WhatIsForItAloneSaysSoInDebugBuilds) {
-    struct Row {
-        const char* what;
-        std::function<void()> use;
-    };
     const auto tabs = std::make_shared<UITabBarController>();
     UINavigationController navigation(tabs);
     QLabel image;
     QLineEdit field;
     const UIFont font = systemFontOfSize(10);
-    const Row rows[] = {
+    const struct {
+        const char* what;
+        std::function<void()> use;
+    } rows[] = {
         {"AppRouter", [] { AppRouter::sharedInstance(); }},
         {"ColorUtils", [] { ColorUtils::sharedInstance(); }},
         {"FontCache", [] { FontCache::getLightTitleFont(); }},
@@ -83,7 +82,7 @@ TEST(MainThread, WhatIsForItAloneSaysSoInDebugBuilds) {
     // The report ends the operation, before it does harm.
     setDiagnosticSink(
         [](std::string_view message, const std::source_location&) { throw std::string(message); });
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         std::string said;
         std::thread([&] {
             try {

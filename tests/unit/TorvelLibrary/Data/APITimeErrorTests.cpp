@@ -6,11 +6,10 @@ namespace torvel {
 namespace {
 
 TEST(APITimeError, DecodesTheShortNamesOnly) {
-    struct Row {
+    const struct {
         const char* json;
         const char* fault;  // nullptr: decodes
-    };
-    const Row rows[] = {
+    } rows[] = {
         {R"({"message":"m","errorCode":"E1"})", nullptr},
         {R"({"message":"m","errorCode":"E1","receivedResponse":null})", nullptr},
         {R"({"message":"m","errorCode":42})", "\"errorCode\" is not a string"},
@@ -19,7 +18,7 @@ TEST(APITimeError, DecodesTheShortNamesOnly) {
         {R"({"message":"m","errorCode":"E1","receivedResponse":"%"})", "\"receivedResponse\""},
         {R"([])", "not an object"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const auto record = APITimeError::decode(JSON::parse(row.json).value());
         ASSERT_EQ(record.ok(), row.fault == nullptr) << row.json;
         if (row.fault != nullptr) {

@@ -8,8 +8,7 @@
 namespace torvel {
 namespace {
 
-class Amounts : public testing::HostFixture {
-  protected:
+struct Amounts : testing::HostFixture {
     Amounts() {
         ::setenv("LC_ALL", "en_US.UTF-8", 1);
         Bundle::setLibrary(directory());
@@ -18,13 +17,11 @@ class Amounts : public testing::HostFixture {
 
 // Grouping, digits and marks from CLDR 42, which ICU 72 carries.
 TEST_F(Amounts, AreWrittenWithoutTheCurrency) {
-    struct Row {
-        const char* locale;
-        const char* amount;
+    const struct {
+        const char *locale, *amount;
         bool decimals;
         const char* text;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"en_US", "1234.567", true, "1,234.56"},
         {"en_US", "1234", false, "1,234"},
         {"en_US", "1234", true, "1,234.00"},
@@ -39,7 +36,7 @@ TEST_F(Amounts, AreWrittenWithoutTheCurrency) {
         {"nl_NL", "-5", false, "-5"},
         {"bem_ZM", "-5", false, "-\u00A05"},  // the space stood between the symbol and the digits
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const Locale locale(row.locale);
         setDefaultLocale(locale);
         EXPECT_EQ(getDisplayAmountWithoutCurrency(row.amount, *locale.currencySymbol(), row.decimals),
@@ -50,18 +47,17 @@ TEST_F(Amounts, AreWrittenWithoutTheCurrency) {
 }
 
 TEST_F(Amounts, TheCurrencyChoosesTheLocale) {
-    struct Row {
+    const struct {
         const char* currency;
         const char* locale;  // afterwards
         const char* text;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"$", "en_US", "5.50"},  // the current one has the symbol
         {"\u20AC", "ast_ES", "5,50"}, {"no symbol", "ast_ES", "5,50"},
         {"\u00A4", "ast_ES", "5,50"}, {"\u00A3", "ar_SS", "\u200F\u0665\u066B\u0665\u0660"},
         {"", "en_US", "5.50"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         EXPECT_EQ(getDisplayAmountWithoutCurrency("5.5", row.currency, true), row.text) << row.currency;
         EXPECT_EQ(defaultLocale(), Locale(row.locale)) << row.currency;
     }
@@ -92,19 +88,18 @@ TEST_P(AmountComposition, PutsTheCurrencyOnItsSide) {
     const bool isPrefix = GetParam();
     addResource("Configurations.strings", isPrefix ? "torvel_currency_prefix = true;" : "");
     using enum ScreenEnvironment::Direction;
-    struct Row {
+    const struct {
         ScreenEnvironment::Direction direction;
         bool forced;
         const char* prefixed;  // by the configuration
         const char* unprefixed;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {leftToRight, false, "$_1.00", "1.00_$"},
         {leftToRight, true, "$_1.00", "$ 1.00"},
         {rightToLeft, false, "1.00_$", "$_1.00"},
         {rightToLeft, true, "$ 1.00", "$_1.00"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         ScreenEnvironment::direction = row.direction;
         EXPECT_EQ(getDisplayAmount("1", row.forced, "_", "$", true),
                   isPrefix ? row.prefixed : row.unprefixed);

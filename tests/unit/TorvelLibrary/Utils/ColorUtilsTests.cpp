@@ -5,8 +5,7 @@
 namespace torvel {
 namespace {
 
-class ColorUtilsTest : public testing::HostFixture {
-  protected:
+struct ColorUtilsTest : testing::HostFixture {
     // Gives the two bundles a theme file each, or none; what the first use then logs.
     std::string load(const char* library, const char* app) {
         std::filesystem::create_directories(directory() / "library");

@@ -6,8 +6,7 @@
 namespace torvel {
 namespace {
 
-class DocumentFileTest : public testing::StoreTest {
-  protected:
+struct DocumentFileTest : testing::StoreTest {
     std::filesystem::path documents() const { return data() / "test-host/Documents"; }
 };
 

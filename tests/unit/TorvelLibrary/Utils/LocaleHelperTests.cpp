@@ -16,8 +16,7 @@ struct PrefersFrench {
     PrefersFrench() { ::setenv("LANGUAGE", "de:fr", 1); }
 };
 
-class Localisation : private PrefersFrench, public testing::HostFixture {
-  protected:
+struct Localisation : private PrefersFrench, testing::HostFixture {
     // A look-up of "key" in a bundle beside the host's, by the resources that exist.
     std::string lookUp() const {
         return Bundle::at(directory() / "other")->localizedString("key", "value", "T");
@@ -55,12 +54,11 @@ TEST_F(Localisation, AMalformedTableIsReportedOnceAndCountsAsAbsent) {
 }
 
 TEST_F(Localisation, TheMainBundleComesFirstThenTheCallersThenNoLanguage) {
-    struct Row {
+    const struct {
         const char* name;
         std::vector<std::string> folders;  // that hold the table
         const char* answer;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"nothing", {}, "value"},
         {"no language", {"other"}, "other"},
         {"the caller's default language", {"other", "other/en.lproj"}, "other/en.lproj"},
@@ -71,7 +69,7 @@ TEST_F(Localisation, TheMainBundleComesFirstThenTheCallersThenNoLanguage) {
     };
     LocaleHelper::doTheSwizzling();
     LocaleHelper::setAppleLanguageTo("fr-CA");
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         std::filesystem::remove_all(directory());
         std::filesystem::create_directories(directory() / "other");
         for (const std::string& folder : row.folders) addTable(folder, folder);
@@ -136,13 +134,10 @@ TEST_F(Localisation, FollowsOtherProcessesAndAStoreThatIsMovedAside) {
 }
 
 TEST_F(Localisation, TheLanguageSetsTheWritingDirection) {
-    for (const auto& [language, rightToLeft] : {std::pair("ar", true),
-                                                {"fr", false},
-                                                {"he-IL", true},
-                                                {"ur", true},
-                                                {"en", false},
-                                                {"az-Arab", true},
-                                                {"?", false}}) {
+    const std::pair<const char*, bool> rows[] = {{"ar", true}, {"fr", false}, {"he-IL", true},
+                                                 {"ur", true}, {"en", false}, {"az-Arab", true},
+                                                 {"?", false}};
+    for (const auto& [language, rightToLeft] : rows) {
         LocaleHelper::setAppleLanguageTo(language);
         EXPECT_EQ(ScreenEnvironment::direction == ScreenEnvironment::Direction::rightToLeft, rightToLeft)
             << language;

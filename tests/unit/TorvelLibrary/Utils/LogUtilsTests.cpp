@@ -27,13 +27,10 @@ TEST_F(Log, EverySeverityHasItsTag) {
 }
 
 TEST_F(Log, ShowsTheLastPartOfTheFilePath) {
-    for (const auto& [path, shown] :
-         {std::pair("Whole", "[Whole]"), {"a/", "[]"}, {"", "[]"}, {"/x/y", "[y]"}})
-        EXPECT_THAT(logOf([&, p = path] {
-                        LogUtils::e("", {p, 1, 1, "f"});
-                    }),
-                    ::testing::HasSubstr(shown))
-            << path;
+    EXPECT_THAT(logOf([] {
+                    for (const char* path : {"Whole", "a/", "", "/x/y"}) LogUtils::e("", {path, 1, 1, "f"});
+                }),
+                ::testing::MatchesRegex(".*ERROR.Whole.:.*ERROR..:.*ERROR..:.*ERROR.y.:.*"));
 }
 
 TEST_F(Log, SaysNothingUntilEnabled) {
@@ -59,30 +56,23 @@ TEST_F(Log, PrintsValuesByTheirDescription) {
               "5.0\n0.1\n100000.0\n-123456789.0\n1000000000000000.0\n0.0001\n1e+16\n1e+21\n1e-05\n2.5\n");
 }
 
-TEST_F(Log, WritesOnWithoutADateWhenTheFormatIsInvalid) {
-    LogUtils::setDateFormat("yyyy T");
+// A line with its date, of a call that names no site.
+std::string datedLine() {
     LogUtils::setLoggingEnabled(true);
     ::testing::internal::CaptureStdout();
-    LogUtils::e("x", {"F", 1, 2, "f"});
-    EXPECT_THAT(::testing::internal::GetCapturedStdout(),
-                ::testing::AllOf(::testing::HasSubstr("Invalid date format \"yyyy T\"\n"),
-                                 ::testing::EndsWith("ERROR[F]:1 2 f -> x\n")));
+    LogUtils::w("x");
+    return ::testing::internal::GetCapturedStdout();
 }
 
 TEST_F(Log, OpensWithTheDateOnTheTwelveHourClock) {
-    const std::string line = [] {
-        LogUtils::setLoggingEnabled(true);
-        ::testing::internal::CaptureStdout();
-        LogUtils::w("x", {"F", 1, 2, "f"});
-        return ::testing::internal::GetCapturedStdout();
-    }();
-    EXPECT_THAT(line,
-                ::testing::MatchesRegex("[0-9]{4}-[0-9]{2}-[0-9]{2} (0[1-9]|1[0-2]):[0-9]{2}:[0-9]{5} .*\n"));
-    EXPECT_EQ(LogUtils::dateFormat(), "yyyy-MM-dd hh:mm:ssSSS");
+    EXPECT_THAT(datedLine(),
+                ::testing::MatchesRegex("[0-9]{4}-[0-9]{2}-[0-9]{2} (0[1-9]|1[0-2]):[0-9]{2}:[0-9]{5} .*"
+                                        "WARNING.LogUtilsTests.cpp.:.*x\n"));
 }
 
-TEST_F(Log, ACallWithoutASiteNamesItsOwn) {
-    EXPECT_THAT(logOf([] { LogUtils::i("x"); }), ::testing::HasSubstr("[LogUtilsTests.cpp]:"));
+TEST_F(Log, WritesOnWithoutADateWhenTheFormatIsInvalid) {
+    LogUtils::setDateFormat("yyyy T");
+    EXPECT_THAT(datedLine(), ::testing::MatchesRegex("(.*\n)*.*Invalid date format \"yyyy T\"\n.*-> x\n"));
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 
 #include <cctype>
 #include <functional>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -30,16 +29,15 @@ Said listen(const std::function<std::optional<std::string>()>& call) {
 }
 
 TEST(EncryptString, MakesIVTextAndBase64) {
-    struct Row {
+    const struct {
         std::string text, password;
         std::size_t keySize;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"sixteen bytes ..", password, 16},  // a whole block gains one
         {"{\"amount\":1200}", password, 16},  {"24 bytes", "ööööööööabcdefgh", 24},
         {"32 bytes", "öööööööööööööööö", 32}, {"CR LF is one character", "\r\nöööööööabcdefgh", 24},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
         ASSERT_EQ(row.password.size(), row.keySize);
         const auto cipher = AES256CBC::encryptString(row.text, row.password);
@@ -71,13 +69,12 @@ TEST(EncryptString, IsAbsentInSilence) {
 TEST(DecryptString, GivesTextOrNothing) {
     const std::string prefix = base64(iv), broken = prefix.substr(1);
     const std::string good = base64(encrypt(password, iv, "text"));
-    struct Row {
+    const struct {
         const char* name;
         std::string text;
         std::optional<std::string> result;
         bool saysSo;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"text", prefix + good, "text", false},
         {"empty", prefix + base64(encrypt(password, iv, "")), "", false},
         {"16 characters", "AAAAAAAAAAAAAAAA", {}, false},
@@ -90,14 +87,11 @@ TEST(DecryptString, GivesTextOrNothing) {
         {"the prefix before the last =",
          "hOYYkvTukD0CMD3DdFu5o+g="
          "rakD+hSfLe5ozhGRc9YsT84Jh+9UHKzRCkh3QWbfkQ5cEf7RZ7FFbcPYFAuWESihOYYkvTukD0CMD3DdFu5o+g==",
-         {},
-         true},
-        {"what encryptString makes",
-         AES256CBC::encryptString("sixteen bytes ..", password).value(),
-         {},
-         true},
+         std::nullopt, true},
+        {"what encryptString makes", AES256CBC::encryptString("sixteen bytes ..", password).value(),
+         std::nullopt, true},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const Said said = listen([&] { return AES256CBC::decryptString(row.text, password); });
         EXPECT_EQ(said.result, row.result) << row.name;
         EXPECT_EQ(said.output, row.saysSo ? "an error occured while decrypting\n" : "") << row.name;
@@ -108,13 +102,12 @@ TEST(DecryptString, GivesTextOrNothing) {
 TEST(DecryptString, RemovesEveryOccurrenceOfThePrefix) {
     const std::string text =
         reference::base64(reference::bytes(600, 5));  // longer than the fast loops' groups
-    struct Row {
+    const struct {
         const char* name;
         std::string iv;  // 16, 17 or 18 bytes: only the first 16 count
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"==", iv}, {"=", iv + "x"}, {"no padding", iv + "xy"}, {"repeats itself", std::string(18, 0)}};
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const std::string prefix = base64(row.iv), data = base64(encrypt(password, row.iv, text));
         const std::string texts[] = {
             prefix + data,

@@ -32,8 +32,7 @@ std::vector<const CipherKernels*> allTiers() {
     return tiers;
 }
 
-class EveryTier : public testing::TestWithParam<const CipherKernels*> {
-  protected:
+struct EveryTier : testing::TestWithParam<const CipherKernels*> {
     AESCipher cipher(std::string_view key, std::optional<std::string_view> iv) {
         return {key, iv, *GetParam()};
     }
@@ -48,8 +47,7 @@ class EveryTier : public testing::TestWithParam<const CipherKernels*> {
 };
 
 // The tiers that decode and decrypt in one pass; a processor may have none.
-class OnePassTier : public EveryTier {
-  protected:
+struct OnePassTier : EveryTier {
     DecryptedText decrypt(const std::string& ivText, const std::string& text, std::size_t blocks) {
         std::string out(16 * blocks + CipherKernels::slack, '\0');
         return GetParam()->decryptFromBase64({bytePointer(key16), 4}, ivText.data(), text.data(),
@@ -140,12 +138,11 @@ TEST_P(EveryTier, AgreesWithOpenSSLAtEveryLength) {
 
 // The last byte of the plain text says how many bytes go, whatever the others are.
 TEST_P(EveryTier, RemovesPaddingWithoutCheckingIt) {
-    struct Row {
+    const struct {
         const char* name;
         char last;
         std::size_t kept;  // of 48 bytes
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"none", 0, 48},
         {"one", 1, 47},
         {"a block, filler wrong", 16, 32},
@@ -154,7 +151,7 @@ TEST_P(EveryTier, RemovesPaddingWithoutCheckingIt) {
         {"more than there is", 49, 48},
         {"largest", '\xFF', 48},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const std::string plain = std::string(47, 'x') + row.last, kept = plain.substr(0, row.kept);
         const std::string bytes = reference::encryptUnpadded(key16, iv16, plain);
         EXPECT_EQ(cipher(key16, iv16).decrypt(bytes).value().raw(), kept) << row.name;

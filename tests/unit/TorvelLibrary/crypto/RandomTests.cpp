@@ -15,18 +15,17 @@ namespace {
 TEST(RandomText, HasTheAskedCharacters) {
     const std::string lower = "abcdefghijklmnopqrstuvwxyz",
                       all = lower + "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
-    struct Row {
+    const struct {
         const char* name;
         bool justLowerCase, whitespace;
         std::string characters;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"lower case", true, false, lower},
         {"lower case despite white space", true, true, lower},
         {"letters and digits", false, false, all},
         {"with spaces", false, true, all + " "},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         for (const std::int64_t length : {-5, 0, 1, 5, 16, 17})
             EXPECT_EQ(AES256CBC::randomText(length, row.justLowerCase, row.whitespace).size(),

@@ -21,12 +21,10 @@ void add(const std::string& path, bool isProtected, const std::string& name) {
 // Every row starts with a new router that has the routes below. Its steps are texts to route to; "+" and "-"
 // write true and false to isAuthenticated.
 TEST(AppRouter, StatesOfThePendingTarget) {
-    struct Row {
+    const struct {
         const char* name;
-        std::vector<std::string> steps;
-        std::vector<std::string> visits;
-    };
-    const Row rows[] = {
+        std::vector<std::string> steps, visits;
+    } rows[] = {
         {"open route", {"/open"}, {"open"}},
         {"whole URL with a query", {"scheme://host/open?x=1%202&y=3"}, {"open1 2"}},
         {"paths match exactly", {"/open/", "open", "/OPEN", "/unknown"}, {"relative"}},
@@ -39,7 +37,7 @@ TEST(AppRouter, StatesOfThePendingTarget) {
         {"unknown and open routes leave it waiting", {"/a", "/unknown", "/open", "+"}, {"open", "a"}},
         {"false protects again", {"+", "-", "/a"}, {}},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         AppRouter::setSharedInstance(nullptr);
         AppRouter::sharedInstance()->route("/a");  // nothing is registered: nothing waits
         for (const char* name : {"a", "b"}) add(std::string("/").append(name), true, name);

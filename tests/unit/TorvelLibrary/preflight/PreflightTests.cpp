@@ -15,8 +15,7 @@ using ::testing::HasSubstr;
 namespace fs = std::filesystem;
 
 // A copy of the sample host to spoil.
-class PreflightTest : public HostFixture {
-  protected:
+struct PreflightTest : HostFixture {
     PreflightTest() {
         copySample();
         settings.serverURL = "https://api.example/v1/";
@@ -64,13 +63,12 @@ TEST_F(PreflightTest, TheSampleHostPasses) { EXPECT_EQ(findings(), ""); }
 TEST_F(PreflightTest, FindsEveryFaultOfTheBrokenSample) {
     const std::string endpoints = "EndpointsConfig.plist", theme = "ColorTheme.plist", ui = "Login.ui",
                       values = "en.lproj/Configurations.strings", french = "fr.lproj/Localizable.strings";
-    struct Row {
+    const struct {
         std::string file;
         std::string_view from;
         const char* to;
         std::string expected;
-    };
-    const std::vector<Row> rows = {
+    } rows[] = {
         {endpoints, "", nullptr, "endpoints.missing @:0 "},
         {endpoints, "<key>balance</key>", "<key>balance<key>", "endpoints.unparsed @:7 "},
         {endpoints, "", "(login)", "endpoints.root @:0 "},
@@ -138,7 +136,7 @@ TEST_F(PreflightTest, FindsEveryFaultOfTheBrokenSample) {
          "images.missing-image @:2 logo"},
         {ui, "", "<html/>", "images.not-an-interface @:0 "},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.file + ": " + row.expected);
         copySample();
         spoil(row.file, row.from, row.to);
@@ -161,13 +159,12 @@ TEST_F(PreflightTest, ChecksCertificatesAndPinsAgainstTheSettings) {
         return SSlPinningType::certificate(names);
     };
     const SSlPinningType both = certificates({"server", "backup"}), none = SSlPinningType::none();
-    struct Row {
+    const struct {
         std::string der;  // of server.der
         SSlPinningType pins;
         const char* encryption;
         std::string expected;
-    };
-    const std::vector<Row> rows = {
+    } rows[] = {
         {server.der.raw(), both, "server", ""},
         {server.certificatePem, both, "server", "certificates.not-der server.der:0 "},
         {issue({.firstDay = -9, .lastDay = -2}).der.raw(), none, nullptr,
@@ -190,7 +187,7 @@ TEST_F(PreflightTest, ChecksCertificatesAndPinsAgainstTheSettings) {
         {server.der.raw(), SSlPinningType::publicKey({server.publicKeyPem, "a key"}), nullptr,
          "certificates.pin-invalid :0 pin 2"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.expected);
         addResource("server.der", row.der);
         settings.sslType = row.pins;
@@ -202,13 +199,12 @@ TEST_F(PreflightTest, ChecksCertificatesAndPinsAgainstTheSettings) {
 
 TEST_F(PreflightTest, ChecksTheServerAndTheHostsBesideIt) {
     spoil("EndpointsConfig.plist", "", "{ a = \"a\"; b = \"https://other.example/b\"; }");
-    struct Row {
+    const std::string unpinned = "endpoints.unpinned-host EndpointsConfig.plist:1 b\n";
+    const struct {
         const char* server;
         bool isPinned, isBypassed;
         std::string expected;
-    };
-    const std::string unpinned = "endpoints.unpinned-host EndpointsConfig.plist:1 b\n";
-    const std::vector<Row> rows = {
+    } rows[] = {
         {"https://api.example/", false, false, ""},
         {"https://other.example/", true, false, ""},
         {"https://api.example/", true, false, unpinned},
@@ -220,7 +216,7 @@ TEST_F(PreflightTest, ChecksTheServerAndTheHostsBesideIt) {
     const Identity one = issue({.lastDay = 90}), other = issue({.lastDay = 90});
     addResource("one.der", one.der.raw());
     addResource("other.der", other.der.raw());
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.server);
         settings.serverURL = row.server;
         settings.isHttpsByPassRequired = row.isBypassed;

@@ -21,8 +21,7 @@ SecureDefaults storeOf(int round) {
     return isNew(round) ? *SecureDefaults::suite(numbered("new", round)) : SecureDefaults::shared();
 }
 
-class StoreCrashTest : public testing::StoreTest {
-  protected:
+struct StoreCrashTest : testing::StoreTest {
     // A process that counts upwards under a name, and now and then removes it, or everything, in between.
     static Writer startWriter(int round, const std::string& key, int writes, bool clears) {
         int ends[2];

@@ -12,8 +12,7 @@ using testing::numbered;
 using Content = std::map<std::string, std::string>;
 
 // A store whose every write is recorded while it is made, filled, thinned out, cleared and filled again.
-class StorePowerTest : public testing::StoreTest {
-  protected:
+struct StorePowerTest : testing::StoreTest {
     struct Step {
         std::string key, value;  // no value: a removal; no key: a clear
     };
@@ -115,8 +114,7 @@ const Fault faults[] = {{"I/O error", EIO, false, StoreStatus::unavailable},
                         {"disk full", ENOSPC, false, StoreStatus::diskFull},
                         {"short write", ENOSPC, true, StoreStatus::diskFull}};
 
-class EveryFault : public StorePowerTest, public ::testing::WithParamInterface<Fault> {
-  protected:
+struct EveryFault : StorePowerTest, ::testing::WithParamInterface<Fault> {
     // Has one call fail while a store is made and filled, and the power go some calls later. The number of
     // calls there were.
     int failAt(int call) {

@@ -9,13 +9,12 @@ namespace {
 
 // After the examples of UAX 29.
 TEST(Characters, AreGraphemeClusters) {
-    struct Row {
+    const struct {
         const char* name;
         std::string text;
         std::size_t count;
         std::size_t firstTwo;  // bytes
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"empty", "", 0, 0},
         {"ASCII", "abc", 3, 2},
         {"CR LF", "\r\na\r\n", 3, 3},
@@ -28,12 +27,9 @@ TEST(Characters, AreGraphemeClusters) {
         {"family", "👨‍👩‍👧b", 2, 19},
         {"Burmese syllables", "ကို", 1, 9},
         {"Hangul jamo", "\xE1\x84\x80\xE1\x85\xA1\xE1\x86\xA8x", 2, 10},
-        {"not UTF-8",
-         "a\xFF"
-         "b",
-         3, 2},
+        {"not UTF-8", "a\xFFz", 3, 2},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         EXPECT_EQ(characterCount(row.text), row.count) << row.name;
         EXPECT_EQ(characterPrefix(row.text, 2).length, row.firstTwo) << row.name;
         EXPECT_EQ(characterPrefix(row.text, 100).length, row.text.size()) << row.name;

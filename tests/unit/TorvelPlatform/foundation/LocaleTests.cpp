@@ -1,6 +1,5 @@
 #include "TorvelPlatform/foundation/Locale.h"
 
-#include <algorithm>
 #include <map>
 
 #include <gtest/gtest.h>

@@ -30,12 +30,11 @@ TEST(PercentEncoding, MalformedEscapesDoNotDecode) {
 }
 
 TEST(CharacterSet, HoldsTheCategoriesItIsNamedAfter) {
-    struct Row {
+    const struct {
         const char* name;
         CharacterSet set;
         std::u32string in, out;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"digits", CharacterSet::decimalDigits(), U"09\u0660\U0001D7FF", U"a\u00b2\u00bd"},
         {"letters", CharacterSet::letters(), U"aZ\u00e9\u0627\u0301\u4e00", U"1_ \u0660"},
         {"alphanumerics", CharacterSet::alphanumerics(), U"a1\u00b2\u2167\u0301", U"-_ \u20ac"},
@@ -48,7 +47,7 @@ TEST(CharacterSet, HoldsTheCategoriesItIsNamedAfter) {
          U"ab\u00e9", U"c"},
         {"inverted", CharacterSet::decimalDigits().inverted(), U"a\U0010FFFF", U"5"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         for (const char32_t c : row.in) EXPECT_TRUE(row.set.contains(c)) << row.name << ' ' << unsigned(c);
         for (const char32_t c : row.out) EXPECT_FALSE(row.set.contains(c)) << row.name << ' ' << unsigned(c);
     }

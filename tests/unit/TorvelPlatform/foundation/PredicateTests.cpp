@@ -19,12 +19,10 @@ void keepReports() {
 
 TEST(Predicate, MatchesWholeTextsAndNothingElse) {
     keepReports();
-    struct Row {
-        const char* pattern;
-        const char* text;
+    const struct {
+        const char *pattern, *text;
         bool matches;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"[0-9]+", "123", true},
         {"[0-9]+", "123a", false},
         {"[0-9]+", " 123", false},
@@ -41,12 +39,9 @@ TEST(Predicate, MatchesWholeTextsAndNothingElse) {
         {"\u00E9", "e\u0301", false},  // not normalised
         {".", "👍", true},              // a scalar beyond the basic plane
         {"100%@ 'a\"", "100%@ 'a\"", true},
-        {"a\uFFFDb",
-         "a\xFF"
-         "b",
-         true},
+        {"a\uFFFDz", "a\xFFz", true},
     };
-    for (const Row& row : rows)
+    for (const auto& row : rows)
         EXPECT_EQ(Predicate::matches(row.pattern).evaluate(row.text), row.matches)
             << row.pattern << " on " << row.text;
     EXPECT_TRUE(reports.empty());

@@ -74,8 +74,7 @@ INSTANTIATE_TEST_SUITE_P(Forms, PropertyListOfPlistlib, testing::Values("XML", "
 
 struct Row {
     const char* name;
-    std::string text;
-    std::string outcome;
+    std::string text, outcome;
 };
 
 void expectRows(std::initializer_list<Row> rows) {
@@ -118,7 +117,6 @@ TEST(XMLPropertyList, ErrorsSayWhereAndWhat) {
         {"two keys", list("<dict><key>a</key><key>b</key></dict>"), "1: expected a value, found <key>"},
         {"text in dictionary", list("<dict>\n\nx</dict>"), "3: expected <key> or </dict>, found text"},
         {"crossed tags", list("<array><dict>\r\n</array></dict>"), "2: expected </dict>, found </array>"},
-        {"crossed scalar", list("<string>a</key>"), "1: expected </string>, found </key>"},
         {"element in scalar", list("<string>a<b/></string>"), "1: expected </string>, found <b>"},
         {"never closed", "<plist>\n<string>a", "2: <string> is never closed"},
         {"open array", "<plist>\n<array>\n", "3: expected a value or </array>, found the end of the file"},
@@ -129,7 +127,6 @@ TEST(XMLPropertyList, ErrorsSayWhereAndWhat) {
         {"unknown element", list("<set/>"), "1: unknown element <set>"},
         {"integer", list("<integer>12a</integer>"), "1: expected " + integer},
         {"large integer", list("<integer>9223372036854775808</integer>"), "1: expected " + integer},
-        {"no integer", list("<integer/>"), "1: expected " + integer},
         {"comma real", list("<real>1,5</real>"), "1: expected a number in <real>"},
         {"short date", list("<date>2024-02-29</date>"), "1: expected " + date},
         {"no such day", list("<date>2023-02-29T00:00:00Z</date>"), "1: expected " + date},
@@ -140,7 +137,6 @@ TEST(XMLPropertyList, ErrorsSayWhereAndWhat) {
         {"unknown entity", list("<string>&b;</string>"), "1: unknown entity &b"},
         {"NUL reference", list("<string>&#0;</string>"), "1: unknown entity &#0"},
         {"surrogate reference", list("<string>&#xD800;</string>"), "1: unknown entity &#xD800"},
-        {"bare ampersand", list("<string>a & b</string>"), "1: unknown entity &"},
         {"open comment", list("<!-- <true/>"), "1: a comment is never closed"},
         {"attribute", list("<string a=b>x</string>"), "1: malformed attribute in <string>"},
         {"control character", list("<string>\x01</string>"), "1: a control character"},
@@ -209,7 +205,6 @@ TEST(BinaryPropertyList, ErrorsSayWhereAndWhat) {
         {"unsigned", binaryList({"\x14\0\0\0\0\0\0\0\0"s + most}),
          "offset 8: the integer does not fit into 64 bits"},
         {"cut pair", binaryList({"\x61\xD8\x00"s}), "offset 9: malformed UTF-16 in a text"},
-        {"pair in disorder", binaryList({"\x62\xDC\x00\xD8\x00"s}), "offset 9: malformed UTF-16 in a text"},
         {"Latin-1", binaryList({"\x51\xE9"}),
          "offset 0: the property list holds a text that is not valid UTF-8"},
     });
@@ -265,9 +260,7 @@ TEST(OldStylePropertyList, ValuesAndErrors) {
         {"open comment", "a = b; /* c", "line 1: a comment is never closed"},
         {"tail", "{}\n}", "line 2: expected the end of the file, found \"}\""},
         {"hex", "a = <0g>;", "line 1: expected pairs of hex digits or \">\", found \"0\""},
-        {"odd hex", "a = <0", "line 1: expected pairs of hex digits or \">\", found \"0\""},
         {"lone surrogate", "a = \"\\Ud83dx\";", "line 1: a malformed \\U escape"},
-        {"short escape", "a = \"\\U12\";", "line 1: a malformed \\U escape"},
         {"cut UTF-16", "\xFF\xFE\x61", "offset 0: the property list is neither valid UTF-8 nor UTF-16"},
     });
     const std::string whole = "{a=(\"b\\U20ac\\101\",<00ff /* c */>, /* c */ x);/*c*/d=e;}";

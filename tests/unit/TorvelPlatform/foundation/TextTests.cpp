@@ -2,8 +2,6 @@
 #include "TorvelPlatform/foundation/Characters.h"
 #include "TorvelPlatform/foundation/Text.h"
 
-#include <cmath>
-
 #include <gmock/gmock.h>
 
 namespace torvel {
@@ -44,10 +42,7 @@ TEST(Text, TrimsScalarsOfASet) {
 }
 
 TEST(Text, TakesCharactersAndScalarsApart) {
-    using ::testing::ElementsAre;
-    EXPECT_THAT(characters("ab"), ElementsAre("a", "b"));
-    EXPECT_THAT(characters("a\r\ne\u0301🇲🇲"), ElementsAre("a", "\r\n", "e\u0301", "🇲🇲"));
-    EXPECT_THAT(characters(""), ElementsAre());
+    EXPECT_THAT(characters("a\r\ne\u0301🇲🇲"), ::testing::ElementsAre("a", "\r\n", "e\u0301", "🇲🇲"));
     EXPECT_EQ(unicodeScalars("ae\u0301👍"), U"ae\u0301👍");
     EXPECT_EQ(unicodeScalars("\xFF"), U"\uFFFD");
 }

@@ -46,13 +46,12 @@ TEST(Cancel, EndsInOneErrorUnlessTheCompletionHasBegun) {
     Session session = plainSession();
     DispatchQueue& main = DispatchQueue::main();
 
-    struct Row {
+    const struct {
         const char* name;
         const std::string url;
         std::function<void(Observed&)> before;  // what has happened when it is cancelled
         bool cancels = true;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"before or while the thread picks it up", halting.url(), [](Observed&) {}},
         {"waiting for the answer", silent.url(), [&](Observed&) { arrived.get_future().wait(); }},
         {"within the answer", halting.url(), [&](Observed&) { fetch(session, requestTo(answering.url())); }},
@@ -71,7 +70,7 @@ TEST(Cancel, EndsInOneErrorUnlessTheCompletionHasBegun) {
          },
          false},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const auto seen = start(session, row.url);
         row.before(*seen);

@@ -11,15 +11,14 @@ using namespace testing;
 // A double is worth its fidelity: whatever a rule says, the request ends as it does with the server beside
 // it.
 TEST(Protocol, ARequestEndsAsItDoesOverTheNetwork) {
-    struct Row {
+    const auto answering = [](std::string bytes) { return ScriptedServer::answering(std::move(bytes)); };
+    const std::string json = "Content-Type: application/json\r\n";
+    const struct {
         const char* name;
         std::function<void(SessionDouble::Rule)> rule;
         ScriptedServer::Script script;
         const char* method = "GET";
-    };
-    const auto answering = [](std::string bytes) { return ScriptedServer::answering(std::move(bytes)); };
-    const std::string json = "Content-Type: application/json\r\n";
-    const Row rows[] = {
+    } rows[] = {
         {"success", [](auto rule) { rule.answer(200, "{}"); }, answering(response("200 OK", "{}", json))},
         {"status", [](auto rule) { rule.answer(500, "x"); }, answering(response("500 X", "x", json))},
         {"content type", [](auto rule) { rule.answer(200, "x", "text/html"); },
@@ -42,7 +41,7 @@ TEST(Protocol, ARequestEndsAsItDoesOverTheNetwork) {
         {"refused", [](auto rule) { rule.fail(Kind::connectionLost); }, [](Peer& peer) { peer.answer(""); }},
         {"GET with a body", [](auto rule) { rule.answer(200, "{}"); }, answering(okAnswer), "GET+"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         ScriptedServer server(row.script);
         SessionDouble backend;

@@ -13,19 +13,17 @@ std::string redirectTo(int status, const std::string& location) {
 }
 
 TEST(Redirect, MethodAndBodyOfTheNextHop) {
-    struct Row {
+    const struct {
         int status;
-        const char* method;
-        const char* next;
+        const char *method, *next;
         bool keepsBody;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {301, "GET", "GET", true},   {301, "POST", "GET", false},   {302, "POST", "GET", false},
         {302, "PUT", "PUT", true},   {302, "HEAD", "HEAD", true},   {301, "DELETE", "DELETE", true},
         {303, "POST", "GET", false}, {303, "DELETE", "GET", false}, {303, "HEAD", "HEAD", true},
         {307, "POST", "POST", true}, {308, "PATCH", "PATCH", true}, {307, "GET", "GET", true},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(std::to_string(row.status) + " " + row.method);
         const bool isHead = row.method == std::string_view("HEAD");  // whose answers have no bodies
         const bool hasBody = !isHead && row.method != std::string_view("GET");
@@ -50,14 +48,13 @@ TEST(Redirect, MethodAndBodyOfTheNextHop) {
 }
 
 TEST(Redirect, ToAnotherHostTakesNeitherTheCallersFieldsNorABody) {
-    struct Row {
+    const struct {
         int status;
         const char* method;
         bool followed;
-    };
-    const Row rows[] = {{302, "GET", true},   {302, "POST", true}, {303, "PUT", true},
-                        {307, "POST", false}, {308, "PUT", false}, {302, "DELETE", false}};
-    for (const Row& row : rows) {
+    } rows[] = {{302, "GET", true},   {302, "POST", true}, {303, "PUT", true},
+                {307, "POST", false}, {308, "PUT", false}, {302, "DELETE", false}};
+    for (const auto& row : rows) {
         SCOPED_TRACE(std::to_string(row.status) + " " + row.method);
         ScriptedServer other(ScriptedServer::answering(response("200 OK", "there")));
         ScriptedServer server(ScriptedServer::answering(redirectTo(row.status, other.url("/", "localhost"))));
@@ -91,12 +88,11 @@ TEST(Redirect, ToAnotherHostTakesNeitherTheCallersFieldsNorABody) {
 }
 
 TEST(Redirect, ThatLeadsNowhereIsDeliveredOrRefused) {
-    struct Row {
+    const struct {
         const char* name;
         std::string answer;
         int status;  // 0 for a failed redirect
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"no location", response("302 Found", "moved"), 302},
         {"invalid location", redirectTo(302, "/%zz"), 302},
         {"invalid host", redirectTo(302, "http://a b/"), 0},
@@ -106,7 +102,7 @@ TEST(Redirect, ThatLeadsNowhereIsDeliveredOrRefused) {
         {"another protocol", redirectTo(302, "ftp://127.0.0.1/"), 0},
         {"a loop", redirectTo(302, "/"), 0},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         ScriptedServer server(ScriptedServer::answering(row.answer));
         const Answer answer = fetch(requestTo(server.url()));

@@ -21,16 +21,15 @@ URLCache::CachedResponse answerOf(const Fields& fields, int status = 200, std::s
 }
 
 TEST(URLCache, KeepsWhatProtocolCachingAllows) {
-    struct Row {
+    const std::string date = "Sun, 06 Nov 1994 08:49:37 GMT";
+    const struct {
         const char* name;
         Fields answer;
         bool kept;
         Fields request = {};
         int status = 200;
         const char* method = "GET";
-    };
-    const std::string date = "Sun, 06 Nov 1994 08:49:37 GMT";
-    const Row rows[] = {
+    } rows[] = {
         {"max-age", {{"Cache-Control", "private, max-age=60"}}, true},
         {"quoted max-age", {{"cache-control", "MAX-AGE=\"60\""}}, true},
         {"huge max-age", {{"Cache-Control", "max-age=99999999999999999999"}}, true},
@@ -55,7 +54,7 @@ TEST(URLCache, KeepsWhatProtocolCachingAllows) {
         {"other method", {{"Cache-Control", "max-age=60"}}, false, {}, 200, "POST"},
         {"part of it", {{"Cache-Control", "max-age=60"}}, false, {{"Range", "bytes=0-1"}}},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         URLCache cache(1000);
         URLRequest request = requestTo("http://a.example/?q#one", row.method);
         request.headers = headersOf(row.request);

@@ -19,28 +19,26 @@ std::string srgb(const std::string& r, const std::string& g, const std::string& 
 std::string grey(const std::string& white) { return "'alpha':'1.0','white':'" + white + "'"; }
 
 TEST(ColorSet, ReadsEveryNotation) {
-    struct Row {
+    const struct {
         std::string name, contents;
         std::optional<UIColor::Components> expected;
-    };
-    const Row rows[] = {
-        {"fractions", srgb("'0.5'", "'1.000'", "'0.25'", "'0.75'"), {{0.5, 1, 0.25, 0.75}}},
-        {"bytes", srgb("'51'", "'255'", "'1'", "'1'"), {{0.2, 1, 1 / 255.0, 1}}},
-        {"hexadecimal", srgb("'0x33'", "'0xFF'", "'0X00'", "'1.0'"), {{0.2, 1, 0, 1}}},
-        {"numbers", srgb("51", "0.5", "0", "1"), {{0.2, 0.5, 0, 1}}},
-        {"grey", setOf("gray-gamma-22", grey("0.3")), {{0.3, 0.3, 0.3, 1}}},
-        // As published with the sample conversions of CSS Color 4.
-        {"beyond sRGB",
-         replacingOccurrences(srgb("1.0", "0.0", "0.0", "1.0"), "srgb", "display-p3"),
-         {{1.0930663624351615, -0.22674197356975417, -0.15013458093711934, 1}}},
-        {"other space", setOf("cmyk", grey("1.0")), {}},
-        {"no blue", setOf("srgb", "'red':1,'green':1,'alpha':1"), {}},
-        {"no number", srgb("'0x'", "'1e999'", "'red'", "'1.0'"), {}},
-        {"number too large", srgb("0", "0", "0", "1,'more':1e999"), {}},
-        {"other device", replacingOccurrences(srgb("0", "0", "0", "1"), "universal", "watch"), {}},
-        {"other kinds", R"({"colors":[{"idiom":"universal","color":[]}, 3]})", {}},
-        {"cut", srgb("0", "0", "0", "1").substr(0, 60), {}}};
-    for (const Row& row : rows) {
+    } rows[] = {{"fractions", srgb("'0.5'", "'1.000'", "'0.25'", "'0.75'"), {{0.5, 1, 0.25, 0.75}}},
+                {"bytes", srgb("'51'", "'255'", "'1'", "'1'"), {{0.2, 1, 1 / 255.0, 1}}},
+                {"hexadecimal", srgb("'0x33'", "'0xFF'", "'0X00'", "'1.0'"), {{0.2, 1, 0, 1}}},
+                {"numbers", srgb("51", "0.5", "0", "1"), {{0.2, 0.5, 0, 1}}},
+                {"grey", setOf("gray-gamma-22", grey("0.3")), {{0.3, 0.3, 0.3, 1}}},
+                // As published with the sample conversions of CSS Color 4.
+                {"beyond sRGB",
+                 replacingOccurrences(srgb("1.0", "0.0", "0.0", "1.0"), "srgb", "display-p3"),
+                 {{1.0930663624351615, -0.22674197356975417, -0.15013458093711934, 1}}},
+                {"other space", setOf("cmyk", grey("1.0")), {}},
+                {"no blue", setOf("srgb", "'red':1,'green':1,'alpha':1"), {}},
+                {"no number", srgb("'0x'", "'1e999'", "'red'", "'1.0'"), {}},
+                {"number too large", srgb("0", "0", "0", "1,'more':1e999"), {}},
+                {"other device", replacingOccurrences(srgb("0", "0", "0", "1"), "universal", "watch"), {}},
+                {"other kinds", R"({"colors":[{"idiom":"universal","color":[]}, 3]})", {}},
+                {"cut", srgb("0", "0", "0", "1").substr(0, 60), {}}};
+    for (const auto& row : rows) {
         const auto color = colorOfSet(row.contents, Style::light);
         ASSERT_EQ(color.has_value(), row.expected.has_value()) << row.name;
         if (!color) continue;
@@ -64,8 +62,7 @@ TEST(ColorSet, TakesTheAppearanceInForce) {
     EXPECT_EQ(colorOfSet(setOf("extended-gray", grey("0.5"), contrast), Style::dark), UIColor(0.5, 0.5, 0.5));
 }
 
-class NamedColor : public testing::HostFixture {
-  protected:
+struct NamedColor : testing::HostFixture {
     void add(const std::string& path, const std::string& white) {
         addResource(path + ".colorset/Contents.json", setOf("extended-gray", grey(white)));
     }
