@@ -118,8 +118,7 @@ class Soak {
     }
 
     void run() {
-        constexpr std::size_t inFlight = 64;
-        constexpr std::size_t warmUp = 1000;
+        constexpr std::size_t inFlight = 64, warmUp = 1000;
         for (std::size_t i = 0; i < inFlight; ++i) send();
         await(warmUp);
         const Usage before = Usage::now();
@@ -198,8 +197,7 @@ class Soak {
     std::mt19937 m_random{std::random_device{}()};
     std::discrete_distribution<std::size_t> m_draw;
     std::vector<std::uint8_t> m_calls;  // a request's callbacks so far
-    std::size_t m_started = 0;
-    std::size_t m_completed = 0;
+    std::size_t m_started = 0, m_completed = 0;
 };
 
 }  // namespace

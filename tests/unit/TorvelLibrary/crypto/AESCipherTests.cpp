@@ -187,8 +187,7 @@ TEST_P(EveryTier, TellsFailuresApart) {
 TEST_P(OnePassTier, OnePassRefusesWhatIsNotBase64) {
     const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     for (std::size_t blocks : {1, 2, 3, 44, 45, 46}) {
-        const std::string valid = base64(reference::bytes(16 * blocks, 4));
-        const std::string iv = base64(iv16);
+        const std::string valid = base64(reference::bytes(16 * blocks, 4)), iv = base64(iv16);
         const std::size_t padding = valid.size() - valid.find_last_not_of('=') - 1;
         for (std::size_t offset = 0; offset < 22; ++offset) {
             std::string broken = iv;

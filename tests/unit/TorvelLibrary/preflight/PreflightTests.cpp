@@ -191,8 +191,8 @@ TEST_F(PreflightTest, ChecksCertificatesAndPinsAgainstTheSettings) {
         SCOPED_TRACE(row.expected);
         addResource("server.der", row.der);
         settings.sslType = row.pins;
-        settings.encryptionCertName =
-            row.encryption ? std::optional<std::string>(row.encryption) : std::nullopt;
+        settings.encryptionCertName.reset();
+        if (row.encryption) settings.encryptionCertName = row.encryption;
         EXPECT_EQ(findings(), row.expected.empty() ? "" : row.expected + "\n");
     }
 }
@@ -214,8 +214,7 @@ TEST_F(PreflightTest, ChecksTheServerAndTheHostsBesideIt) {
         {"api.example/", false, false, "endpoints.server :0 serverURL\n"},
     };
     const Identity one = issue({.lastDay = 90}), other = issue({.lastDay = 90});
-    addResource("one.der", one.der.raw());
-    addResource("other.der", other.der.raw());
+    addResource("one.der", one.der.raw()), addResource("other.der", other.der.raw());
     for (const auto& row : rows) {
         SCOPED_TRACE(row.server);
         settings.serverURL = row.server;

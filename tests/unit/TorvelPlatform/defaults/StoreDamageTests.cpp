@@ -61,7 +61,8 @@ struct StoreDamageTest : testing::StoreTest {
         reopen();
     }
 
-    static void shell(const char* command) { EXPECT_EQ(std::system(command), 0); }
+    // Without a separator of words, so that the paths may hold spaces.
+    static void shell(const std::string& command) { EXPECT_EQ(std::system(("IFS=; " + command).c_str()), 0); }
 
     // What another tool does to the database; $a stands for the tag of an entry.
     void sql(std::string statements) const {

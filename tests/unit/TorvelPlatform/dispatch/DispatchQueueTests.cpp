@@ -74,8 +74,7 @@ TEST(MainQueue, RunUntilAsksAfterEachBatchAndGivesUpInTime) {
 }
 
 TEST(Queues, KeepTheOrderOfEachOfManyPosters) {
-    constexpr int posters = 8;
-    constexpr int items = 2000;
+    constexpr int posters = 8, items = 2000;
     DispatchQueue serial("tests.order");
     const struct {
         const char* name;
@@ -83,8 +82,7 @@ TEST(Queues, KeepTheOrderOfEachOfManyPosters) {
     } rows[] = {{"main", &DispatchQueue::main()}, {"serial", &serial}};
     for (const auto& row : rows) {
         std::vector<int> next(posters, 0);
-        std::atomic<int> total{0};
-        std::atomic<int> outOfOrder{0};
+        std::atomic<int> total{0}, outOfOrder{0};
         std::vector<std::thread> threads;
         for (std::size_t poster = 0; poster < posters; ++poster) {
             threads.emplace_back([&, poster] {
@@ -115,8 +113,7 @@ TEST(SerialQueue, DestructionRunsWhatWasPosted) {
 
 TEST(SerialQueue, MayBeDestroyedInsideItsOwnItem) {
     auto queue = std::make_unique<DispatchQueue>("tests.suicide");
-    std::promise<void> released;
-    std::promise<void> last;
+    std::promise<void> released, last;
     queue->async([&, go = released.get_future().share()] {
         go.wait();
         queue.reset();

@@ -331,9 +331,8 @@ TEST(Session, TakesAnOddTimeoutForTheUsualOne) {
 
 TEST(Session, SessionsShareOneCookieJar) {
     ScriptedServer server(ScriptedServer::answering(response("200 OK", "hello", "Set-Cookie: login=42\r\n")));
-    fetch(requestTo(server.url()));
-    fetch(requestTo(server.url()));
     URLRequest request = requestTo(server.url());
+    fetch(request), fetch(request);
     request.headers.set("Cookie", "own=1");
     fetch(request);
     const auto requests = server.requests();
