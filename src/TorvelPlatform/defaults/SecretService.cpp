@@ -62,7 +62,7 @@ const Library* library() {
             !find(handle, "secret_password_clear_sync", functions.clear) ||
             !find(handle, "g_list_free_full", functions.freeList) ||
             !find(handle, "g_object_unref", functions.unref) ||
-            !find(handle, "secret_password_wipe", functions.free) ||
+            !find(handle, "secret_password_free", functions.free) ||
             !find(handle, "g_error_free", functions.freeError))
             return std::nullopt;
         return functions;
