@@ -103,7 +103,6 @@ void SessionWorker::run(const std::string& label) {
     const std::lock_guard lock(m_mutex);
     m_ended = true;
     if (m_quit == Quit::atOnce) return;  // the process ends: what is in flight stays as it is
-    m_idleHandles.clear();
     m_loop.reset();
 }
 
@@ -165,7 +164,7 @@ void SessionWorker::leaveSlot(SessionTask& task) {
 }
 
 void SessionWorker::startTransfer(Task task) {
-    task->transfer = std::make_unique<Transfer>(easyHandle(), optionsFor(*task));
+    task->transfer = std::make_unique<Transfer>(optionsFor(*task));
     Transfer& transfer = *task->transfer;
     if (!m_loop->add(transfer)) {
         leaveSlot(*task);
@@ -192,7 +191,6 @@ TransferOptions SessionWorker::optionsFor(const SessionTask& task) const {
 void SessionWorker::onFinished(Transfer& transfer, CURLcode code) {
     Task task = take(transfer);
     auto outcome = transfer.conclude(code);
-    recycle(transfer.takeEasy());
     if (auto* next = std::get_if<Redirection>(&outcome)) return follow(std::move(task), std::move(*next));
     TransferResult& result = std::get<TransferResult>(outcome);
     if (!result.error && result.response) offerToCache(task->request, result);
@@ -237,7 +235,6 @@ void SessionWorker::giveUpCancelled() {
 void SessionWorker::abandon(Transfer& transfer, SessionError error) {
     Task task = take(transfer);
     TransferResult result = transfer.abandon(std::move(error));
-    recycle(transfer.takeEasy());
     finish(std::move(task), std::move(result));
 }
 
@@ -271,21 +268,6 @@ void SessionWorker::deliver() {
         queue->async(std::move(batch));
     }
     m_completions.clear();
-}
-
-EasyHandle SessionWorker::easyHandle() {
-    if (m_idleHandles.empty()) return EasyHandle(curl_easy_init());
-    EasyHandle easy = std::move(m_idleHandles.back());
-    m_idleHandles.pop_back();
-    return easy;
-}
-
-void SessionWorker::recycle(EasyHandle easy) {
-    constexpr std::size_t mostIdleHandles = 64;
-    if (m_idleHandles.size() >= mostIdleHandles) return;
-    curl_easy_setopt(easy.get(), CURLOPT_COOKIEFILE, nullptr);  // a reset alone leaks that list
-    curl_easy_reset(easy.get());
-    m_idleHandles.push_back(std::move(easy));
 }
 
 }  // namespace torvel

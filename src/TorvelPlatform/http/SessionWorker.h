@@ -56,9 +56,6 @@ class SessionWorker final : public RequestRunner {
     void fail(Task task, SessionError error);
     void deliver();
 
-    EasyHandle easyHandle();
-    void recycle(EasyHandle easy);
-
     std::mutex m_mutex;
     std::vector<Task> m_submitted;  // guarded by m_mutex, as are the next three
     bool m_sweeps = false;
@@ -67,7 +64,6 @@ class SessionWorker final : public RequestRunner {
     std::atomic<bool> m_ended{false};
 
     std::unique_ptr<TransferLoop> m_loop;  // from here on the thread's own, but for wake()
-    std::vector<EasyHandle> m_idleHandles;
     std::unordered_map<Transfer*, Task> m_live;
     std::set<std::pair<TransferLoop::Clock::time_point, Transfer*>> m_deadlines;
     const bool m_mayUseProxy;

@@ -134,8 +134,7 @@ struct Transfer::Callbacks {
     }
 };
 
-Transfer::Transfer(EasyHandle easy, const TransferOptions& options)
-    : m_options(options), m_easy(std::move(easy)) {
+Transfer::Transfer(const TransferOptions& options) : m_options(options) {
     setConnection();
     setCallbacks();
     setTrust();

@@ -41,12 +41,11 @@ struct TransferOptions {
 // One hop of a request over an easy handle: one request sent at most once, one answer. The session's thread.
 class Transfer {
   public:
-    Transfer(EasyHandle easy, const TransferOptions& options);
+    explicit Transfer(const TransferOptions& options);
     Transfer(const Transfer&) = delete;
     Transfer& operator=(const Transfer&) = delete;
 
     CURL* easy() const { return m_easy.get(); }
-    EasyHandle takeEasy() { return std::move(m_easy); }
     const ResponseHead& head() const { return m_head; }
     // Waiting for one of the host's connections is no idleness: whoever has them is watched.
     std::chrono::steady_clock::time_point lastActivity() const {
@@ -92,7 +91,9 @@ class Transfer {
     std::string host() const { return m_options.request.url->host().value_or(""); }
 
     TransferOptions m_options;
-    EasyHandle m_easy;
+    // Of this hop alone: a handle that is used again remembers where the last field of its former answer
+    // stood, which is freed by then, and follows that when an answer begins with a folded line.
+    EasyHandle m_easy{curl_easy_init()};
     HeaderList m_fields;
     std::array<char, CURL_ERROR_SIZE> m_detail{};
     std::shared_ptr<Activity> m_activity = std::make_shared<Activity>();
