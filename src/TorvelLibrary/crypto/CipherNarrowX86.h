@@ -81,16 +81,16 @@ class NarrowDecoder {
     // The vectors one after the other: every one but the first of four completes a block.
     void step(unsigned vector, __m128i text, __m128i* blocks) {
         const __m128i next = decode16(text);
-        __m128i& block = blocks[vector / 4 * 3 + (vector + 3) % 4];
+        __m128i* const block = blocks + vector / 4 * 3 + (vector + 3) % 4;
         switch (vector % 4) {
             case 1:
-                block = _mm_or_si128(m_last, _mm_slli_si128(next, 12));
+                *block = _mm_or_si128(m_last, _mm_slli_si128(next, 12));
                 break;
             case 2:
-                block = _mm_or_si128(_mm_srli_si128(m_last, 4), _mm_slli_si128(next, 8));
+                *block = _mm_or_si128(_mm_srli_si128(m_last, 4), _mm_slli_si128(next, 8));
                 break;
             case 3:
-                block = _mm_or_si128(_mm_srli_si128(m_last, 8), _mm_slli_si128(next, 4));
+                *block = _mm_or_si128(_mm_srli_si128(m_last, 8), _mm_slli_si128(next, 4));
                 break;
         }
         m_last = next;
