@@ -1,7 +1,5 @@
 #include "TorvelPlatform/http/FormStream.h"
 
-#include <algorithm>
-
 namespace torvel {
 
 FormStream::FormStream(MultipartFormData form) : m_form(std::move(form)), m_size(m_form.contentLength()) {
