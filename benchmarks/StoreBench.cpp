@@ -51,17 +51,19 @@ Side putting(std::size_t keys, Put put) {
 void measurePuts(Report& report) {
     for (const std::size_t keys : {std::size_t{100}, std::size_t{100'000}}) {
         const SecureDefaults store = storeOf(keys);
-        for (int i = 0; i < 300; ++i) store.set(nameOf(0), value);  // until the log starts over
-        RawFile raw(folder / "raw");
         const Side ours = putting(keys, [&](const auto& key, const auto& text) { store.set(key, text); });
+        isFilling = true;
+        ours(3000);  // until the log has started over and each of the 256 buckets was checked
+        isFilling = false;
+        RawFile raw(folder / "raw");
         // What the engine itself costs, which tells of no older data put back and of no missing entry.
         BareEngine bare(folder / ("bare-" + std::to_string(keys)));
         isFilling = true;
         bare.fill(keys);
-        for (int i = 0; i < 600; ++i) bare.put(0, value);
-        isFilling = false;
         const Side engine =
             repeating([&, i = std::size_t{0}]() mutable { bare.put((i += 7919) % keys, value); });
+        engine(3000);
+        isFilling = false;
         std::vector<Side> sides{putting(keys, [&](const auto&, const auto&) { raw.overwrite(); }), ours,
                                 engine};
         const auto peers = keys == 100 ? otherStores(folder) : std::vector<Peer>();
@@ -71,7 +73,7 @@ void measurePuts(Report& report) {
             isFilling = false;
             sides.push_back(putting(keys, peer.put));
         }
-        const Rounds rounds = takeTurns(sides, {Clock::wall, 15, 0.02});
+        const Rounds rounds = takeTurns(sides, {Clock::wall, 15, 0.08});
         const std::string name = keys == 100 ? "durable-put" : "durable-put-at-100000-keys";
         report.atMost(name, rounds.ratio(1, 0), keys == 100 ? 1.45 : 1.5);
         report.time(name, "write-and-fdatasync", rounds.time(0));
@@ -137,7 +139,7 @@ void fillHalfOfTheLog(const SecureDefaults& store) {
         before = syncs;
         store.set(nameOf(0), value);
     }
-    for (int i = 0; i < 50; ++i) store.set(nameOf(0), value);  // two pages each, of 200
+    for (int i = 0; i < 100; ++i) store.set(nameOf(0), value);  // two pages each, of 400
 }
 
 // The bare engine opens a copy of the store's own file and log.
