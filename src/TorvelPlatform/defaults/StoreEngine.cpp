@@ -251,8 +251,8 @@ StoreStatus StoreEngine::change(std::string_view key, std::string tag, std::opti
     if (!old.value() && !sealed) return StoreStatus::ok;
     const StoreStatus bucket = ledger.check(tag);
     if (bucket != StoreStatus::ok && bucket != StoreStatus::damaged) return bucket;
-    const auto sequence =
-        ledger.replace(tag, old.value(), sealed, mark ? std::optional(mark->sequence) : std::nullopt);
+    const auto last = mark ? std::optional(mark->sequence) : std::nullopt;
+    const auto sequence = ledger.make({tag, old.value(), kept != nullptr, sealed}, last);
     if (!sequence) return sequence.error();
     const StoreStatus status = commit(transaction, sequence.value());
     if (status != StoreStatus::ok) return status;

@@ -61,10 +61,9 @@ StoreStatus StoreLedger::check(std::string_view tag) {
     return m_isWhole[number] ? StoreStatus::ok : judge(read(number, true), expected);
 }
 
-Outcome<std::uint64_t, StoreStatus> StoreLedger::replace(std::string_view tag,
-                                                         const std::optional<std::string>& old,
-                                                         const std::optional<std::string>& sealed,
-                                                         std::optional<std::uint64_t> last) {
+Outcome<std::uint64_t, StoreStatus> StoreLedger::make(const Change& change,
+                                                      std::optional<std::uint64_t> last) {
+    const auto& [tag, old, isOldIntact, sealed] = change;
     const bool isKnown = m_committed && m_committed->sequence == last;
     auto head = isKnown ? Outcome<StoreSummary, StoreStatus>(*m_committed) : summary();
     if (!head) return head.error();
@@ -76,7 +75,7 @@ Outcome<std::uint64_t, StoreStatus> StoreLedger::replace(std::string_view tag,
     if (old) m_sealer.takeOut(bucket, tag, *old);
     if (sealed) m_sealer.add(bucket, tag, *sealed);
     // What a broken entry once added is not known: the sum starts over from what is there.
-    if (old && !m_sealer.open(tag, *old)) bucket.sum = read(number, false).found.sum;
+    if (old && !isOldIntact && !m_sealer.open(tag, *old)) bucket.sum = read(number, false).found.sum;
 
     ++head.value().sequence;
     const StoreStatus kept = put(head.value());

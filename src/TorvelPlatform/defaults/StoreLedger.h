@@ -30,11 +30,15 @@ class StoreLedger {
     // broken or gone, what can be read is the newest; rolledBack: any of them may be an older one.
     StoreStatus check(std::string_view tag);
 
-    // Within a transaction: puts an entry in the place of another; either may be absent. The last write's
-    // sequence number, where it is known, spares the reading of the summary. Gives that of this write.
-    Outcome<std::uint64_t, StoreStatus> replace(std::string_view tag, const std::optional<std::string>& old,
-                                                const std::optional<std::string>& sealed,
-                                                std::optional<std::uint64_t> last);
+    struct Change {
+        std::string_view tag;
+        const std::optional<std::string>& old;     // what lies there, or absent
+        bool isOldIntact;                          // known to be, which spares the opening of it
+        const std::optional<std::string>& sealed;  // what is to lie there, or absent
+    };
+    // Within a transaction: makes a change. The last write's sequence number, where it is known, spares the
+    // reading of the summary. Gives that of this write.
+    Outcome<std::uint64_t, StoreStatus> make(const Change& change, std::optional<std::uint64_t> last);
     // After what was put has been committed.
     void committed() { m_committed = m_written; }
 
