@@ -6,11 +6,11 @@ namespace torvel {
 
 // A function of a library that is loaded when it is first needed, and the pointer that calls it.
 struct RuntimeFunction {
-    const char* name;
-    void* pointer;
+    const char* name;  // as the library exports it
+    void* pointer;     // of the function's type, where its address goes
 };
 
-// For lists of such functions: what a header declares, a source defines, and a table of RuntimeFunction
+// For a list of such functions: what a header declares, a source defines and a table for `loadFunctions`
 // holds. They stand in this namespace under their own names, so that code here calls them as if they were
 // linked.
 #define TORVEL_DECLARE_FUNCTION(name) [[gnu::visibility("hidden")]] extern decltype(&::name) name;
