@@ -74,13 +74,17 @@ void ServerProcess::start(const std::vector<std::string>& arguments, int inherit
     m_output = output[0];
 }
 
+ServerProcess::~ServerProcess() {
+    end(SIGTERM);
+    if (m_input >= 0) ::close(m_input);
+    if (m_output >= 0) ::close(m_output);
+}
+
 void ServerProcess::end(int signal) {
     if (m_process <= 0) return;
     ::kill(m_process, signal);
     ::waitpid(m_process, nullptr, 0);
     m_process = -1;
-    ::close(m_input);
-    ::close(m_output);
 }
 
 OpenSSLServer::OpenSSLServer(std::filesystem::path directory, const Identity& leaf,

@@ -27,12 +27,12 @@ class ServerProcess {
 
   protected:
     explicit ServerProcess(std::filesystem::path directory) : m_directory(std::move(directory)) {}
-    ~ServerProcess() { end(15); }
+    ~ServerProcess();
 
     std::filesystem::path write(const std::string& name, const std::string& content) const;
     // Runs the program; its standard input and output are m_input and m_output.
     void start(const std::vector<std::string>& arguments, int inheritedSocket = -1);
-    // Sends the signal and waits for the process's end, once.
+    // Sends the signal and waits for the process's end, once. What it printed can still be read.
     void end(int signal);
 
     std::filesystem::path m_directory;
