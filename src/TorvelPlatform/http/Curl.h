@@ -25,9 +25,7 @@ namespace torvel {
     FUNCTION(curl_multi_setopt)         \
     FUNCTION(curl_multi_socket_action)  \
     FUNCTION(curl_share_init)           \
-    FUNCTION(curl_share_setopt)         \
-    FUNCTION(curl_slist_append)         \
-    FUNCTION(curl_slist_free_all)
+    FUNCTION(curl_share_setopt)
 #define TORVEL_CURL_POINTER(name) [[gnu::visibility("hidden")]] extern decltype(&::name) name;
 TORVEL_CURL_FUNCTIONS(TORVEL_CURL_POINTER)
 #undef TORVEL_CURL_POINTER
@@ -38,10 +36,8 @@ void loadCurl();
 
 struct CurlDeleter {
     void operator()(CURL* easy) const { curl_easy_cleanup(easy); }
-    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
 };
 using EasyHandle = std::unique_ptr<CURL, CurlDeleter>;
-using HeaderList = std::unique_ptr<curl_slist, CurlDeleter>;
 
 struct MultiDeleter {
     void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }

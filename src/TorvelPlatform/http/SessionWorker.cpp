@@ -251,8 +251,9 @@ SessionWorker::Task SessionWorker::take(Transfer& transfer) {
 }
 
 void SessionWorker::finish(Task task, TransferResult result) {
-    DispatchQueue* const queue = task->queue;
-    m_completions.emplace_back(queue, SessionTask::end(std::move(task), std::move(result)));
+    if (task->queue != m_queue) deliver();
+    m_queue = task->queue;
+    m_completions.push_back(SessionTask::end(std::move(task), std::move(result)));
 }
 
 void SessionWorker::fail(Task task, SessionError error) {
@@ -260,14 +261,7 @@ void SessionWorker::fail(Task task, SessionError error) {
 }
 
 void SessionWorker::deliver() {
-    for (auto first = m_completions.begin(); first != m_completions.end();) {
-        DispatchQueue* const queue = first->first;
-        std::vector<DispatchQueue::Work> batch;
-        for (; first != m_completions.end() && first->first == queue; ++first)
-            batch.push_back(std::move(first->second));
-        queue->async(std::move(batch));
-    }
-    m_completions.clear();
+    if (!m_completions.empty()) m_queue->async(std::exchange(m_completions, {}));
 }
 
 }  // namespace torvel

@@ -69,7 +69,8 @@ class SessionWorker final : public RequestRunner {
     const bool m_mayUseProxy;
     Origins m_origins;
     ConnectionSlots m_slots;
-    std::vector<std::pair<DispatchQueue*, DispatchQueue::Work>> m_completions;
+    DispatchQueue* m_queue = nullptr;  // the one that these are for
+    std::vector<DispatchQueue::Work> m_completions;
 };
 
 }  // namespace torvel

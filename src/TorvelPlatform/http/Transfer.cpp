@@ -14,25 +14,6 @@ namespace {
 using Kind = SessionError::Kind;
 using Phase = SessionError::Phase;
 
-// Owned by the connection or made from the body; a caller's own would contradict what is sent.
-bool isReserved(std::string_view name) {
-    constexpr std::array reserved{"Host", "Connection", "Content-Length", "Transfer-Encoding", "Expect"};
-    return std::any_of(reserved.begin(), reserved.end(),
-                       [name](const char* field) { return equalsIgnoringCase(name, field); });
-}
-
-void prepend(HeaderList& list, const std::string& line) {
-    if (curl_slist* const longer = curl_slist_append(nullptr, line.c_str())) {
-        longer->next = list.release();
-        list.reset(longer);
-    }
-}
-
-// The client's notation for a field with an empty value is "Name;".
-std::string fieldLine(const HTTPHeaders::Field& field) {
-    return trimmed(field.second).empty() ? field.first + ";" : field.first + ": " + field.second;
-}
-
 const DefaultTrustEvaluator& defaultEvaluator() {
     static const DefaultTrustEvaluator& evaluator = *new DefaultTrustEvaluator;
     return evaluator;
@@ -134,7 +115,7 @@ struct Transfer::Callbacks {
     }
 };
 
-Transfer::Transfer(const TransferOptions& options) : m_options(options) {
+Transfer::Transfer(const TransferOptions& options) : m_options(options), m_fields(options.request.headers) {
     setConnection();
     setCallbacks();
     setTrust();
@@ -195,17 +176,10 @@ void Transfer::setTrust() {
 }
 
 void Transfer::setFields() {
-    const HTTPHeaders& headers = m_options.request.headers;
-    // From the last to the first: the client's lists grow at their end only by walking there.
-    if (!headers.contains("Content-Type")) prepend(m_fields, "Content-Type:");  // no type is made up
-    prepend(m_fields, "Expect:");  // waiting for "100 Continue" costs a second with most servers
-    for (auto field = headers.fields().rbegin(); field != headers.fields().rend(); ++field)
-        if (!isReserved(field->first) && !equalsIgnoringCase(field->first, "Cookie"))
-            prepend(m_fields, fieldLine(*field));
     // Joined with the jar's cookies into one field.
-    if (const auto cookie = headers.value("Cookie"))
+    if (const auto cookie = m_options.request.headers.value("Cookie"))
         curl_easy_setopt(easy(), CURLOPT_COOKIE, cookie->c_str());
-    curl_easy_setopt(easy(), CURLOPT_HTTPHEADER, m_fields.get());
+    curl_easy_setopt(easy(), CURLOPT_HTTPHEADER, m_fields.first());
 }
 
 void Transfer::setMethodAndBody() {

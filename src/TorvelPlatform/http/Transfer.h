@@ -3,6 +3,7 @@
 #include "TorvelPlatform/http/ContentDecoder.h"
 #include "TorvelPlatform/http/Curl.h"
 #include "TorvelPlatform/http/EventMonitor.h"
+#include "TorvelPlatform/http/FieldList.h"
 #include "TorvelPlatform/http/FormStream.h"
 #include "TorvelPlatform/http/Redirect.h"
 #include "TorvelPlatform/http/ResponseHead.h"
@@ -94,7 +95,7 @@ class Transfer {
     // Of this hop alone: a handle that is used again remembers where the last field of its former answer
     // stood, which is freed by then, and follows that when an answer begins with a folded line.
     EasyHandle m_easy{curl_easy_init()};
-    HeaderList m_fields;
+    FieldList m_fields;
     std::array<char, CURL_ERROR_SIZE> m_detail{};
     std::shared_ptr<Activity> m_activity = std::make_shared<Activity>();
     std::shared_ptr<Verdict> m_verdict;  // of the handshake that this transfer started, if any

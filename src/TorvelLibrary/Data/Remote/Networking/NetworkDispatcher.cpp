@@ -32,7 +32,7 @@ std::string labelled(std::string_view label, const Data& bytes) {
     return message.append(label).append(text);
 }
 
-// The request's URL, which must be present by now, and the session for it.
+// The session for the request's URL, which must be present by now.
 std::shared_ptr<Session> sessionFor(const URLRequest& request) {
     if (!request.url) fatalError("A request without a URL cannot be sent");
     return TorvelLibrary::sharedInstance()->getAlamofireServiceManager(*request.url);
@@ -55,6 +55,15 @@ Data afterInterceptors(Data bytes, const ResponseInterceptors& responseIntercept
 
 void succeed(const OnSuccess& onSuccess, Data bytes) {
     if (onSuccess) onSuccess(std::move(bytes));
+}
+
+RequestHandle send(URLRequest request, const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
+                   OnError onError) {
+    const std::shared_ptr<Session> session = sessionFor(request);
+    return session->request(std::move(request))
+        .validate()
+        .responseData(DispatchQueue::main(),
+                      deliverTo(responseInterceptors, std::move(onSuccess), std::move(onError)));
 }
 
 RequestHandle reportUnexpected(const OnError& onError) {
@@ -109,8 +118,8 @@ RequestHandle NetworkDispatcher::requestWithBody(const char* method, std::string
     request->httpMethod = method;
     request->httpBody = std::move(body);
     debug("TARGET IS " + std::string(target), method);
-    return consumeRequest(*request, mimeType, requestInterceptors, responseInterceptors, std::move(onSuccess),
-                          std::move(onError));
+    setUpRequest(*request, mimeType, requestInterceptors);
+    return send(std::move(*request), responseInterceptors, std::move(onSuccess), std::move(onError));
 }
 
 RequestHandle NetworkDispatcher::getRequest(std::string_view target, std::string_view mimeType,
@@ -119,9 +128,8 @@ RequestHandle NetworkDispatcher::getRequest(std::string_view target, std::string
                                             OnSuccess onSuccess, OnError onError) const {
     std::optional<URLRequest> request = getRequest(target);
     if (!request) return reportUnexpected(onError);
-    request->httpMethod = "GET";
-    return consumeRequest(*request, mimeType, requestInterceptors, responseInterceptors, std::move(onSuccess),
-                          std::move(onError));
+    setUpRequest(*request, mimeType, requestInterceptors);
+    return send(std::move(*request), responseInterceptors, std::move(onSuccess), std::move(onError));
 }
 
 RequestHandle NetworkDispatcher::multipartRequest(std::string_view target, std::string_view requestType,
@@ -169,8 +177,7 @@ RequestHandle NetworkDispatcher::consumeRequest(URLRequest& request, std::string
                                                 const ResponseInterceptors& responseInterceptors,
                                                 OnSuccess onSuccess, OnError onError) {
     setUpRequest(request, mimeType, requestInterceptors);
-    return sessionFor(request)->request(request).validate().responseData(
-        DispatchQueue::main(), deliverTo(responseInterceptors, std::move(onSuccess), std::move(onError)));
+    return send(request, responseInterceptors, std::move(onSuccess), std::move(onError));
 }
 
 RequestHandle NetworkDispatcher::consumeMultipartRequest(URLRequest& request, Data fileData,
