@@ -103,6 +103,7 @@ void SessionWorker::run(const std::string& label) {
     const std::lock_guard lock(m_mutex);
     m_ended = true;
     if (m_quit == Quit::atOnce) return;  // the process ends: what is in flight stays as it is
+    m_usedHandles.clear();
     m_loop.reset();
 }
 
@@ -164,7 +165,7 @@ void SessionWorker::leaveSlot(SessionTask& task) {
 }
 
 void SessionWorker::startTransfer(Task task) {
-    task->transfer = std::make_unique<Transfer>(optionsFor(*task));
+    task->transfer = std::make_unique<Transfer>(handleFor(*task), optionsFor(*task));
     Transfer& transfer = *task->transfer;
     if (!m_loop->add(transfer)) {
         leaveSlot(*task);
@@ -172,6 +173,14 @@ void SessionWorker::startTransfer(Task task) {
     }
     arm(*task);
     m_live.emplace(&transfer, std::move(task));
+}
+
+ClientHandle SessionWorker::handleFor(const SessionTask& task) {
+    const bool overHTTP2 = m_origins.of(task.origin).multiplexes.value_or(false) && !task.hasContent();
+    if (m_usedHandles.empty() || !overHTTP2 || m_mayUseProxy) return {};
+    ClientHandle handle = std::move(m_usedHandles.back());
+    m_usedHandles.pop_back();
+    return handle;
 }
 
 TransferOptions SessionWorker::optionsFor(const SessionTask& task) const {
@@ -190,7 +199,14 @@ TransferOptions SessionWorker::optionsFor(const SessionTask& task) const {
 
 void SessionWorker::onFinished(Transfer& transfer, CURLcode code) {
     Task task = take(transfer);
+    if (transfer.needsUnusedHandle()) {
+        m_origins.learnHTTP1(task->origin);
+        return startHop(std::move(task));
+    }
     auto outcome = transfer.conclude(code);
+    constexpr std::size_t mostUsedHandles = 64;
+    if (transfer.head().multiplexed() && m_usedHandles.size() < mostUsedHandles)
+        m_usedHandles.push_back(transfer.takeHandle());
     if (auto* next = std::get_if<Redirection>(&outcome)) return follow(std::move(task), std::move(*next));
     TransferResult& result = std::get<TransferResult>(outcome);
     if (!result.error && result.response) offerToCache(task->request, result);

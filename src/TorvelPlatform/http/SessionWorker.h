@@ -42,6 +42,7 @@ class SessionWorker final : public RequestRunner {
     void startHop(Task task);
     void startTransfer(Task task);
     bool needsOwnConnection(const SessionTask& task) const;
+    ClientHandle handleFor(const SessionTask& task);
     TransferOptions optionsFor(const SessionTask& task) const;
     void leaveSlot(SessionTask& task);
     void onFinished(Transfer& transfer, CURLcode code);
@@ -69,6 +70,7 @@ class SessionWorker final : public RequestRunner {
     const bool m_mayUseProxy;
     Origins m_origins;
     ConnectionSlots m_slots;
+    std::vector<ClientHandle> m_usedHandles;
     DispatchQueue* m_queue = nullptr;  // the one that these are for
     std::vector<DispatchQueue::Work> m_completions;
 };

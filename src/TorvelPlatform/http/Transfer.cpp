@@ -77,7 +77,9 @@ struct Transfer::Callbacks {
             transfer.m_activity = std::make_shared<Activity>();
         if (++transfer.m_attempts == 1) transfer.m_sentToProxy = transfer.handedOver();
         transfer.m_replayRefused = transfer.m_attempts > 1 && transfer.maybeSent();
-        return transfer.m_replayRefused ? CURL_PREREQFUNC_ABORT : CURL_PREREQFUNC_OK;
+        transfer.m_handleRefused = transfer.m_handle.used && !transfer.m_sharesConnection;
+        return transfer.m_replayRefused || transfer.m_handleRefused ? CURL_PREREQFUNC_ABORT
+                                                                    : CURL_PREREQFUNC_OK;
     }
 
     // The context lives as long as the connection, which other requests use too: nothing of this transfer
@@ -115,12 +117,19 @@ struct Transfer::Callbacks {
     }
 };
 
-Transfer::Transfer(const TransferOptions& options) : m_options(options), m_fields(options.request.headers) {
+Transfer::Transfer(ClientHandle handle, const TransferOptions& options)
+    : m_options(options), m_handle(std::move(handle)), m_fields(options.request.headers) {
     setConnection();
     setCallbacks();
     setTrust();
     setFields();
     setMethodAndBody();
+}
+
+ClientHandle Transfer::takeHandle() {
+    curl_easy_setopt(easy(), CURLOPT_COOKIEFILE, nullptr);  // a reset alone leaks that list
+    curl_easy_reset(easy());
+    return {.easy = std::move(m_handle.easy), .used = true};
 }
 
 void Transfer::setConnection() {

@@ -39,14 +39,24 @@ struct TransferOptions {
     UploadProgress* progress;
 };
 
+// What a hop is driven with. A handle that was used remembers where the last field of its former answer
+// stood, which is freed by then, and follows that when an answer begins with a folded line. HTTP/2 has no
+// such lines, so a used handle serves that alone.
+struct ClientHandle {
+    EasyHandle easy{curl_easy_init()};
+    bool used = false;
+};
+
 // One hop of a request over an easy handle: one request sent at most once, one answer. The session's thread.
 class Transfer {
   public:
-    explicit Transfer(const TransferOptions& options);
+    Transfer(ClientHandle handle, const TransferOptions& options);
     Transfer(const Transfer&) = delete;
     Transfer& operator=(const Transfer&) = delete;
 
-    CURL* easy() const { return m_easy.get(); }
+    CURL* easy() const { return m_handle.easy.get(); }
+    // For another transfer, when this one is concluded.
+    ClientHandle takeHandle();
     const ResponseHead& head() const { return m_head; }
     // Waiting for one of the host's connections is no idleness: whoever has them is watched.
     std::chrono::steady_clock::time_point lastActivity() const {
@@ -55,6 +65,8 @@ class Transfer {
     // What the socket in use reports to, so that even half a header line counts; nullptr for a shared one.
     std::shared_ptr<Activity> socketActivity() const { return m_sharesConnection ? nullptr : m_activity; }
 
+    // Nothing was sent, for the server does not speak HTTP/2 any more: the hop wants an unused handle.
+    bool needsUnusedHandle() const { return m_handleRefused && !maybeSent(); }
     // Reads the outcome once the client has finished with the hop.
     std::variant<TransferResult, Redirection> conclude(CURLcode code);
     // The outcome of a hop that is given up because of `error`.
@@ -92,9 +104,7 @@ class Transfer {
     std::string host() const { return m_options.request.url->host().value_or(""); }
 
     TransferOptions m_options;
-    // Of this hop alone: a handle that is used again remembers where the last field of its former answer
-    // stood, which is freed by then, and follows that when an answer begins with a folded line.
-    EasyHandle m_easy{curl_easy_init()};
+    ClientHandle m_handle;
     FieldList m_fields;
     std::array<char, CURL_ERROR_SIZE> m_detail{};
     std::shared_ptr<Activity> m_activity = std::make_shared<Activity>();
@@ -109,6 +119,7 @@ class Transfer {
     int m_attempts = 0;
     long m_sentToProxy = 0;  // in front of the request
     bool m_replayRefused = false;
+    bool m_handleRefused = false;
     std::size_t m_bodyOffset = 0;
     std::uint64_t m_bytesSent = 0;
 
