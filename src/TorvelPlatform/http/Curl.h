@@ -13,7 +13,6 @@ namespace torvel {
     FUNCTION(curl_easy_cleanup)         \
     FUNCTION(curl_easy_getinfo)         \
     FUNCTION(curl_easy_init)            \
-    FUNCTION(curl_easy_reset)           \
     FUNCTION(curl_easy_setopt)          \
     FUNCTION(curl_easy_strerror)        \
     FUNCTION(curl_getdate)              \

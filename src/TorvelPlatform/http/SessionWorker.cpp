@@ -98,7 +98,7 @@ void SessionWorker::run(const std::string& label) {
         expire();
         deliver();
         if (!mayWait()) continue;
-        m_loop->turn(m_deadlines.empty() ? std::nullopt : std::optional(m_deadlines.begin()->first));
+        m_loop->turn(m_live.empty() ? std::nullopt : std::optional(m_live.begin()->first.first));
     }
     const std::lock_guard lock(m_mutex);
     m_ended = true;
@@ -171,13 +171,13 @@ void SessionWorker::startTransfer(Task task) {
         leaveSlot(*task);
         return fail(std::move(task), {Kind::invalidRequest, "The request cannot be sent.", std::nullopt});
     }
-    arm(*task);
-    m_live.emplace(&transfer, std::move(task));
+    const Clock::time_point deadline = transfer.renewDeadline(idleLimit(task->request));
+    m_live.emplace(std::pair(deadline, &transfer), std::move(task));
 }
 
 ClientHandle SessionWorker::handleFor(const SessionTask& task) {
-    const bool overHTTP2 = m_origins.of(task.origin).multiplexes.value_or(false) && !task.hasContent();
-    if (m_usedHandles.empty() || !overHTTP2 || m_mayUseProxy) return {};
+    const bool overHTTP2 = m_origins.of(task.origin).multiplexes.value_or(false) && !m_mayUseProxy;
+    if (m_usedHandles.empty() || !overHTTP2 || task.request.httpMethod != "GET") return {};
     ClientHandle handle = std::move(m_usedHandles.back());
     m_usedHandles.pop_back();
     return handle;
@@ -205,7 +205,8 @@ void SessionWorker::onFinished(Transfer& transfer, CURLcode code) {
     }
     auto outcome = transfer.conclude(code);
     constexpr std::size_t mostUsedHandles = 64;
-    if (transfer.head().multiplexed() && m_usedHandles.size() < mostUsedHandles)
+    if (transfer.head().multiplexed() && task->request.httpMethod == "GET" &&
+        m_usedHandles.size() < mostUsedHandles)
         m_usedHandles.push_back(transfer.takeHandle());
     if (auto* next = std::get_if<Redirection>(&outcome)) return follow(std::move(task), std::move(*next));
     TransferResult& result = std::get<TransferResult>(outcome);
@@ -218,22 +219,17 @@ void SessionWorker::follow(Task task, Redirection next) {
     startHop(std::move(task));
 }
 
-void SessionWorker::arm(SessionTask& task) {
-    const std::chrono::duration<double> limit(idleLimit(task.request));
-    task.deadline = task.transfer->lastActivity() + std::chrono::duration_cast<Clock::duration>(limit);
-    m_deadlines.emplace(task.deadline, task.transfer.get());
-}
-
 // A deadline is set once and moved only when it is reached, not with every byte.
 void SessionWorker::expire() {
-    while (!m_deadlines.empty() && m_deadlines.begin()->first <= Clock::now()) {
-        Transfer& transfer = *m_deadlines.begin()->second;
-        SessionTask& late = *m_live.at(&transfer);
-        const Clock::time_point reached = late.deadline;
-        m_deadlines.erase(m_deadlines.begin());
-        arm(late);
-        if (late.deadline > reached) continue;
-        abandon(transfer, timeoutError(late.request));
+    while (!m_live.empty() && m_live.begin()->first.first <= Clock::now()) {
+        auto late = m_live.extract(m_live.begin());
+        auto& [deadline, transfer] = late.key();
+        const Clock::time_point reached = deadline;
+        const URLRequest& request = late.mapped()->request;
+        deadline = transfer->renewDeadline(idleLimit(request));
+        const bool isOver = deadline <= reached;
+        m_live.insert(std::move(late));
+        if (isOver) abandon(*transfer, timeoutError(request));
     }
 }
 
@@ -242,10 +238,10 @@ void SessionWorker::giveUpCancelled() {
         SessionError error = cancelledError(*task);
         fail(std::move(task), std::move(error));
     }
-    std::vector<Transfer*> cancelled;
-    for (const auto& [transfer, task] : m_live)
-        if (task->isCancelled()) cancelled.push_back(transfer);
-    for (Transfer* const transfer : cancelled) abandon(*transfer, cancelledError(*m_live.at(transfer)));
+    std::vector<Task> cancelled;
+    for (const auto& [key, task] : m_live)
+        if (task->isCancelled()) cancelled.push_back(task);
+    for (const Task& task : cancelled) abandon(*task->transfer, cancelledError(*task));
 }
 
 void SessionWorker::abandon(Transfer& transfer, SessionError error) {
@@ -255,8 +251,7 @@ void SessionWorker::abandon(Transfer& transfer, SessionError error) {
 }
 
 SessionWorker::Task SessionWorker::take(Transfer& transfer) {
-    Task task = std::move(m_live.extract(&transfer).mapped());
-    m_deadlines.erase({task->deadline, &transfer});
+    Task task = std::move(m_live.extract({transfer.deadline(), &transfer}).mapped());
     m_loop->remove(transfer);
     task->maybeSent |= transfer.maybeSent();
     if (!task->hops.empty()) transfer.measure(task->hops.back());

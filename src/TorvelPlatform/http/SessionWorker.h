@@ -6,11 +6,11 @@
 #include "TorvelPlatform/http/TransferLoop.h"
 
 #include <atomic>
+#include <map>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <string>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace torvel {
@@ -47,7 +47,6 @@ class SessionWorker final : public RequestRunner {
     void leaveSlot(SessionTask& task);
     void onFinished(Transfer& transfer, CURLcode code);
     void follow(Task task, Redirection next);
-    void arm(SessionTask& task);
     void expire();
     void giveUpCancelled();
     void abandon(Transfer& transfer, SessionError error);
@@ -65,8 +64,7 @@ class SessionWorker final : public RequestRunner {
     std::atomic<bool> m_ended{false};
 
     std::unique_ptr<TransferLoop> m_loop;  // from here on the thread's own, but for wake()
-    std::unordered_map<Transfer*, Task> m_live;
-    std::set<std::pair<TransferLoop::Clock::time_point, Transfer*>> m_deadlines;
+    std::map<std::pair<TransferLoop::Clock::time_point, Transfer*>, Task> m_live;  // by deadline
     const bool m_mayUseProxy;
     Origins m_origins;
     ConnectionSlots m_slots;

@@ -119,31 +119,53 @@ struct Transfer::Callbacks {
 
 Transfer::Transfer(ClientHandle handle, const TransferOptions& options)
     : m_options(options), m_handle(std::move(handle)), m_fields(options.request.headers) {
+    if (!m_handle.used) setUpHandle();
     setConnection();
-    setCallbacks();
-    setTrust();
+    setReceiver();
     setFields();
-    setMethodAndBody();
+    if (!m_handle.used) setMethodAndBody();
 }
 
-ClientHandle Transfer::takeHandle() {
-    curl_easy_setopt(easy(), CURLOPT_COOKIEFILE, nullptr);  // a reset alone leaks that list
-    curl_easy_reset(easy());
-    return {.easy = std::move(m_handle.easy), .used = true};
+std::chrono::steady_clock::time_point Transfer::renewDeadline(double idleLimit) {
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point last = m_queued ? Clock::now() : m_activity->last;
+    m_deadline = last + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(idleLimit));
+    return m_deadline;
+}
+
+// What every hop has in common.
+void Transfer::setUpHandle() {
+    CURL* const handle = easy();
+    curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);  // a URL is sent as written
+    curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
+    curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);  // never wait for a name look-up that was given up
+    curl_easy_setopt(handle, CURLOPT_SHARE, sharedCookieJar());
+    curl_easy_setopt(handle, CURLOPT_COOKIEFILE, "");  // uses the jar, reads no file
+    // Else the client searches the environment five times for every request.
+    if (!m_options.mayUseProxy) curl_easy_setopt(handle, CURLOPT_NOPROXY, "*");
+    curl_easy_setopt(handle, CURLOPT_HTTP_CONTENT_DECODING, 0L);
+    curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+
+    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, Callbacks::header);
+    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, Callbacks::body);
+    curl_easy_setopt(handle, CURLOPT_RESOLVER_START_FUNCTION, Callbacks::beforeLookUp);
+    curl_easy_setopt(handle, CURLOPT_SOCKOPTFUNCTION, Callbacks::onSocket);
+    curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, Callbacks::beforeRequest);
+    curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, Callbacks::progress);
+
+    // Our decision is the only judge: it knows the host's evaluator, and loads no store of the client's.
+    curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, Callbacks::tlsContext);
+    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 1L);
+    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 0L);
+    curl_easy_setopt(handle, CURLOPT_CAINFO, nullptr);
+    curl_easy_setopt(handle, CURLOPT_CAPATH, nullptr);
+    curl_easy_setopt(handle, CURLOPT_SSL_SESSIONID_CACHE, 0L);  // a resumed handshake would skip the decision
 }
 
 void Transfer::setConnection() {
     CURL* const handle = easy();
     curl_easy_setopt(handle, CURLOPT_URL, m_options.request.url->absoluteString().c_str());
-    curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);  // a URL is sent as written
-    curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);  // never wait for a name look-up that was given up
-    curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, m_detail.data());
-    curl_easy_setopt(handle, CURLOPT_SHARE, sharedCookieJar());
-    curl_easy_setopt(handle, CURLOPT_COOKIEFILE, "");  // uses the jar, reads no file
-    // Else the client searches the environment five times for every request.
-    if (!m_options.mayUseProxy) curl_easy_setopt(handle, CURLOPT_NOPROXY, "*");
     // Waiting for a connection to share pays where HTTP/2 may be agreed on, in the handshake. Over plain http
     // it would wait for the first answer instead.
     const bool mayShare = isSecure() && !m_options.prefersHTTP1;
@@ -152,42 +174,21 @@ void Transfer::setConnection() {
     curl_easy_setopt(handle, CURLOPT_FRESH_CONNECT, m_options.freshConnection ? 1L : 0L);
     // The client counts whole seconds and still uses a connection in the last one.
     curl_easy_setopt(handle, CURLOPT_MAXAGE_CONN, m_options.maximumIdleAge - 1);
-    curl_easy_setopt(handle, CURLOPT_HTTP_CONTENT_DECODING, 0L);
-    curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
 }
 
-void Transfer::setCallbacks() {
-    CURL* const handle = easy();
-    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, Callbacks::header);
-    curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
-    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, Callbacks::body);
-    curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
-    curl_easy_setopt(handle, CURLOPT_RESOLVER_START_FUNCTION, Callbacks::beforeLookUp);
-    curl_easy_setopt(handle, CURLOPT_RESOLVER_START_DATA, this);
-    curl_easy_setopt(handle, CURLOPT_SOCKOPTFUNCTION, Callbacks::onSocket);
-    curl_easy_setopt(handle, CURLOPT_SOCKOPTDATA, this);
-    curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, Callbacks::beforeRequest);
-    curl_easy_setopt(handle, CURLOPT_PREREQDATA, this);
-    curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, Callbacks::progress);
-    curl_easy_setopt(handle, CURLOPT_XFERINFODATA, this);
-}
-
-// Our decision is the only judge: it knows the host's evaluator, and loads no store of the client's.
-void Transfer::setTrust() {
-    CURL* const handle = easy();
-    curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, Callbacks::tlsContext);
-    curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, this);
-    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 1L);
-    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 0L);
-    curl_easy_setopt(handle, CURLOPT_CAINFO, nullptr);
-    curl_easy_setopt(handle, CURLOPT_CAPATH, nullptr);
-    curl_easy_setopt(handle, CURLOPT_SSL_SESSIONID_CACHE, 0L);  // a resumed handshake would skip the decision
+// What the client tells of the hop goes here.
+void Transfer::setReceiver() {
+    curl_easy_setopt(easy(), CURLOPT_ERRORBUFFER, m_detail.data());
+    for (const CURLoption receiver :
+         {CURLOPT_HEADERDATA, CURLOPT_WRITEDATA, CURLOPT_RESOLVER_START_DATA, CURLOPT_SOCKOPTDATA,
+          CURLOPT_PREREQDATA, CURLOPT_XFERINFODATA, CURLOPT_SSL_CTX_DATA})
+        curl_easy_setopt(easy(), receiver, this);
 }
 
 void Transfer::setFields() {
     // Joined with the jar's cookies into one field.
-    if (const auto cookie = m_options.request.headers.value("Cookie"))
-        curl_easy_setopt(easy(), CURLOPT_COOKIE, cookie->c_str());
+    const auto cookie = m_options.request.headers.value("Cookie");
+    curl_easy_setopt(easy(), CURLOPT_COOKIE, cookie ? cookie->c_str() : nullptr);
     curl_easy_setopt(easy(), CURLOPT_HTTPHEADER, m_fields.first());
 }
 

@@ -41,7 +41,7 @@ struct TransferOptions {
 
 // What a hop is driven with. A handle that was used remembers where the last field of its former answer
 // stood, which is freed by then, and follows that when an answer begins with a folded line. HTTP/2 has no
-// such lines, so a used handle serves that alone.
+// such lines, so a used handle serves that alone; and GET requests alone, for what others set would stay.
 struct ClientHandle {
     EasyHandle easy{curl_easy_init()};
     bool used = false;
@@ -55,13 +55,14 @@ class Transfer {
     Transfer& operator=(const Transfer&) = delete;
 
     CURL* easy() const { return m_handle.easy.get(); }
-    // For another transfer, when this one is concluded.
-    ClientHandle takeHandle();
+    // For another one, when this transfer is concluded.
+    ClientHandle takeHandle() { return {.easy = std::move(m_handle.easy), .used = true}; }
     const ResponseHead& head() const { return m_head; }
-    // Waiting for one of the host's connections is no idleness: whoever has them is watched.
-    std::chrono::steady_clock::time_point lastActivity() const {
-        return m_queued ? std::chrono::steady_clock::now() : m_activity->last;
-    }
+    // When the transfer has been idle for too long, unless a byte moves until then. Waiting for one of the
+    // host's connections is no idleness: whoever has them is watched.
+    std::chrono::steady_clock::time_point deadline() const { return m_deadline; }
+    // Counts `idleLimit` seconds from the last activity on.
+    std::chrono::steady_clock::time_point renewDeadline(double idleLimit);
     // What the socket in use reports to, so that even half a header line counts; nullptr for a shared one.
     std::shared_ptr<Activity> socketActivity() const { return m_sharesConnection ? nullptr : m_activity; }
 
@@ -82,9 +83,9 @@ class Transfer {
     };
     struct Callbacks;
 
+    void setUpHandle();
     void setConnection();
-    void setCallbacks();
-    void setTrust();
+    void setReceiver();
     void setFields();
     void setMethodAndBody();
     bool onHeadComplete();
@@ -113,6 +114,7 @@ class Transfer {
     const std::chrono::system_clock::time_point m_begun = std::chrono::system_clock::now();
     std::chrono::system_clock::time_point m_leftQueue = m_begun;  // the client's own, for a connection
     bool m_queued = true;
+    std::chrono::steady_clock::time_point m_deadline;
     bool m_sharesConnection = false;  // HTTP/2: what the socket receives may belong to other transfers
     SessionError::Phase m_phase = SessionError::Phase::lookingUpName;
     std::chrono::system_clock::time_point m_securingSince;
