@@ -57,7 +57,8 @@ std::string LogUtils::line(std::string_view tag, std::string_view text, const Lo
     line.reserve(date + tag.size() + file.size() + place.size() + site.funcName.size() + text.size());
     dateFormatter().append(line, WallClock::now());
     line.append(" ").append(tag).append("[").append(file).append(place.data(), end);
-    return line.append(site.funcName).append(" -> ").append(text);
+    line.append(site.funcName).append(" -> ").append(text);
+    return line;
 }
 
 void LogUtils::write(std::string line) {

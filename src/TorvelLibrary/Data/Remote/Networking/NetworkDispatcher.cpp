@@ -15,7 +15,7 @@ namespace {
 constexpr std::string_view source = "Data/Remote/Networking/NetworkDispatcher";
 constexpr int unauthorized = 401;
 
-void debug(std::string message, std::string_view function,
+void debug(std::string_view message, std::string_view function,
            const std::source_location& where = std::source_location::current()) {
     LogUtils::d(message, {source, function, where});
 }
@@ -29,7 +29,8 @@ std::string labelled(std::string_view label, const Data& bytes) {
     const std::string_view text = loggable(bytes);
     std::string message;
     message.reserve(label.size() + text.size());
-    return message.append(label).append(text);
+    message.append(label).append(text);
+    return message;
 }
 
 // The session for the request's URL, which must be present by now.
