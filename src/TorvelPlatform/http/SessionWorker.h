@@ -36,6 +36,7 @@ class SessionWorker final : public RequestRunner {
     void requestQuit(Quit quit);
     void run(const std::string& label);
     bool takeSubmitted();
+    bool isWanted();
     bool mayWait();
 
     void begin(Task task);
