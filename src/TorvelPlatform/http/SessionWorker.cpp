@@ -99,8 +99,8 @@ void SessionWorker::run(const std::string& label) {
         expire();
         const bool hasAnswers = !m_completions.empty();
         deliver();
-        // Who gets the last answer often sends the next request at once: a thread that lets it go first, instead
-        // of falling asleep, need not be woken for that.
+        // Who gets the last answer often sends the next request at once: a thread that lets it go first,
+        // instead of falling asleep, need not be woken for that.
         if (hasAnswers && m_live.empty() && !isWanted()) std::this_thread::yield();
         if (!mayWait()) continue;
         m_loop->turn(m_live.empty() ? std::nullopt : std::optional(m_live.begin()->first.first));
