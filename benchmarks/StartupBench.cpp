@@ -106,7 +106,8 @@ void measureFirstAnswer(Report& report, const Folder& folder) {
     compare(report, "first-https-answer-over-libcurl",
             {{"torvel", starting({program("host"), url})},
              {"libcurl", starting({program("curl"), url, bundle, certificates})},
-             {"libcurl-without-the-bundle", starting({program("curl"), url, "", certificates})}},
+             {"libcurl-without-the-bundle", starting({program("curl"), url, "", certificates})},
+             {"the-same-with-our-libraries", starting({program("curl-bare"), url, "", certificates})}},
             0.40, [&] { return childrenSeconds() + nginx.seconds(); });
 }
 

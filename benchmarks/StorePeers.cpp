@@ -115,7 +115,8 @@ BareEngine::BareEngine(const fs::path& file) : m_parts(std::make_unique<Parts>()
     sqlite3_file_control(m_parts->connection, "main", SQLITE_FCNTL_PERSIST_WAL, &keepLog);
     must(sqlite3_exec(
              m_parts->connection,
-             "PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA wal_autocheckpoint=200;"
+             "PRAGMA page_size=2048; PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL; PRAGMA "
+             "wal_autocheckpoint=400;"
              "CREATE TABLE IF NOT EXISTS entry(tag BLOB PRIMARY KEY, sealed BLOB NOT NULL) WITHOUT ROWID",
              nullptr, nullptr, nullptr) == SQLITE_OK);
 }

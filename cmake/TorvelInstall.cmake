@@ -88,7 +88,7 @@ endmacro()
 set(version "${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}")
 set(same "(= ${PROJECT_VERSION})")
 torvel_package(library libtorvel${version} libs "client library for mobile-money hosts"
-    "libcurl4 (>= 7.88)")  # loaded at run time
+    "libcurl4 (>= 7.88)" libssl3)  # loaded at run time
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_RECOMMENDS ca-certificates)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SUGGESTS libsecret-1-0)  # asked for a key at run time, where a host wants it
 torvel_package(dev libtorvel-dev libdevel "client library for mobile-money hosts, to build with"

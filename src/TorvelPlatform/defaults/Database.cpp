@@ -19,8 +19,9 @@ namespace {
 constexpr off_t reservedLog = 1 << 20;
 
 constexpr const char* set_up =
+    "PRAGMA page_size=2048;"  // the least that the summary fits: few bytes to write for a put
     "PRAGMA synchronous=FULL;"
-    "PRAGMA wal_autocheckpoint=200;"  // pages: folded in before the reserved log is full
+    "PRAGMA wal_autocheckpoint=400;"  // pages: folded in before the reserved log is full
     "PRAGMA cell_size_check=ON;"
     "PRAGMA trusted_schema=OFF;"
     "PRAGMA temp_store=MEMORY;";
@@ -49,13 +50,6 @@ std::string_view blob(sqlite3_stmt* statement, int column) {
     const void* const bytes = sqlite3_column_blob(statement, column);
     const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
     return {static_cast<const char*>(bytes), bytes != nullptr ? size : 0};
-}
-
-StoreStatus makePrivateFile(const fs::path& file) {
-    const Descriptor opened(
-        ::open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (!opened || ::fchmod(opened.get(), S_IRUSR | S_IWUSR) != 0) return statusOfSystemError(errno);
-    return StoreStatus::ok;
 }
 
 // Writes a file over by what it holds, and by zeros from its end up to a size; forces that to disk.
@@ -141,17 +135,29 @@ StoreStatus Database::statusOf(int code) const {
 }
 
 Outcome<std::unique_ptr<Database>, StoreStatus> Database::open(const fs::path& file) {
-    auto database = std::make_unique<Database>();
     std::error_code failed;
     const fs::path directory = fs::canonical(file.parent_path(), failed);  // SQLite is told to follow no link
     if (failed) return statusOfSystemError(failed.value());
+    auto database = std::make_unique<Database>(directory / file.filename());
     const StoreStatus status = database->connect(directory / file.filename());
     if (status != StoreStatus::ok) return status;
     return database;
 }
 
+// Its own directory counts as part of the name: a store is moved aside together with it.
+Database::Database(const fs::path& file)
+    : m_place(file.parent_path().parent_path(), file.parent_path().filename() / file.filename()) {}
+
+StoreStatus Database::makeFile(const fs::path& file) {
+    const Descriptor opened(
+        ::open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (!opened || ::fchmod(opened.get(), S_IRUSR | S_IWUSR) != 0) return statusOfSystemError(errno);
+    m_place.remember(opened.get());
+    return StoreStatus::ok;
+}
+
 StoreStatus Database::connect(const fs::path& file) {
-    StoreStatus status = makePrivateFile(file);
+    StoreStatus status = makeFile(file);
     if (status != StoreStatus::ok) return status;
     sqlite3* opened = nullptr;
     const int flags =
@@ -233,8 +239,7 @@ StoreStatus Database::create(std::string_view sealedSummary) {
     return syncDirectory(file().parent_path()) ? StoreStatus::ok : statusOfSystemError(errno);
 }
 
-Outcome<std::optional<std::string>, StoreStatus> Database::first(
-    Query query, std::initializer_list<std::string_view> values) {
+Database::Found Database::first(Query query, std::initializer_list<std::string_view> values) {
     Run run(*this, query, values);
     const int code = run.step();
     if (code == SQLITE_ROW) return std::optional(std::string(run.column(0)));
@@ -242,10 +247,8 @@ Outcome<std::optional<std::string>, StoreStatus> Database::first(
     return statusOf(code);
 }
 
-Outcome<std::optional<std::string>, StoreStatus> Database::find(std::string_view tag) {
-    return first(select, {tag});
-}
-Outcome<std::optional<std::string>, StoreStatus> Database::summary() { return first(selectSummary); }
+Database::Found Database::find(std::string_view tag) { return first(select, {tag}); }
+Database::Found Database::summary() { return first(selectSummary); }
 StoreStatus Database::putSummary(std::string_view sealed) { return run(upsertSummary, {sealed}); }
 
 StoreStatus Database::put(std::string_view tag, std::string_view sealed) {
@@ -272,12 +275,6 @@ std::string Database::integrity() {
 }
 
 StoreStatus Database::retire() { return execute("ALTER TABLE entry RENAME TO retired"); }
-
-bool Database::hasMoved() const {
-    int moved = 0;
-    sqlite3_file_control(m_connection.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
-    return moved != 0;
-}
 
 Database::Transaction::Transaction(Database& database, Kind kind)
     : m_database(database),

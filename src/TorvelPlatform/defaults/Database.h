@@ -1,5 +1,6 @@
 #pragma once  // internal
 
+#include "TorvelPlatform/defaults/FilePlace.h"
 #include "TorvelPlatform/defaults/StoreStatus.h"
 #include "TorvelPlatform/foundation/Outcome.h"
 
@@ -23,6 +24,9 @@ namespace torvel {
 // a time; never across a fork.
 class Database {
   public:
+    // For open() alone.
+    explicit Database(const std::filesystem::path& file);
+
     // Makes the file, for the user alone, where there is none; its directory must be there.
     static Outcome<std::unique_ptr<Database>, StoreStatus> open(const std::filesystem::path& file);
 
@@ -31,11 +35,12 @@ class Database {
     // Makes the tables and puts a summary, unless another process was faster.
     StoreStatus create(std::string_view sealedSummary);
 
-    Outcome<std::optional<std::string>, StoreStatus> find(std::string_view tag);
+    using Found = Outcome<std::optional<std::string>, StoreStatus>;
+    Found find(std::string_view tag);
     StoreStatus put(std::string_view tag, std::string_view sealed);
     StoreStatus erase(std::string_view tag);
     StoreStatus eraseAll();
-    Outcome<std::optional<std::string>, StoreStatus> summary();
+    Found summary();
     StoreStatus putSummary(std::string_view sealed);
     // The entries between two tags, which may be none of any.
     StoreStatus forEach(std::string_view after, std::string_view before,
@@ -49,8 +54,8 @@ class Database {
     std::string integrity();
     // Takes the entries out of the way of every other connection, for a file about to be moved aside.
     StoreStatus retire();
-    // Whether the file is no longer the one under its name.
-    bool hasMoved() const;
+    // Whether the file is no longer the one under its name in the directory of its own.
+    bool hasMoved() const { return !m_place.isUnchanged(); }
 
     // Lasts until it is committed or given up.
     class Transaction {
@@ -94,17 +99,18 @@ class Database {
     using StatementPtr = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
     class Run;
 
+    StoreStatus makeFile(const std::filesystem::path& file);
     StoreStatus connect(const std::filesystem::path& file);
     StoreStatus checkFormat();
     StoreStatus reserveLog();
     StoreStatus execute(const char* statements);
-    Outcome<std::optional<std::string>, StoreStatus> first(
-        Query query, std::initializer_list<std::string_view> values = {});
+    Found first(Query query, std::initializer_list<std::string_view> values = {});
     StoreStatus run(Query query, std::initializer_list<std::string_view> values = {});
     Outcome<int, StoreStatus> number(const char* question);
     StoreStatus statusOf(int code) const;
     std::filesystem::path file() const;
 
+    FilePlace m_place;
     std::unique_ptr<sqlite3, CloseConnection> m_connection;
     std::array<StatementPtr, queryCount> m_statements;  // prepared at their first use; closed first
 };

@@ -3,6 +3,7 @@
 #include "TorvelPlatform/defaults/SecureDefaults.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -10,7 +11,8 @@
 
 namespace torvel {
 
-// Entries as they were read, sealed, with their tags: good for as long as nothing is written to the store.
+// Entries as they were read or written, sealed, with their tags: good for as long as nobody else writes to
+// the store.
 class EntryCache {
   public:
     struct Entry {
@@ -28,6 +30,14 @@ class EntryCache {
         if (mark != m_mark || m_entries.size() == most) m_entries.clear();
         m_mark = mark;
         m_entries.insert_or_assign(std::string(key), std::move(entry));
+    }
+
+    // From one mark to that of a write which put or erased this entry alone: the others are good still.
+    void moveOn(const SecureDefaults::ChangeMark& from, const SecureDefaults::ChangeMark& to,
+                std::string_view key, std::string tag, std::optional<std::string> sealed) {
+        if (from == m_mark) m_mark = to;
+        if (const auto found = m_entries.find(key); found != m_entries.end()) m_entries.erase(found);
+        if (sealed) keep(to, key, {std::move(tag), *std::move(sealed)});
     }
 
   private:

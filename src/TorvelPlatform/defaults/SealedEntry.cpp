@@ -153,6 +153,16 @@ void StoreSealer::toggle(BucketSum& bucket, std::string_view tag, std::string_vi
     for (std::size_t i = 0; i < bucket.sum.size(); ++i) bucket.sum[i] ^= digest[i];
 }
 
+void StoreSealer::add(BucketSum& bucket, std::string_view tag, std::string_view sealed) const {
+    toggle(bucket, tag, sealed);
+    if (++bucket.count[0] == 0) ++bucket.count[1];
+}
+
+void StoreSealer::takeOut(BucketSum& bucket, std::string_view tag, std::string_view sealed) const {
+    toggle(bucket, tag, sealed);
+    if (bucket.count[0]-- == 0) --bucket.count[1];
+}
+
 std::string StoreSealer::sealSequence(std::uint64_t sequence) const {
     const std::string bytes(imageOf(sequence));
     const Digest check = digestOf(bytes, m_keys->digests);

@@ -13,10 +13,11 @@
 
 namespace torvel {
 
-// What the entries of one bucket must add up to. The first byte of a tag is the number of its bucket.
+// What the entries of one bucket must add up to. The first byte of a tag is the number of its bucket. As
+// small as this, the sums of all buckets fit one page of the database.
 struct BucketSum {
-    std::uint32_t count = 0;            // of entries
-    std::array<std::uint8_t, 8> sum{};  // exclusive or of the entries' digests
+    std::array<std::uint8_t, 2> count{};  // of entries, modulo 65,536
+    std::array<std::uint8_t, 5> sum{};    // exclusive or of the entries' digests
 
     bool operator==(const BucketSum&) const = default;
 };
@@ -54,14 +55,16 @@ class StoreSealer {
     // Whether a sealed summary names this key as its own, readable or not.
     bool isOwnSummary(std::string_view sealed) const;
 
-    // Adds an entry to the sum of its bucket, or takes it out again; the count stays.
-    void toggle(BucketSum& bucket, std::string_view tag, std::string_view sealed) const;
+    // Adds an entry to its bucket, or takes it out again.
+    void add(BucketSum& bucket, std::string_view tag, std::string_view sealed) const;
+    void takeOut(BucketSum& bucket, std::string_view tag, std::string_view sealed) const;
 
     // The last sequence number for the file beside the key: with a keyed check, and once more as announced.
     std::string sealSequence(std::uint64_t sequence) const;
     std::optional<std::uint64_t> openSequence(std::string_view sealed) const;
 
   private:
+    void toggle(BucketSum& bucket, std::string_view tag, std::string_view sealed) const;
     std::string sealBytes(char what, std::string_view tag, std::string_view plain) const;
     Outcome<std::string, StoreStatus> openBytes(char what, std::string_view tag,
                                                 std::string_view sealed) const;

@@ -13,13 +13,9 @@
 namespace torvel {
 namespace {
 
-// Of a path, or of an open file by "". Never the times: once they were asked for, the next write gives the
-// file a finer one, and the sync of any file then also writes the block that both files' inodes lie in.
-struct statx statusOf(int directory, const char* path) {
+bool isEmpty(int file) {  // without asking for its times, see FilePlace
     struct statx status {};
-    constexpr int flags = AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW;
-    if (::statx(directory, path, flags, STATX_INO | STATX_SIZE, &status) != 0) return {};
-    return status;
+    return ::statx(file, "", AT_EMPTY_PATH, STATX_SIZE, &status) != 0 || status.stx_size == 0;
 }
 
 }  // namespace
@@ -29,22 +25,18 @@ std::string SequenceFile::content() const {
     return content ? std::move(content).value().raw() : std::string();
 }
 
-bool SequenceFile::isCurrent() const {
-    return m_file && statusOf(AT_FDCWD, m_path.c_str()).stx_ino == m_inode;
-}
-
 // The file under the name; whoever still has another that was there is told.
 bool SequenceFile::open(int flags) {
-    if (isCurrent()) return true;
+    if (m_file && m_place.isUnchanged()) return true;
     retireHeld();
     detach();
     m_file = Descriptor(::open(m_path.c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC | flags, S_IRUSR | S_IWUSR));
-    if (m_file) m_inode = statusOf(m_file.get(), "").stx_ino;
+    m_place.remember(m_file.get());
     return static_cast<bool>(m_file);
 }
 
 void SequenceFile::attach() {
-    if (!open(0) || page() != nullptr || statusOf(m_file.get(), "").stx_size == 0) return;
+    if (!open(0) || page() != nullptr || isEmpty(m_file.get())) return;
     void* const mapped = ::mmap(nullptr, sizeof(Page), PROT_READ, MAP_SHARED, m_file.get(), 0);
     if (mapped != MAP_FAILED) m_page = static_cast<const Page*>(mapped);
 }

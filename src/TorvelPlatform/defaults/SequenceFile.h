@@ -1,6 +1,7 @@
 #pragma once  // internal
 
 #include "TorvelPlatform/defaults/Descriptor.h"
+#include "TorvelPlatform/defaults/FilePlace.h"
 #include "TorvelPlatform/defaults/StoreStatus.h"
 
 #include <atomic>
@@ -24,7 +25,8 @@ class SequenceFile {
         std::uint8_t isRetired;  // beyond the file's end, hence 0, until nobody is to rely on it any longer
     };
 
-    explicit SequenceFile(std::filesystem::path path) : m_path(std::move(path)) {}
+    explicit SequenceFile(const std::filesystem::path& path)
+        : m_path(path), m_place(path.parent_path(), path.filename()) {}
 
     const std::filesystem::path& path() const { return m_path; }
     std::string content() const;  // as the file under its name has it now; empty when there is none
@@ -47,7 +49,6 @@ class SequenceFile {
     StoreStatus forget();
 
   private:
-    bool isCurrent() const;
     bool open(int flags);
     void retireHeld() const;
     void detach() { m_page = nullptr; }
@@ -55,7 +56,7 @@ class SequenceFile {
 
     const std::filesystem::path m_path;
     Descriptor m_file{-1};
-    std::uint64_t m_inode = 0;  // its number
+    FilePlace m_place;
     std::atomic<const Page*> m_page{nullptr};
 };
 

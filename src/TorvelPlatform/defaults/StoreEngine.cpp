@@ -228,29 +228,39 @@ Outcome<std::optional<PropertyValue>, StoreStatus> StoreEngine::find(std::string
 
 StoreStatus StoreEngine::write(std::string_view key, const PropertyValue& value) {
     return opened(key, [&] {
-        const std::string tag = m_open->sealer.tag(key);
-        const auto sealed = m_open->sealer.seal(tag, key, value);
-        return sealed ? change(tag, sealed) : StoreStatus::invalidValue;
+        std::string tag = m_open->sealer.tag(key);
+        auto sealed = m_open->sealer.seal(tag, key, value);
+        return sealed ? change(key, std::move(tag), std::move(sealed)) : StoreStatus::invalidValue;
     });
 }
 
 StoreStatus StoreEngine::remove(std::string_view key) {
-    return opened(key, [&] { return change(m_open->sealer.tag(key), std::nullopt); });
+    return opened(key, [&] { return change(key, m_open->sealer.tag(key), std::nullopt); });
 }
 
 // Puts or erases an entry and brings the summary along.
-StoreStatus StoreEngine::change(std::string_view tag, const std::optional<std::string>& sealed) {
+StoreStatus StoreEngine::change(std::string_view key, std::string tag, std::optional<std::string> sealed) {
     auto& [sealer, database, ledger, cache] = *m_open;
     Database::Transaction transaction(*database, Database::Transaction::writing);
     if (transaction.status() != StoreStatus::ok) return transaction.status();
     if (database->hasMoved()) return StoreStatus::rolledBack;  // and try again with the new file
-    const auto old = database->find(tag);
+    const auto mark = changeMark();
+    const EntryCache::Entry* const kept = mark ? cache.find(*mark, key) : nullptr;
+    const auto old = kept != nullptr ? Database::Found(kept->sealed) : database->find(tag);
     if (!old) return old.error();
     if (!old.value() && !sealed) return StoreStatus::ok;
     const StoreStatus bucket = ledger.check(tag);
     if (bucket != StoreStatus::ok && bucket != StoreStatus::damaged) return bucket;
-    const auto sequence = ledger.replace(tag, old.value(), sealed);
-    return sequence ? commit(transaction, sequence.value()) : sequence.error();
+    const auto last = mark ? std::optional(mark->sequence) : std::nullopt;
+    const auto sequence = ledger.make({tag, old.value(), kept != nullptr, sealed}, last);
+    if (!sequence) return sequence.error();
+    const StoreStatus status = commit(transaction, sequence.value());
+    if (status != StoreStatus::ok) return status;
+    ledger.committed();
+    const auto next = changeMark();
+    if (mark && next && next->sequence == sequence.value())  // else another process wrote since
+        cache.moveOn(*mark, *next, key, std::move(tag), std::move(sealed));
+    return status;
 }
 
 // Announced before, told after: in between no reader relies on the number.

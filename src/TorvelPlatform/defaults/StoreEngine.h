@@ -73,7 +73,7 @@ class StoreEngine {
     StoreStatus adoptKey(const RootKey& root);
 
     Outcome<std::optional<PropertyValue>, StoreStatus> find(std::string_view key);
-    StoreStatus change(std::string_view tag, const std::optional<std::string>& sealed);
+    StoreStatus change(std::string_view key, std::string tag, std::optional<std::string> sealed);
     StoreStatus clear();
     StoreStatus commit(Database::Transaction& transaction, std::uint64_t sequence);
     StoreLedger::Content walk();

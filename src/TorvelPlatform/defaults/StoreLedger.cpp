@@ -15,29 +15,21 @@ std::string startOf(std::size_t bucket) {
 
 }  // namespace
 
-// Opened only where it is another than the last one.
 Outcome<StoreSummary, StoreStatus> StoreLedger::summary() {
-    auto sealed = m_database.summary();
+    const auto sealed = m_database.summary();
     if (!sealed) return sealed.error();
-    if (!sealed.value()) return StoreStatus::damaged;
-    if (*sealed.value() == m_sealed) return m_summary;
-    const auto summary = m_sealer.openSummary(*sealed.value());
-    if (!summary) return summary.error();
-    m_sealed = *std::move(sealed).value();
-    return m_summary = summary.value();
+    return sealed.value() ? m_sealer.openSummary(*sealed.value()) : StoreStatus::damaged;
 }
 
 StoreStatus StoreLedger::put(const StoreSummary& summary) {
-    m_sealed = m_sealer.sealSummary(summary);
-    m_summary = summary;
-    return m_database.putSummary(m_sealed);
+    m_written = summary;
+    return m_database.putSummary(m_sealer.sealSummary(summary));
 }
 
 StoreLedger::Bucket StoreLedger::read(std::size_t number, bool opensEntries) {
     Bucket bucket;
     const auto visit = [&](std::string_view tag, std::string_view sealed) {
-        ++bucket.found.count;
-        m_sealer.toggle(bucket.found, tag, sealed);
+        m_sealer.add(bucket.found, tag, sealed);
         if (!opensEntries) return;
         auto entry = m_sealer.open(tag, sealed);
         if (entry)
@@ -69,21 +61,21 @@ StoreStatus StoreLedger::check(std::string_view tag) {
     return m_isWhole[number] ? StoreStatus::ok : judge(read(number, true), expected);
 }
 
-Outcome<std::uint64_t, StoreStatus> StoreLedger::replace(std::string_view tag,
-                                                         const std::optional<std::string>& old,
-                                                         const std::optional<std::string>& sealed) {
-    const std::size_t number = bucketOf(tag);
-    auto head = summary();
+Outcome<std::uint64_t, StoreStatus> StoreLedger::make(const Change& change,
+                                                      std::optional<std::uint64_t> last) {
+    const auto& [tag, old, isOldIntact, sealed] = change;
+    const bool isKnown = m_committed && m_committed->sequence == last;
+    auto head = isKnown ? Outcome<StoreSummary, StoreStatus>(*m_committed) : summary();
     if (!head) return head.error();
     const StoreStatus status = sealed ? m_database.put(tag, *sealed) : m_database.erase(tag);
     if (status != StoreStatus::ok) return status;
 
+    const std::size_t number = bucketOf(tag);
     BucketSum& bucket = head.value().buckets[number];
-    if (old) m_sealer.toggle(bucket, tag, *old);
-    if (sealed) m_sealer.toggle(bucket, tag, *sealed);
-    bucket.count = bucket.count + (sealed ? 1 : 0) - (old ? 1 : 0);
+    if (old) m_sealer.takeOut(bucket, tag, *old);
+    if (sealed) m_sealer.add(bucket, tag, *sealed);
     // What a broken entry once added is not known: the sum starts over from what is there.
-    if (old && !m_sealer.open(tag, *old)) bucket.sum = read(number, false).found.sum;
+    if (old && !isOldIntact && !m_sealer.open(tag, *old)) bucket.sum = read(number, false).found.sum;
 
     ++head.value().sequence;
     const StoreStatus kept = put(head.value());

@@ -30,10 +30,17 @@ class StoreLedger {
     // broken or gone, what can be read is the newest; rolledBack: any of them may be an older one.
     StoreStatus check(std::string_view tag);
 
-    // Within a transaction: puts an entry in the place of another; either may be absent. Gives the sequence
-    // number of the write.
-    Outcome<std::uint64_t, StoreStatus> replace(std::string_view tag, const std::optional<std::string>& old,
-                                                const std::optional<std::string>& sealed);
+    struct Change {
+        std::string_view tag;
+        const std::optional<std::string>& old;     // what lies there, or absent
+        bool isOldIntact;                          // known to be, which spares the opening of it
+        const std::optional<std::string>& sealed;  // what is to lie there, or absent
+    };
+    // Within a transaction: makes a change. The last write's sequence number, where it is known, spares the
+    // reading of the summary. Gives that of this write.
+    Outcome<std::uint64_t, StoreStatus> make(const Change& change, std::optional<std::uint64_t> last);
+    // After what was put has been committed.
+    void committed() { m_committed = m_written; }
 
     struct Content {
         StoreStatus status = StoreStatus::ok;  // the gravest of its buckets'
@@ -54,9 +61,9 @@ class StoreLedger {
 
     const StoreSealer& m_sealer;
     Database& m_database;
-    std::bitset<bucketCount> m_isWhole;  // known to be
-    std::string m_sealed;                // the summary as it was sealed or opened last
-    StoreSummary m_summary;              // what is in it
+    std::bitset<bucketCount> m_isWhole;       // known to be
+    StoreSummary m_written;                   // the summary that was put last
+    std::optional<StoreSummary> m_committed;  // the last that was also committed
 };
 
 }  // namespace torvel

@@ -22,16 +22,21 @@ std::optional<double> beyondRange(std::string_view text) {
 }  // namespace
 
 std::string utf8Text(const icu::UnicodeString& text) {
-    const std::u16string_view units(text.getBuffer(), static_cast<std::size_t>(text.length()));
-    std::string out(units.size(), '\0');
-    char16_t all = 0;
-    for (std::size_t i = 0; i < units.size(); ++i) {
-        all |= units[i];
-        out[i] = static_cast<char>(units[i]);
+    const char16_t* const units = text.getBuffer();
+    const std::int32_t length = text.length();
+    std::size_t most = 0;
+    for (std::int32_t i = 0; i < length; ++i)
+        most += std::size_t{1} + (units[i] >= 0x80) + (units[i] >= 0x800);
+    std::string out(most, '\0');
+    char* const bytes = out.data();
+    std::size_t size = 0;
+    for (std::int32_t i = 0; i < length;) {
+        UChar32 c = 0;
+        U16_NEXT_OR_FFFD(units, i, length, c);
+        U8_APPEND_UNSAFE(bytes, size, c);
     }
-    if (all < 0x80) return out;  // most texts are ASCII
-    out.clear();
-    return text.toUTF8String(out);
+    out.resize(size);  // a pair of surrogates is four bytes
+    return out;
 }
 
 std::string replacingOccurrences(std::string_view text, std::string_view part, std::string_view with) {

@@ -1,5 +1,7 @@
 #pragma once  // internal
 
+#include "TorvelPlatform/foundation/RuntimeLibrary.h"
+
 #include <memory>
 
 #include <curl/curl.h>
@@ -7,8 +9,7 @@
 namespace torvel {
 
 // The client library is loaded when the first session is made: with what it brings, it is half of what a
-// process would otherwise load before it shows its first window. Its functions stand here under their own
-// names, so that code in this namespace calls them as it would call those of a library that was linked.
+// process would otherwise load before it shows its first window.
 #define TORVEL_CURL_FUNCTIONS(FUNCTION) \
     FUNCTION(curl_easy_cleanup)         \
     FUNCTION(curl_easy_getinfo)         \
@@ -26,12 +27,9 @@ namespace torvel {
     FUNCTION(curl_multi_socket_action)  \
     FUNCTION(curl_share_init)           \
     FUNCTION(curl_share_setopt)
-#define TORVEL_CURL_POINTER(name) [[gnu::visibility("hidden")]] extern decltype(&::name) name;
-TORVEL_CURL_FUNCTIONS(TORVEL_CURL_POINTER)
-#undef TORVEL_CURL_POINTER
+TORVEL_CURL_FUNCTIONS(TORVEL_DECLARE_FUNCTION)
 
-// Comes before any of them; any thread, any number of times. Stops the process when there is no such library,
-// as the system does for one that was linked.
+// Comes before any of them; any thread, any number of times.
 void loadCurl();
 
 struct CurlDeleter {

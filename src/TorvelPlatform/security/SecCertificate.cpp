@@ -5,15 +5,9 @@
 #include <ctime>
 
 #include <arpa/inet.h>
-#include <openssl/err.h>
-#include <openssl/pem.h>
-#include <openssl/x509v3.h>
 
 namespace torvel {
-
 namespace {
-
-using GeneralNamesPtr = std::unique_ptr<GENERAL_NAMES, FreeWith<GENERAL_NAMES_free>>;
 
 std::string bytesOf(const ASN1_STRING* text) {
     return {reinterpret_cast<const char*>(ASN1_STRING_get0_data(text)),
@@ -37,6 +31,7 @@ std::string textOf(BIO* memory) {
 }
 
 std::vector<SecCertificate> SecCertificate::createWithPEM(const Data& text) {
+    loadOpenSSL();
     const BioPtr source(BIO_new_mem_buf(text.raw().data(), static_cast<int>(text.size())));
     std::vector<SecCertificate> certificates;
     while (X509Ptr next{PEM_read_bio_X509(source.get(), nullptr, nullptr, nullptr)}) {
@@ -48,6 +43,7 @@ std::vector<SecCertificate> SecCertificate::createWithPEM(const Data& text) {
 }
 
 std::optional<SecCertificate> SecCertificate::createWithData(const Data& der) {
+    loadOpenSSL();
     const unsigned char* cursor = der.bytes().data();
     const unsigned char* const end = cursor + der.size();
     X509Ptr certificate(d2i_X509(nullptr, &cursor, static_cast<long>(der.size())));

@@ -2,9 +2,6 @@
 
 #include "TorvelPlatform/security/Native.h"
 
-#include <openssl/pem.h>
-#include <openssl/rsa.h>
-
 namespace torvel {
 namespace {
 
@@ -39,6 +36,7 @@ struct SecKey::Native {
 };
 
 std::optional<SecKey> SecKey::createWithData(const Data& bytes) {
+    loadOpenSSL();
     KeyPtr key = decodePublicKey(bytes);
     if (!key) return std::nullopt;
     return wrapKey(std::move(key));

@@ -5,17 +5,11 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include <openssl/x509v3.h>
-
 namespace torvel {
 namespace {
 
 // 112 bits of security: RSA from 2048 bits on, no SHA-1 signatures (NIST SP 800-57).
 constexpr int securityLevel = 2;
-
-using X509StackPtr =
-    std::unique_ptr<STACK_OF(X509),
-                    decltype([](STACK_OF(X509) * stack) { sk_X509_pop_free(stack, X509_free); })>;
 
 X509StackPtr stackOf(const std::vector<SecCertificate>& certificates) {
     X509StackPtr stack(sk_X509_new_null());

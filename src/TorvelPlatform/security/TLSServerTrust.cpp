@@ -4,9 +4,6 @@
 
 #include <string_view>
 
-#include <openssl/err.h>
-#include <openssl/ssl.h>
-
 namespace torvel {
 namespace {
 
@@ -55,6 +52,7 @@ int judge(X509_STORE_CTX* context, void* decision) {
 }  // namespace
 
 bool installServerTrust(void* sslContext, TLSTrustDecision decision) {
+    loadOpenSSL();
     auto* const context = static_cast<SSL_CTX*>(sslContext);
     auto owned = std::make_unique<TLSTrustDecision>(std::move(decision));
     if (SSL_CTX_set_ex_data(context, decisionIndex(), owned.get()) != 1) return false;

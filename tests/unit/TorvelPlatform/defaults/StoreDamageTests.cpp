@@ -121,7 +121,7 @@ const Row rows[] = {
     {"data emptied", "truncate -s 0 $DB && rm $LOG", rolledBack},
     {"log lost", "rm $LOG", rolledBack},
     {"last byte of the log",
-     "printf X | dd of=$LOG bs=1 seek=$((32 + 11 * 4120 - 1)) conv=notrunc status=none", rolledBack},
+     "printf X | dd of=$LOG bs=1 seek=$((32 + 11 * 2072 - 1)) conv=notrunc status=none", rolledBack},
     {"older files put back", "cp $OLDER.db $DB && cp $OLDER.wal $LOG", rolledBack},
     {"no database", "yes | head -c 8192 >$DB; rm $LOG", damaged, bad, bad, bad},
     {"newer format of the database", "PRAGMA user_version=2", newerFormat},

@@ -25,6 +25,7 @@ TEST(NumberFormatter, WritesByTheLocale) {
     } rows[] = {
         {Style::decimal, "en_US", 1234567.8915, "1,234,567.892"},
         {Style::decimal, "hi_IN", 1234567, "12,34,567"},
+        {Style::decimal, "en_US", -0.0, "-0"},
         {Style::none, "en_US", 1234567, "1234567"},
         {Style::currency, "en_US", -1234.5, "-$1,234.50"},
         {Style::currency, "ja_JP", 1234.5, "\uFFE51,234"},

@@ -30,7 +30,7 @@ TEST(Text, ReplacesLiterally) {
 
 TEST(Text, UpperCaseIsOfNoLanguage) {
     setenv("LC_ALL", "tr_TR", 1);
-    EXPECT_EQ(uppercased("iß\u0131é"), "ISSIÉ");
+    EXPECT_EQ(uppercased("iß\u0131é\U0001F600"), "ISSIÉ\U0001F600");
 }
 
 TEST(Text, TrimsScalarsOfASet) {
