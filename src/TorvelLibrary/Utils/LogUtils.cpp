@@ -4,7 +4,6 @@
 #include "TorvelPlatform/foundation/Guarded.h"
 #include "TorvelPlatform/foundation/WallClock.h"
 
-#include <array>
 #include <atomic>
 #include <cstdio>
 
@@ -42,21 +41,13 @@ DateFormatter LogUtils::dateFormatter() { return DateFormatter(dateFormat()); }
 
 // Everything is assembled before the flag is asked, as it always was: what it costs is part of each call.
 std::string LogUtils::line(std::string_view tag, std::string_view text, const LogSite& site) {
-    std::array<char, 32> place;
-    char* end = place.data();
-    *end++ = ']';
-    *end++ = ':';
-    end = std::to_chars(end, place.end(), site.line).ptr;
-    *end++ = ' ';
-    end = std::to_chars(end, place.end(), site.column).ptr;
-    *end++ = ' ';
-
-    constexpr std::size_t date = 32;
+    constexpr std::size_t date = 32, numbers = 32;
     const std::string_view file = sourceFileName(site.filename);
     std::string line;
-    line.reserve(date + tag.size() + file.size() + place.size() + site.funcName.size() + text.size());
+    line.reserve(date + tag.size() + file.size() + numbers + site.funcName.size() + text.size());
     dateFormatter().append(line, WallClock::now());
-    line.append(" ").append(tag).append("[").append(file).append(place.data(), end);
+    line.append(" ").append(tag).append("[").append(file).append("]:");
+    line.append(std::to_string(site.line)).append(" ").append(std::to_string(site.column)).append(" ");
     line.append(site.funcName).append(" -> ").append(text);
     return line;
 }
