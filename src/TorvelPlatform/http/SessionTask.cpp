@@ -130,17 +130,16 @@ DataResponse SessionTask::outcomeOf(TransferResult result) const {
 }
 
 DispatchQueue::Work SessionTask::end(std::shared_ptr<SessionTask> task, TransferResult result) {
-    task->m_outcome = task->outcomeOf(std::move(result));
+    DataResponse outcome = task->outcomeOf(std::move(result));
     task->transfer.reset();
-    if (task->isWatched()) task->report(task->m_outcome);
+    if (task->isWatched()) task->report(outcome);
     task->stream.reset();
     task->request.httpBody.reset();
     task->progress.reset();
     task->core.reset();
-    return [task = std::move(task)] {
+    return [task = std::move(task), outcome = std::move(outcome)]() mutable {
         // Moved out: a handle that is just cancelling must not be the one to destroy them.
         const DataRequest::Completion completion = std::move(task->completion);
-        DataResponse outcome = std::move(task->m_outcome);
         if (task->isCancelled()) outcome = {std::nullopt, std::nullopt, cancelledError(*task)};
         if (completion) completion(std::move(outcome));
     };

@@ -67,7 +67,6 @@ struct SessionTask {
     const std::shared_ptr<RequestRunner> m_runner;
     const std::uint64_t m_generation;  // how often all were cancelled before
     std::atomic<bool> m_cancelled{false};
-    DataResponse m_outcome;  // once ended
 };
 
 SessionError cancelledError(const SessionTask& task);
