@@ -3,6 +3,7 @@
 #include "Bench.h"
 #include "TorvelLibrary/Data/Remote/Networking/TorvelNetworkClient.h"
 #include "TorvelPlatform/dispatch/DispatchQueue.h"
+#include "TorvelPlatform/http/Session.h"
 
 #include <functional>
 #include <thread>
@@ -47,11 +48,11 @@ class TorvelClient : public HoldingClient {
 class CurlClient : public HoldingClient {
   public:
     explicit CurlClient(std::string authority) : m_authority(std::move(authority)) {
-        // What the library's requests say.
-        for (const char* field :
-             {"Content-Type: application/json", "Accept-Encoding: br;q=1.0, gzip;q=0.9, deflate;q=0.8",
-              "Accept-Language: en;q=1.0", "User-Agent: bench/1.0"})
-            m_fields = curl_slist_append(m_fields, field);
+        // What the library's requests say, to the letter: libcurl writes a field character by character.
+        HTTPHeaders fields = URLSessionConfiguration::defaults().headers;
+        fields.set("Content-Type", mimeType);
+        for (const auto& [name, value] : fields.fields())
+            m_fields = curl_slist_append(m_fields, (name + ": " + value).c_str());
     }
     ~CurlClient() override {
         for (auto& request : m_requests) curl_easy_cleanup(request->easy);

@@ -163,6 +163,7 @@ http {
     listen 127.0.0.1:)" + port +
                             R"( ssl http2;
     ssl_certificate $served.pem; ssl_certificate_key $served.key;
+    keepalive_requests 20;
     ssl_session_cache shared:all:1m; ssl_session_tickets on;
     location / { return 200 ok; }
     location /slow { limit_rate 1; return 200 slow; }

@@ -70,8 +70,8 @@ class OpenSSLServer : public ServerProcess {
     std::thread m_pump;
 };
 
-// nginx with HTTP/2, keep-alive and session tickets. `/away/HOST` redirects to the same server under that
-// host name, `/once` closes its connection, `/slow` sends a byte a second.
+// nginx with HTTP/2, session tickets and keep-alive for 20 requests. `/away/HOST` redirects to the same
+// server under that host name, `/once` closes its connection, `/slow` sends a byte a second.
 class NginxServer : public ServerProcess {
   public:
     NginxServer(std::filesystem::path directory, const Identity& leaf,

@@ -311,5 +311,18 @@ TEST_F(Trust, BodiesAreOfferedToHTTP1Alone) {
               (std::vector<std::string>{"GET / HTTP/2.0 localhost .", "POST / HTTP/1.1 localhost ."}));
 }
 
+// The client takes the idle connection that is none of HTTP/2.
+TEST_F(Trust, AHandleThatWasUsedAnswersOverHTTP2Alone) {
+    NginxServer server(directory(), m_leaf, {m_intermediate});
+    const auto session = sessionWith({{"localhost", std::make_shared<DefaultTrustEvaluator>()}});
+    std::vector<std::string> expected(22, "GET / HTTP/2.0 localhost .");
+    expected[1] = "POST / HTTP/1.1 localhost .";
+    for (const std::string& line : expected)  // the server ends the other connection before the last
+        EXPECT_EQ(refusal(get(*session, server.url("localhost"),
+                              line.starts_with("POST") ? std::optional("x") : std::nullopt)),
+                  std::nullopt);
+    EXPECT_EQ(server.requests(), expected);
+}
+
 }  // namespace
 }  // namespace torvel

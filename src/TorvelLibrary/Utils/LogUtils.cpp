@@ -42,12 +42,14 @@ DateFormatter LogUtils::dateFormatter() { return DateFormatter(dateFormat()); }
 // Everything is assembled before the flag is asked, as it always was: what it costs is part of each call.
 std::string LogUtils::line(std::string_view tag, std::string_view text, const LogSite& site) {
     constexpr std::size_t date = 32, numbers = 32;
+    const std::string_view file = sourceFileName(site.filename);
     std::string line;
-    line.reserve(date + tag.size() + site.filename.size() + numbers + site.funcName.size() + text.size());
+    line.reserve(date + tag.size() + file.size() + numbers + site.funcName.size() + text.size());
     dateFormatter().append(line, WallClock::now());
-    line.append(" ").append(tag).append("[").append(sourceFileName(site.filename)).append("]:");
+    line.append(" ").append(tag).append("[").append(file).append("]:");
     line.append(std::to_string(site.line)).append(" ").append(std::to_string(site.column)).append(" ");
-    return line.append(site.funcName).append(" -> ").append(text);
+    line.append(site.funcName).append(" -> ").append(text);
+    return line;
 }
 
 void LogUtils::write(std::string line) {

@@ -172,6 +172,7 @@ void DispatchQueue::async(Work work) {
 void DispatchQueue::async(std::vector<Work> batch) {
     const std::shared_ptr<State> state = m_state;
     state->post([&](std::vector<Work>& waiting) {
+        if (waiting.empty()) return waiting.swap(batch);
         waiting.insert(waiting.end(), std::make_move_iterator(batch.begin()),
                        std::make_move_iterator(batch.end()));
     });

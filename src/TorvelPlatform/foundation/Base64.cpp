@@ -28,7 +28,10 @@ std::uint32_t decodeGroup(const char* group) {
 }
 
 char* encodeGroup(std::uint32_t bits, char* out) {
-    for (unsigned i = 0; i < 4; ++i) out[i] = alphabet[bits >> (18 - 6 * i) & 0x3F];
+    out[0] = alphabet[bits >> 18];
+    out[1] = alphabet[bits >> 12 & 0x3F];
+    out[2] = alphabet[bits >> 6 & 0x3F];
+    out[3] = alphabet[bits & 0x3F];
     return out + 4;
 }
 

@@ -3,6 +3,8 @@
 #include "TorvelPlatform/foundation/Diagnostics.h"
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <map>
@@ -154,13 +156,40 @@ class DateFormatter::Pattern {
 
     bool valid() const { return m_direct || m_formatter; }
 
+    // A log writes many lines in a millisecond, so that each thread keeps its last text.
     void append(std::string& out, Milliseconds date) const {
+        thread_local Text last;
+        if (last.pattern != m_number || last.date != date) {
+            const std::size_t begin = out.size();
+            write(out, date);
+            const std::string_view text = std::string_view(out).substr(begin);
+            if (text.size() > last.characters.size()) return;
+            last = {m_number, date, text.size(), {}};
+            text.copy(last.characters.data(), text.size());
+        } else {
+            out.append(last.characters.data(), last.size);
+        }
+    }
+
+  private:
+    struct Text {  // needs no destruction: threads log to their very end
+        std::uint64_t pattern = 0;
+        Milliseconds date;
+        std::size_t size = 0;
+        std::array<char, 40> characters;
+    };
+
+    void write(std::string& out, Milliseconds date) const {
         if (!m_direct) return appendFormatted(out, date);
         const LocalTime local(date + zoneOffset(date));
         for (const Field& field : m_fields) local.append(out, field);
     }
 
-  private:
+    static std::uint64_t nextNumber() {
+        static std::atomic<std::uint64_t> last{0};
+        return ++last;
+    }
+
     void makeFormatter(std::string_view dateFormat, const icu::Locale& locale) {
         UErrorCode status = U_ZERO_ERROR;
         const auto length = static_cast<std::int32_t>(dateFormat.size());
@@ -179,6 +208,7 @@ class DateFormatter::Pattern {
         text.toUTF8String(out);
     }
 
+    const std::uint64_t m_number = nextNumber();  // tells patterns apart, from 1
     std::vector<Field> m_fields;
     bool m_direct = false;
     std::unique_ptr<icu::SimpleDateFormat> m_formatter;

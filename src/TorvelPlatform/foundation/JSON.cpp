@@ -2,9 +2,6 @@
 
 #include "TorvelPlatform/foundation/Data.h"
 
-#include <bit>
-#include <cstring>
-
 #include <simdjson.h>
 
 namespace torvel {
@@ -66,61 +63,6 @@ simdjson::simdjson_result<element> parseInto(simdjson::dom::document& tape, std:
     return parser.parse_into_document(tape, text.empty() ? "" : text.data(), text.size());
 }
 
-// Characters that stand in a JSON text as themselves: not controls, quote, backslash, and not "/" either,
-// which the platform's writer escapes.
-constexpr bool isPlain(char c) {
-    return static_cast<unsigned char>(c) >= 0x20 && c != '"' && c != '\\' && c != '/';
-}
-
-// Bit 7 of every byte of the word that is not plain, as far as the lowest such byte: above it a borrow may
-// mark others.
-constexpr std::uint64_t escapesIn(std::uint64_t word) {
-    constexpr std::uint64_t ones = 0x0101010101010101;
-    const auto zeros = [](std::uint64_t v) { return (v - ones) & ~v; };
-    const std::uint64_t controls = (word - ones * 0x20) & ~word;
-    return (controls | zeros(word ^ ones * '"') | zeros(word ^ ones * '\\') | zeros(word ^ ones * '/')) &
-           ones * 0x80;
-}
-
-// Length of the plain characters at the start, eight at a time: encrypted bodies are megabytes.
-std::size_t plainLength(std::string_view text) {
-    std::size_t length = 0;
-    for (std::uint64_t word; length + sizeof word <= text.size(); length += sizeof word) {
-        std::memcpy(&word, text.data() + length, sizeof word);
-        if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
-        const std::uint64_t escapes = escapesIn(word);
-        if (escapes != 0) return length + static_cast<std::size_t>(std::countr_zero(escapes)) / 8;
-    }
-    while (length < text.size() && isPlain(text[length])) ++length;
-    return length;
-}
-
-void appendEscaped(std::string& out, char c) {
-    static constexpr std::string_view controls = "\b\f\n\r\t", letters = "bfnrt";
-    static constexpr char digits[] = "0123456789abcdef";
-    const std::size_t index = controls.find(c);
-    if (index != std::string_view::npos) {
-        out += {'\\', letters[index]};
-    } else if (const auto byte = static_cast<unsigned char>(c); byte < 0x20) {
-        out += "\\u00";
-        out += {digits[byte >> 4], digits[byte & 15]};
-    } else {
-        out += {'\\', c};
-    }
-}
-
-void appendQuoted(std::string& out, std::string_view text) {
-    out += '"';
-    while (true) {
-        const std::size_t plain = plainLength(text);
-        out += text.substr(0, plain);
-        if (plain == text.size()) break;
-        appendEscaped(out, text[plain]);
-        text.remove_prefix(plain + 1);
-    }
-    out += '"';
-}
-
 }  // namespace
 
 Outcome<JSON, JSONError> JSON::parse(std::string_view text) {
@@ -176,26 +118,6 @@ std::vector<JSON> JSON::elements() const {
     if (std::bit_cast<element>(m_element).get(array) != simdjson::SUCCESS) return all;
     for (const element value : array) all.push_back(JSON(m_document, std::bit_cast<Element>(value)));
     return all;
-}
-
-std::optional<std::string> prettyPrintedJSON(std::initializer_list<JSONMember> members) {
-    std::string out;
-    std::size_t size = 0;
-    for (const JSONMember& member : members) {
-        if (!isValidUTF8(member.name) || !isValidUTF8(member.value)) return std::nullopt;
-        size += member.name.size() + member.value.size();
-    }
-    out.reserve(size + size / 32 + 64);  // of base64 digits, one in 64 is an escaped "/"
-    out += "{\n";
-    std::string_view separator = "  ";
-    for (const JSONMember& member : members) {
-        out += separator;
-        appendQuoted(out, member.name);
-        out += " : ";
-        appendQuoted(out, member.value);
-        separator = ",\n  ";
-    }
-    return std::move(out) + "\n}";
 }
 
 }  // namespace torvel

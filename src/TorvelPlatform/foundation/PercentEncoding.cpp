@@ -3,6 +3,8 @@
 #include "TorvelPlatform/foundation/CharacterSet.h"
 #include "TorvelPlatform/foundation/Data.h"
 
+#include <algorithm>
+
 namespace torvel {
 namespace {
 
@@ -27,17 +29,20 @@ std::optional<std::string> removingPercentEncoding(std::string_view text) {
 
 std::string percentEncodedBytes(std::string_view bytes, const CharacterSet& allowed) {
     static constexpr char digits[] = "0123456789ABCDEF";
+    const auto stays = [&allowed](char c) {
+        const auto byte = static_cast<unsigned char>(c);
+        return byte < 0x80 && allowed.contains(byte);
+    };
     std::string result;
     result.reserve(bytes.size());
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x80 && allowed.contains(byte)) {
-            result += c;
-        } else {
-            result += {'%', digits[byte >> 4], digits[byte & 15]};
-        }
+    for (auto rest = bytes.begin();;) {
+        const auto encoded = std::find_if_not(rest, bytes.end(), stays);
+        result.append(rest, encoded);
+        if (encoded == bytes.end()) return result;
+        const auto byte = static_cast<unsigned char>(*encoded);
+        result += {'%', digits[byte >> 4], digits[byte & 15]};
+        rest = encoded + 1;
     }
-    return result;
 }
 
 std::optional<std::string> percentDecodedBytes(std::string_view text) {

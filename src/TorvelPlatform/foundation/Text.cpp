@@ -46,7 +46,8 @@ std::string replacingOccurrences(std::string_view text, std::string_view part, s
     if (!part.empty())
         for (std::size_t found; (found = text.find(part, start)) != text.npos; start = found + part.size())
             replaced.append(text, start, found - start).append(with);
-    return replaced.append(text, start);
+    replaced.append(text, start);
+    return replaced;
 }
 
 std::string uppercased(std::string_view text) {

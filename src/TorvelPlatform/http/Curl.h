@@ -26,9 +26,7 @@ namespace torvel {
     FUNCTION(curl_multi_setopt)         \
     FUNCTION(curl_multi_socket_action)  \
     FUNCTION(curl_share_init)           \
-    FUNCTION(curl_share_setopt)         \
-    FUNCTION(curl_slist_append)         \
-    FUNCTION(curl_slist_free_all)
+    FUNCTION(curl_share_setopt)
 TORVEL_CURL_FUNCTIONS(TORVEL_DECLARE_FUNCTION)
 
 // Comes before any of them; any thread, any number of times.
@@ -36,10 +34,8 @@ void loadCurl();
 
 struct CurlDeleter {
     void operator()(CURL* easy) const { curl_easy_cleanup(easy); }
-    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
 };
 using EasyHandle = std::unique_ptr<CURL, CurlDeleter>;
-using HeaderList = std::unique_ptr<curl_slist, CurlDeleter>;
 
 struct MultiDeleter {
     void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }

@@ -41,8 +41,8 @@ void HTTPHeaders::add(std::string_view name, std::string_view value) {
 }
 
 void HTTPHeaders::append(std::string_view name, std::string_view value) {
-    constexpr std::size_t usual = 8;  // fields of a request or an answer, which then need no growing
-    if (m_fields.empty()) m_fields.reserve(usual);
+    constexpr std::size_t usual = 4;  // fields of a request, which then need no growing
+    if (m_fields.capacity() == 0) m_fields.reserve(usual);
     m_fields.emplace_back(name, value);
 }
 

@@ -33,21 +33,20 @@ std::size_t itemEnd(std::string_view text, std::size_t begin, char separator) {
 
 }  // namespace
 
-bool equalsIgnoringCase(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return lower(x) == lower(y); });
+bool equalIgnoringCase(const char* a, const char* b, std::size_t size) {
+    return std::equal(a, a + size, b, [](char x, char y) { return lower(x) == lower(y); });
 }
 
-std::string lowercased(std::string_view text) {
-    std::string result(text);
-    std::transform(result.begin(), result.end(), result.begin(), lower);
-    return result;
+std::string lowercased(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), lower);
+    return text;
 }
 
 std::string_view trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(" \t");
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(" \t") - first + 1);
+    const auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
+    while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
+    while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
+    return text;
 }
 
 bool isToken(std::string_view text) {

@@ -8,8 +8,11 @@ namespace torvel {
 
 // The small grammar of header fields (RFC 9110, 5.6).
 
-bool equalsIgnoringCase(std::string_view a, std::string_view b);
-std::string lowercased(std::string_view text);
+bool equalIgnoringCase(const char* a, const char* b, std::size_t size);
+inline bool equalsIgnoringCase(std::string_view a, std::string_view b) {
+    return a.size() == b.size() && equalIgnoringCase(a.data(), b.data(), a.size());  // most differ in size
+}
+std::string lowercased(std::string text);
 // Without spaces and tabs at both ends.
 std::string_view trimmed(std::string_view text);
 // A method or field name: one or more tchar.

@@ -27,11 +27,10 @@ std::optional<long> keepAliveTimeout(const HTTPHeaders& headers) {
 }  // namespace
 
 std::string Origins::keyOf(const URL& url) {
-    const std::string scheme = url.scheme().value_or("");
-    std::string key = url.host().value_or("");
-    key.reserve(scheme.size() + key.size() + 16);
-    key.insert(0, "://").insert(0, scheme).append(":").append(std::to_string(url.port().value_or(0)));
-    return lowercased(key);
+    std::string key;
+    key.reserve(url.absoluteString().size() + 2);  // room for a port of 0
+    key.append(url.scheme().value_or("")).append("://").append(url.host().value_or("")).append(":");
+    return lowercased(std::move(key.append(std::to_string(url.port().value_or(0)))));
 }
 
 Origins::Origin Origins::of(const std::string& key) const {

@@ -26,6 +26,8 @@ class Origins {
     Origin of(const std::string& key) const;
     // `offeredHTTP2`: whether the answer could have come over it.
     void learn(const std::string& key, const ResponseHead& head, bool offeredHTTP2);
+    // The server did not agree on HTTP/2.
+    void learnHTTP1(const std::string& key) { m_origins[key].multiplexes = false; }
 
   private:
     std::unordered_map<std::string, Origin> m_origins;

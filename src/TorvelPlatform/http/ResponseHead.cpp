@@ -35,7 +35,9 @@ bool ResponseHead::addLine(std::string_view line) {
 }
 
 bool ResponseHead::addStatusLine(std::string_view line) {
+    constexpr std::size_t usual = 8;  // fields of an answer
     m_headers = {};
+    m_headers.reserve(usual);
     m_lastName.clear();
     m_multiplexed = !line.starts_with("HTTP/1");
     line.remove_prefix(std::min(line.find(' '), line.size()));

@@ -6,7 +6,6 @@
 #include "TorvelPlatform/http/Transfer.h"
 
 #include <atomic>
-#include <chrono>
 #include <cstdint>
 
 namespace torvel {
@@ -56,8 +55,7 @@ struct SessionTask {
     int redirects = 0;
     bool maybeSent = false;              // any byte of any hop
     std::unique_ptr<Transfer> transfer;  // refers to request and stream
-    std::chrono::steady_clock::time_point deadline;
-    std::vector<HopMetrics> hops;  // when somebody watches; the last is under way
+    std::vector<HopMetrics> hops;        // when somebody watches; the last is under way
 
   private:
     void encodeForm();

@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
 
 namespace torvel {
 namespace {
@@ -96,13 +97,18 @@ void SessionWorker::run(const std::string& label) {
     while (takeSubmitted()) {
         m_loop->collect([this](Transfer& transfer, CURLcode code) { onFinished(transfer, code); });
         expire();
+        const bool hasAnswers = !m_completions.empty();
         deliver();
+        // Who gets the last answer often sends the next request at once: a thread that lets it go first,
+        // instead of falling asleep, need not be woken for that.
+        if (hasAnswers && m_live.empty() && !isWanted()) std::this_thread::yield();
         if (!mayWait()) continue;
-        m_loop->turn(m_deadlines.empty() ? std::nullopt : std::optional(m_deadlines.begin()->first));
+        m_loop->turn(m_live.empty() ? std::nullopt : std::optional(m_live.begin()->first.first));
     }
     const std::lock_guard lock(m_mutex);
     m_ended = true;
     if (m_quit == Quit::atOnce) return;  // the process ends: what is in flight stays as it is
+    m_usedHandles.clear();
     m_loop.reset();
 }
 
@@ -120,6 +126,11 @@ bool SessionWorker::takeSubmitted() {
     for (Task& task : submitted) begin(std::move(task));
     if (sweeps) giveUpCancelled();
     return true;
+}
+
+bool SessionWorker::isWanted() {
+    const std::lock_guard lock(m_mutex);
+    return !m_submitted.empty() || m_sweeps || m_quit != Quit::no;
 }
 
 bool SessionWorker::mayWait() {
@@ -164,14 +175,22 @@ void SessionWorker::leaveSlot(SessionTask& task) {
 }
 
 void SessionWorker::startTransfer(Task task) {
-    task->transfer = std::make_unique<Transfer>(optionsFor(*task));
+    task->transfer = std::make_unique<Transfer>(handleFor(*task), optionsFor(*task));
     Transfer& transfer = *task->transfer;
     if (!m_loop->add(transfer)) {
         leaveSlot(*task);
         return fail(std::move(task), {Kind::invalidRequest, "The request cannot be sent.", std::nullopt});
     }
-    arm(*task);
-    m_live.emplace(&transfer, std::move(task));
+    const Clock::time_point deadline = transfer.renewDeadline(idleLimit(task->request));
+    m_live.emplace(std::pair(deadline, &transfer), std::move(task));
+}
+
+ClientHandle SessionWorker::handleFor(const SessionTask& task) {
+    const bool overHTTP2 = m_origins.of(task.origin).multiplexes.value_or(false) && !m_mayUseProxy;
+    if (m_usedHandles.empty() || !overHTTP2 || task.request.httpMethod != "GET") return {};
+    ClientHandle handle = std::move(m_usedHandles.back());
+    m_usedHandles.pop_back();
+    return handle;
 }
 
 TransferOptions SessionWorker::optionsFor(const SessionTask& task) const {
@@ -190,7 +209,15 @@ TransferOptions SessionWorker::optionsFor(const SessionTask& task) const {
 
 void SessionWorker::onFinished(Transfer& transfer, CURLcode code) {
     Task task = take(transfer);
+    if (transfer.needsUnusedHandle()) {
+        m_origins.learnHTTP1(task->origin);
+        return startHop(std::move(task));
+    }
     auto outcome = transfer.conclude(code);
+    constexpr std::size_t mostUsedHandles = 64;
+    if (transfer.head().multiplexed() && task->request.httpMethod == "GET" &&
+        m_usedHandles.size() < mostUsedHandles)
+        m_usedHandles.push_back(transfer.takeHandle());
     if (auto* next = std::get_if<Redirection>(&outcome)) return follow(std::move(task), std::move(*next));
     TransferResult& result = std::get<TransferResult>(outcome);
     if (!result.error && result.response) offerToCache(task->request, result);
@@ -202,22 +229,17 @@ void SessionWorker::follow(Task task, Redirection next) {
     startHop(std::move(task));
 }
 
-void SessionWorker::arm(SessionTask& task) {
-    const std::chrono::duration<double> limit(idleLimit(task.request));
-    task.deadline = task.transfer->lastActivity() + std::chrono::duration_cast<Clock::duration>(limit);
-    m_deadlines.emplace(task.deadline, task.transfer.get());
-}
-
 // A deadline is set once and moved only when it is reached, not with every byte.
 void SessionWorker::expire() {
-    while (!m_deadlines.empty() && m_deadlines.begin()->first <= Clock::now()) {
-        Transfer& transfer = *m_deadlines.begin()->second;
-        SessionTask& late = *m_live.at(&transfer);
-        const Clock::time_point reached = late.deadline;
-        m_deadlines.erase(m_deadlines.begin());
-        arm(late);
-        if (late.deadline > reached) continue;
-        abandon(transfer, timeoutError(late.request));
+    while (!m_live.empty() && m_live.begin()->first.first <= Clock::now()) {
+        auto late = m_live.extract(m_live.begin());
+        auto& [deadline, transfer] = late.key();
+        const Clock::time_point reached = deadline;
+        const URLRequest& request = late.mapped()->request;
+        deadline = transfer->renewDeadline(idleLimit(request));
+        const bool isOver = deadline <= reached;
+        m_live.insert(std::move(late));
+        if (isOver) abandon(*transfer, timeoutError(request));
     }
 }
 
@@ -226,10 +248,10 @@ void SessionWorker::giveUpCancelled() {
         SessionError error = cancelledError(*task);
         fail(std::move(task), std::move(error));
     }
-    std::vector<Transfer*> cancelled;
-    for (const auto& [transfer, task] : m_live)
-        if (task->isCancelled()) cancelled.push_back(transfer);
-    for (Transfer* const transfer : cancelled) abandon(*transfer, cancelledError(*m_live.at(transfer)));
+    std::vector<Task> cancelled;
+    for (const auto& [key, task] : m_live)
+        if (task->isCancelled()) cancelled.push_back(task);
+    for (const Task& task : cancelled) abandon(*task->transfer, cancelledError(*task));
 }
 
 void SessionWorker::abandon(Transfer& transfer, SessionError error) {
@@ -239,8 +261,7 @@ void SessionWorker::abandon(Transfer& transfer, SessionError error) {
 }
 
 SessionWorker::Task SessionWorker::take(Transfer& transfer) {
-    Task task = std::move(m_live.extract(&transfer).mapped());
-    m_deadlines.erase({task->deadline, &transfer});
+    Task task = std::move(m_live.extract({transfer.deadline(), &transfer}).mapped());
     m_loop->remove(transfer);
     task->maybeSent |= transfer.maybeSent();
     if (!task->hops.empty()) transfer.measure(task->hops.back());
@@ -251,8 +272,9 @@ SessionWorker::Task SessionWorker::take(Transfer& transfer) {
 }
 
 void SessionWorker::finish(Task task, TransferResult result) {
-    DispatchQueue* const queue = task->queue;
-    m_completions.emplace_back(queue, SessionTask::end(std::move(task), std::move(result)));
+    if (task->queue != m_queue) deliver();
+    m_queue = task->queue;
+    m_completions.push_back(SessionTask::end(std::move(task), std::move(result)));
 }
 
 void SessionWorker::fail(Task task, SessionError error) {
@@ -260,14 +282,7 @@ void SessionWorker::fail(Task task, SessionError error) {
 }
 
 void SessionWorker::deliver() {
-    for (auto first = m_completions.begin(); first != m_completions.end();) {
-        DispatchQueue* const queue = first->first;
-        std::vector<DispatchQueue::Work> batch;
-        for (; first != m_completions.end() && first->first == queue; ++first)
-            batch.push_back(std::move(first->second));
-        queue->async(std::move(batch));
-    }
-    m_completions.clear();
+    if (!m_completions.empty()) m_queue->async(std::exchange(m_completions, {}));
 }
 
 }  // namespace torvel

@@ -6,11 +6,11 @@
 #include "TorvelPlatform/http/TransferLoop.h"
 
 #include <atomic>
+#include <map>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <string>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace torvel {
@@ -36,17 +36,18 @@ class SessionWorker final : public RequestRunner {
     void requestQuit(Quit quit);
     void run(const std::string& label);
     bool takeSubmitted();
+    bool isWanted();
     bool mayWait();
 
     void begin(Task task);
     void startHop(Task task);
     void startTransfer(Task task);
     bool needsOwnConnection(const SessionTask& task) const;
+    ClientHandle handleFor(const SessionTask& task);
     TransferOptions optionsFor(const SessionTask& task) const;
     void leaveSlot(SessionTask& task);
     void onFinished(Transfer& transfer, CURLcode code);
     void follow(Task task, Redirection next);
-    void arm(SessionTask& task);
     void expire();
     void giveUpCancelled();
     void abandon(Transfer& transfer, SessionError error);
@@ -64,12 +65,13 @@ class SessionWorker final : public RequestRunner {
     std::atomic<bool> m_ended{false};
 
     std::unique_ptr<TransferLoop> m_loop;  // from here on the thread's own, but for wake()
-    std::unordered_map<Transfer*, Task> m_live;
-    std::set<std::pair<TransferLoop::Clock::time_point, Transfer*>> m_deadlines;
+    std::map<std::pair<TransferLoop::Clock::time_point, Transfer*>, Task> m_live;  // by deadline
     const bool m_mayUseProxy;
     Origins m_origins;
     ConnectionSlots m_slots;
-    std::vector<std::pair<DispatchQueue*, DispatchQueue::Work>> m_completions;
+    std::vector<ClientHandle> m_usedHandles;
+    DispatchQueue* m_queue = nullptr;  // the one that these are for
+    std::vector<DispatchQueue::Work> m_completions;
 };
 
 }  // namespace torvel

@@ -14,25 +14,6 @@ namespace {
 using Kind = SessionError::Kind;
 using Phase = SessionError::Phase;
 
-// Owned by the connection or made from the body; a caller's own would contradict what is sent.
-bool isReserved(std::string_view name) {
-    constexpr std::array reserved{"Host", "Connection", "Content-Length", "Transfer-Encoding", "Expect"};
-    return std::any_of(reserved.begin(), reserved.end(),
-                       [name](const char* field) { return equalsIgnoringCase(name, field); });
-}
-
-void prepend(HeaderList& list, const std::string& line) {
-    if (curl_slist* const longer = curl_slist_append(nullptr, line.c_str())) {
-        longer->next = list.release();
-        list.reset(longer);
-    }
-}
-
-// The client's notation for a field with an empty value is "Name;".
-std::string fieldLine(const HTTPHeaders::Field& field) {
-    return trimmed(field.second).empty() ? field.first + ";" : field.first + ": " + field.second;
-}
-
 const DefaultTrustEvaluator& defaultEvaluator() {
     static const DefaultTrustEvaluator& evaluator = *new DefaultTrustEvaluator;
     return evaluator;
@@ -96,7 +77,9 @@ struct Transfer::Callbacks {
             transfer.m_activity = std::make_shared<Activity>();
         if (++transfer.m_attempts == 1) transfer.m_sentToProxy = transfer.handedOver();
         transfer.m_replayRefused = transfer.m_attempts > 1 && transfer.maybeSent();
-        return transfer.m_replayRefused ? CURL_PREREQFUNC_ABORT : CURL_PREREQFUNC_OK;
+        transfer.m_handleRefused = transfer.m_handle.used && !transfer.m_sharesConnection;
+        return transfer.m_replayRefused || transfer.m_handleRefused ? CURL_PREREQFUNC_ABORT
+                                                                    : CURL_PREREQFUNC_OK;
     }
 
     // The context lives as long as the connection, which other requests use too: nothing of this transfer
@@ -134,26 +117,55 @@ struct Transfer::Callbacks {
     }
 };
 
-Transfer::Transfer(const TransferOptions& options) : m_options(options) {
+Transfer::Transfer(ClientHandle handle, const TransferOptions& options)
+    : m_options(options), m_handle(std::move(handle)), m_fields(options.request.headers) {
+    if (!m_handle.used) setUpHandle();
     setConnection();
-    setCallbacks();
-    setTrust();
+    setReceiver();
     setFields();
-    setMethodAndBody();
+    if (!m_handle.used) setMethodAndBody();
+}
+
+std::chrono::steady_clock::time_point Transfer::renewDeadline(double idleLimit) {
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point last = m_queued ? Clock::now() : m_activity->last;
+    m_deadline = last + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(idleLimit));
+    return m_deadline;
+}
+
+// What every hop has in common.
+void Transfer::setUpHandle() {
+    CURL* const handle = easy();
+    curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);  // a URL is sent as written
+    curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
+    curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);  // never wait for a name look-up that was given up
+    curl_easy_setopt(handle, CURLOPT_SHARE, sharedCookieJar());
+    curl_easy_setopt(handle, CURLOPT_COOKIEFILE, "");  // uses the jar, reads no file
+    // Else the client searches the environment five times for every request.
+    if (!m_options.mayUseProxy) curl_easy_setopt(handle, CURLOPT_NOPROXY, "*");
+    curl_easy_setopt(handle, CURLOPT_HTTP_CONTENT_DECODING, 0L);
+    curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+
+    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, Callbacks::header);
+    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, Callbacks::body);
+    curl_easy_setopt(handle, CURLOPT_RESOLVER_START_FUNCTION, Callbacks::beforeLookUp);
+    curl_easy_setopt(handle, CURLOPT_SOCKOPTFUNCTION, Callbacks::onSocket);
+    curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, Callbacks::beforeRequest);
+    curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, Callbacks::progress);
+
+    // Our decision is the only judge: it knows the host's evaluator, and loads no store of the client's.
+    curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, Callbacks::tlsContext);
+    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 1L);
+    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 0L);
+    curl_easy_setopt(handle, CURLOPT_CAINFO, nullptr);
+    curl_easy_setopt(handle, CURLOPT_CAPATH, nullptr);
+    curl_easy_setopt(handle, CURLOPT_SSL_SESSIONID_CACHE, 0L);  // a resumed handshake would skip the decision
 }
 
 void Transfer::setConnection() {
     CURL* const handle = easy();
     curl_easy_setopt(handle, CURLOPT_URL, m_options.request.url->absoluteString().c_str());
-    curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);  // a URL is sent as written
-    curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);  // never wait for a name look-up that was given up
-    curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, m_detail.data());
-    curl_easy_setopt(handle, CURLOPT_SHARE, sharedCookieJar());
-    curl_easy_setopt(handle, CURLOPT_COOKIEFILE, "");  // uses the jar, reads no file
-    // Else the client searches the environment five times for every request.
-    if (!m_options.mayUseProxy) curl_easy_setopt(handle, CURLOPT_NOPROXY, "*");
     // Waiting for a connection to share pays where HTTP/2 may be agreed on, in the handshake. Over plain http
     // it would wait for the first answer instead.
     const bool mayShare = isSecure() && !m_options.prefersHTTP1;
@@ -162,50 +174,22 @@ void Transfer::setConnection() {
     curl_easy_setopt(handle, CURLOPT_FRESH_CONNECT, m_options.freshConnection ? 1L : 0L);
     // The client counts whole seconds and still uses a connection in the last one.
     curl_easy_setopt(handle, CURLOPT_MAXAGE_CONN, m_options.maximumIdleAge - 1);
-    curl_easy_setopt(handle, CURLOPT_HTTP_CONTENT_DECODING, 0L);
-    curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
 }
 
-void Transfer::setCallbacks() {
-    CURL* const handle = easy();
-    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, Callbacks::header);
-    curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
-    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, Callbacks::body);
-    curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
-    curl_easy_setopt(handle, CURLOPT_RESOLVER_START_FUNCTION, Callbacks::beforeLookUp);
-    curl_easy_setopt(handle, CURLOPT_RESOLVER_START_DATA, this);
-    curl_easy_setopt(handle, CURLOPT_SOCKOPTFUNCTION, Callbacks::onSocket);
-    curl_easy_setopt(handle, CURLOPT_SOCKOPTDATA, this);
-    curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, Callbacks::beforeRequest);
-    curl_easy_setopt(handle, CURLOPT_PREREQDATA, this);
-    curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, Callbacks::progress);
-    curl_easy_setopt(handle, CURLOPT_XFERINFODATA, this);
-}
-
-// Our decision is the only judge: it knows the host's evaluator, and loads no store of the client's.
-void Transfer::setTrust() {
-    CURL* const handle = easy();
-    curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, Callbacks::tlsContext);
-    curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, this);
-    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 1L);
-    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 0L);
-    curl_easy_setopt(handle, CURLOPT_CAINFO, nullptr);
-    curl_easy_setopt(handle, CURLOPT_CAPATH, nullptr);
-    curl_easy_setopt(handle, CURLOPT_SSL_SESSIONID_CACHE, 0L);  // a resumed handshake would skip the decision
+// What the client tells of the hop goes here.
+void Transfer::setReceiver() {
+    curl_easy_setopt(easy(), CURLOPT_ERRORBUFFER, m_detail.data());
+    for (const CURLoption receiver :
+         {CURLOPT_HEADERDATA, CURLOPT_WRITEDATA, CURLOPT_RESOLVER_START_DATA, CURLOPT_SOCKOPTDATA,
+          CURLOPT_PREREQDATA, CURLOPT_XFERINFODATA, CURLOPT_SSL_CTX_DATA})
+        curl_easy_setopt(easy(), receiver, this);
 }
 
 void Transfer::setFields() {
-    const HTTPHeaders& headers = m_options.request.headers;
-    // From the last to the first: the client's lists grow at their end only by walking there.
-    if (!headers.contains("Content-Type")) prepend(m_fields, "Content-Type:");  // no type is made up
-    prepend(m_fields, "Expect:");  // waiting for "100 Continue" costs a second with most servers
-    for (auto field = headers.fields().rbegin(); field != headers.fields().rend(); ++field)
-        if (!isReserved(field->first) && !equalsIgnoringCase(field->first, "Cookie"))
-            prepend(m_fields, fieldLine(*field));
     // Joined with the jar's cookies into one field.
-    if (const auto cookie = headers.value("Cookie"))
-        curl_easy_setopt(easy(), CURLOPT_COOKIE, cookie->c_str());
-    curl_easy_setopt(easy(), CURLOPT_HTTPHEADER, m_fields.get());
+    const auto cookie = m_options.request.headers.value("Cookie");
+    curl_easy_setopt(easy(), CURLOPT_COOKIE, cookie ? cookie->c_str() : nullptr);
+    curl_easy_setopt(easy(), CURLOPT_HTTPHEADER, m_fields.first());
 }
 
 void Transfer::setMethodAndBody() {

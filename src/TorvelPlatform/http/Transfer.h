@@ -3,6 +3,7 @@
 #include "TorvelPlatform/http/ContentDecoder.h"
 #include "TorvelPlatform/http/Curl.h"
 #include "TorvelPlatform/http/EventMonitor.h"
+#include "TorvelPlatform/http/FieldList.h"
 #include "TorvelPlatform/http/FormStream.h"
 #include "TorvelPlatform/http/Redirect.h"
 #include "TorvelPlatform/http/ResponseHead.h"
@@ -38,22 +39,35 @@ struct TransferOptions {
     UploadProgress* progress;
 };
 
+// What a hop is driven with. A handle that was used remembers where the last field of its former answer
+// stood, which is freed by then, and follows that when an answer begins with a folded line. HTTP/2 has no
+// such lines, so a used handle serves that alone; and GET requests alone, for what others set would stay.
+struct ClientHandle {
+    EasyHandle easy{curl_easy_init()};
+    bool used = false;
+};
+
 // One hop of a request over an easy handle: one request sent at most once, one answer. The session's thread.
 class Transfer {
   public:
-    explicit Transfer(const TransferOptions& options);
+    Transfer(ClientHandle handle, const TransferOptions& options);
     Transfer(const Transfer&) = delete;
     Transfer& operator=(const Transfer&) = delete;
 
-    CURL* easy() const { return m_easy.get(); }
+    CURL* easy() const { return m_handle.easy.get(); }
+    // For another one, when this transfer is concluded.
+    ClientHandle takeHandle() { return {.easy = std::move(m_handle.easy), .used = true}; }
     const ResponseHead& head() const { return m_head; }
-    // Waiting for one of the host's connections is no idleness: whoever has them is watched.
-    std::chrono::steady_clock::time_point lastActivity() const {
-        return m_queued ? std::chrono::steady_clock::now() : m_activity->last;
-    }
+    // When the transfer has been idle for too long, unless a byte moves until then. Waiting for one of the
+    // host's connections is no idleness: whoever has them is watched.
+    std::chrono::steady_clock::time_point deadline() const { return m_deadline; }
+    // Counts `idleLimit` seconds from the last activity on.
+    std::chrono::steady_clock::time_point renewDeadline(double idleLimit);
     // What the socket in use reports to, so that even half a header line counts; nullptr for a shared one.
     std::shared_ptr<Activity> socketActivity() const { return m_sharesConnection ? nullptr : m_activity; }
 
+    // Nothing was sent, for the server does not speak HTTP/2 any more: the hop wants an unused handle.
+    bool needsUnusedHandle() const { return m_handleRefused && !maybeSent(); }
     // Reads the outcome once the client has finished with the hop.
     std::variant<TransferResult, Redirection> conclude(CURLcode code);
     // The outcome of a hop that is given up because of `error`.
@@ -69,9 +83,9 @@ class Transfer {
     };
     struct Callbacks;
 
+    void setUpHandle();
     void setConnection();
-    void setCallbacks();
-    void setTrust();
+    void setReceiver();
     void setFields();
     void setMethodAndBody();
     bool onHeadComplete();
@@ -91,10 +105,8 @@ class Transfer {
     std::string host() const { return m_options.request.url->host().value_or(""); }
 
     TransferOptions m_options;
-    // Of this hop alone: a handle that is used again remembers where the last field of its former answer
-    // stood, which is freed by then, and follows that when an answer begins with a folded line.
-    EasyHandle m_easy{curl_easy_init()};
-    HeaderList m_fields;
+    ClientHandle m_handle;
+    FieldList m_fields;
     std::array<char, CURL_ERROR_SIZE> m_detail{};
     std::shared_ptr<Activity> m_activity = std::make_shared<Activity>();
     std::shared_ptr<Verdict> m_verdict;  // of the handshake that this transfer started, if any
@@ -102,12 +114,14 @@ class Transfer {
     const std::chrono::system_clock::time_point m_begun = std::chrono::system_clock::now();
     std::chrono::system_clock::time_point m_leftQueue = m_begun;  // the client's own, for a connection
     bool m_queued = true;
+    std::chrono::steady_clock::time_point m_deadline;
     bool m_sharesConnection = false;  // HTTP/2: what the socket receives may belong to other transfers
     SessionError::Phase m_phase = SessionError::Phase::lookingUpName;
     std::chrono::system_clock::time_point m_securingSince;
     int m_attempts = 0;
     long m_sentToProxy = 0;  // in front of the request
     bool m_replayRefused = false;
+    bool m_handleRefused = false;
     std::size_t m_bodyOffset = 0;
     std::uint64_t m_bytesSent = 0;
 

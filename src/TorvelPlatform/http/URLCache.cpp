@@ -102,9 +102,9 @@ bool mayBeKept(const URLRequest& request, const HTTPURLResponse& response, const
 // How long the response may be kept; absent when not at all.
 std::optional<seconds> keptLifetime(const URLRequest& request, const HTTPURLResponse& response) {
     const CacheControl control(response.headers);
-    if (!mayBeKept(request, response, control)) return std::nullopt;
     const std::optional<seconds> lifetime = remainingLifetime(response.headers, control);
-    return lifetime && *lifetime > seconds(0) ? lifetime : std::nullopt;
+    if (!lifetime || *lifetime <= seconds(0) || !mayBeKept(request, response, control)) return std::nullopt;
+    return lifetime;
 }
 
 // The URL without its fragment, which never reaches the server.
@@ -185,10 +185,10 @@ URLCache& URLCache::shared() {
 }
 
 std::optional<URLCache::CachedResponse> URLCache::cachedResponse(const URLRequest& forRequest) {
-    if (!mayBeServed(forRequest)) return std::nullopt;
+    const std::lock_guard lock(m_state->mutex);
+    if (m_state->entries.empty() || !mayBeServed(forRequest)) return std::nullopt;
     const std::string key = keyOf(*forRequest.url);
     const Clock::time_point now = Clock::now();
-    const std::lock_guard lock(m_state->mutex);
     m_state->eraseIf([now](const State::Entry& entry) { return entry.freshUntil <= now; });
     for (const State::Entry& entry : m_state->entries)
         if (entry.key == key && entry.matches(forRequest)) return entry.cached;
@@ -198,9 +198,10 @@ std::optional<URLCache::CachedResponse> URLCache::cachedResponse(const URLReques
 void URLCache::store(const URLRequest& request, const CachedResponse& response) {
     if (!request.url) return;
     const HTTPURLResponse& head = response.response;
-    const std::string key = keyOf(*request.url);
     const std::optional<seconds> lifetime = keptLifetime(request, head);
     const std::lock_guard lock(m_state->mutex);
+    if (!lifetime && m_state->entries.empty()) return;
+    const std::string key = keyOf(*request.url);
     // A newer answer replaces the older one; an unsafe method makes every kept one stale (RFC 9111, 4.4).
     const bool unsafe = !isSafe(request.httpMethod) && head.statusCode < 400;
     m_state->eraseIf([&](const State::Entry& old) {

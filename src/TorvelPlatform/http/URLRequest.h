@@ -3,6 +3,7 @@
 #include "TorvelPlatform/foundation/Data.h"
 #include "TorvelPlatform/foundation/URL.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,6 +27,8 @@ class HTTPHeaders {
     // Appends to an existing value with "," between, as the platform's header addition does, or sets it.
     void add(std::string_view name, std::string_view value);
     void remove(std::string_view name);
+    // Makes room for so many fields at once.
+    void reserve(std::size_t count) { m_fields.reserve(count); }
 
     // All fields in the order of setting.
     const std::vector<Field>& fields() const { return m_fields; }

@@ -21,8 +21,8 @@ struct MediaType {
         const std::size_t slash = text.find('/');
         if (slash == std::string_view::npos) return;
         if (!isToken(text.substr(0, slash)) || !isToken(text.substr(slash + 1))) return;
-        type = lowercased(text.substr(0, slash));
-        subtype = lowercased(text.substr(slash + 1));
+        type = lowercased(std::string(text.substr(0, slash)));
+        subtype = lowercased(std::string(text.substr(slash + 1)));
     }
 
     bool valid() const { return !type.empty(); }

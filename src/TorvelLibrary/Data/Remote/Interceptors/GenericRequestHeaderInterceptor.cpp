@@ -26,9 +26,8 @@ std::string encryptedKeyText(const std::string& key, const SecKey& publicKey) {
 }
 
 std::string encryptedBody(const Data& body, const std::string& key) {
-    const std::optional<std::string> text = body.utf8Text();
-    if (!text) fatalError("A request body must be UTF-8 text to be encrypted");
-    std::optional<std::string> cipher = AES256CBC::encryptString(*text, key);
+    if (!isValidUTF8(body.raw())) fatalError("A request body must be UTF-8 text to be encrypted");
+    std::optional<std::string> cipher = AES256CBC::encryptString(body.raw(), key);
     if (!cipher)
         fatalError("The request body cannot be encrypted: it is empty, or the key is not 16 characters");
     return std::move(*cipher);

@@ -15,7 +15,7 @@ namespace {
 constexpr std::string_view source = "Data/Remote/Networking/NetworkDispatcher";
 constexpr int unauthorized = 401;
 
-void debug(std::string message, std::string_view function,
+void debug(std::string_view message, std::string_view function,
            const std::source_location& where = std::source_location::current()) {
     LogUtils::d(message, {source, function, where});
 }
@@ -29,10 +29,11 @@ std::string labelled(std::string_view label, const Data& bytes) {
     const std::string_view text = loggable(bytes);
     std::string message;
     message.reserve(label.size() + text.size());
-    return message.append(label).append(text);
+    message.append(label).append(text);
+    return message;
 }
 
-// The request's URL, which must be present by now, and the session for it.
+// The session for the request's URL, which must be present by now.
 std::shared_ptr<Session> sessionFor(const URLRequest& request) {
     if (!request.url) fatalError("A request without a URL cannot be sent");
     return TorvelLibrary::sharedInstance()->getAlamofireServiceManager(*request.url);
@@ -55,6 +56,15 @@ Data afterInterceptors(Data bytes, const ResponseInterceptors& responseIntercept
 
 void succeed(const OnSuccess& onSuccess, Data bytes) {
     if (onSuccess) onSuccess(std::move(bytes));
+}
+
+RequestHandle send(URLRequest request, const ResponseInterceptors& responseInterceptors, OnSuccess onSuccess,
+                   OnError onError) {
+    const std::shared_ptr<Session> session = sessionFor(request);
+    return session->request(std::move(request))
+        .validate()
+        .responseData(DispatchQueue::main(),
+                      deliverTo(responseInterceptors, std::move(onSuccess), std::move(onError)));
 }
 
 RequestHandle reportUnexpected(const OnError& onError) {
@@ -109,8 +119,8 @@ RequestHandle NetworkDispatcher::requestWithBody(const char* method, std::string
     request->httpMethod = method;
     request->httpBody = std::move(body);
     debug("TARGET IS " + std::string(target), method);
-    return consumeRequest(*request, mimeType, requestInterceptors, responseInterceptors, std::move(onSuccess),
-                          std::move(onError));
+    setUpRequest(*request, mimeType, requestInterceptors);
+    return send(std::move(*request), responseInterceptors, std::move(onSuccess), std::move(onError));
 }
 
 RequestHandle NetworkDispatcher::getRequest(std::string_view target, std::string_view mimeType,
@@ -119,9 +129,8 @@ RequestHandle NetworkDispatcher::getRequest(std::string_view target, std::string
                                             OnSuccess onSuccess, OnError onError) const {
     std::optional<URLRequest> request = getRequest(target);
     if (!request) return reportUnexpected(onError);
-    request->httpMethod = "GET";
-    return consumeRequest(*request, mimeType, requestInterceptors, responseInterceptors, std::move(onSuccess),
-                          std::move(onError));
+    setUpRequest(*request, mimeType, requestInterceptors);
+    return send(std::move(*request), responseInterceptors, std::move(onSuccess), std::move(onError));
 }
 
 RequestHandle NetworkDispatcher::multipartRequest(std::string_view target, std::string_view requestType,
@@ -169,8 +178,7 @@ RequestHandle NetworkDispatcher::consumeRequest(URLRequest& request, std::string
                                                 const ResponseInterceptors& responseInterceptors,
                                                 OnSuccess onSuccess, OnError onError) {
     setUpRequest(request, mimeType, requestInterceptors);
-    return sessionFor(request)->request(request).validate().responseData(
-        DispatchQueue::main(), deliverTo(responseInterceptors, std::move(onSuccess), std::move(onError)));
+    return send(request, responseInterceptors, std::move(onSuccess), std::move(onError));
 }
 
 RequestHandle NetworkDispatcher::consumeMultipartRequest(URLRequest& request, Data fileData,
