@@ -64,6 +64,7 @@ void measurePuts(Report& report) {
             repeating([&, i = std::size_t{0}]() mutable { bare.put((i += 7919) % keys, value); });
         engine(3000);
         isFilling = false;
+        ::sync();  // what was filled without syncs would be written while the sides are timed
         const Pace pace{Clock::wall, 15, 0.05};
         const Side overwrite = putting(keys, [&](const auto&, const auto&) { raw.overwrite(); });
         const Rounds rounds = takeTurns({overwrite, ours, engine}, pace);
@@ -77,6 +78,7 @@ void measurePuts(Report& report) {
             isFilling = true;
             for (std::size_t i = 0; i < keys; ++i) peer.put(nameOf(i), value);
             isFilling = false;
+            ::sync();
             const Rounds beside = takeTurns({ours, putting(keys, peer.put)}, pace);
             report.atLeast(peer.name + "-over-ours", beside.ratio(1, 0), peer.goal);
             report.time(peer.name + "-over-ours", "torvel", beside.time(0));
