@@ -114,9 +114,9 @@ TEST_F(Localisation, ReadsWhatIsStored) {
 TEST_F(Localisation, FollowsOtherProcessesAndAStoreThatIsMovedAside) {
     LocaleHelper::setAppleLanguageTo("fr");
     EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "fr");
-    testing::inChild([] { return LocaleHelper::setAppleLanguageTo("ar"), true; });
+    EXPECT_TRUE(testing::inChild([] { return LocaleHelper::setAppleLanguageTo("ar"), true; }));
     EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "ar");
-    testing::inChild([] { return SecureDefaults::shared().reset() == StoreStatus::ok; });
+    EXPECT_TRUE(testing::inChild([] { return SecureDefaults::shared().reset() == StoreStatus::ok; }));
     EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "en");
     LocaleHelper::setAppleLanguageTo("fr");
     EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "fr");
