@@ -16,7 +16,6 @@
 namespace torvel {
 namespace {
 
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
@@ -113,28 +112,6 @@ TEST_F(Pipeline, ATargetThatIsNoURLFailsAtOnceOnTheCallersThread) {
     EXPECT_FALSE(ending.error->receivedDataInResponse().has_value());
 }
 
-TEST_F(Pipeline, EveryMethodSendsItsBody) {
-    using Operation = RequestHandle (NetworkDispatcher::*)(
-        std::string_view, Data, std::string_view, const RequestInterceptors&, const ResponseInterceptors&,
-        OnSuccess, OnError) const;
-    const std::pair<const char*, Operation> rows[] = {{"POST", &NetworkDispatcher::postRequest},
-                                                      {"PUT", &NetworkDispatcher::putRequest},
-                                                      {"DELETE", &NetworkDispatcher::deleteRequest}};
-    for (const auto& [method, operation] : rows) {
-        Ending ending;
-        (m_client.*operation)("/echo", Data("body"), "text/x", {}, {}, ending.onSuccess(), ending.onError());
-        ASSERT_TRUE(finished(ending).success.has_value()) << method;
-        const sandbox::Exchange exchange = m_sandbox->exchanges().back();
-        EXPECT_EQ(exchange.requestLine, method + std::string(" /echo HTTP/1.1"));
-        EXPECT_EQ(exchange.body, "body");
-        EXPECT_THAT(exchange.fields,
-                    ::testing::Contains(std::pair<std::string, std::string>("Content-Type", "text/x")));
-    }
-    EXPECT_TRUE(get("/echo").success.has_value());
-    EXPECT_EQ(m_sandbox->exchanges().back().requestLine, "GET /echo HTTP/1.1");
-    EXPECT_EQ(m_sandbox->exchanges().back().bodyBytes, 0U);
-}
-
 TEST_F(Pipeline, AnswersAreRouted) {
     using Kind = SessionError::Kind;
     const Kind refused = Kind::unacceptableStatusCode;
@@ -200,16 +177,13 @@ TEST_F(Pipeline, RequestInterceptorsRunInOrderAndAreLogged) {
         finished(ending);
     });
     EXPECT_EQ(m_sandbox->exchanges().back().body, "012");
-    std::vector<std::string> messages;
-    for (std::size_t at = 0; (at = log.find(" -> ", at)) != log.npos; ++at)
-        messages.push_back(log.substr(at + 4, log.find('\n', at) - at - 4));
-    ASSERT_EQ(messages.size(), 7U) << log;
-    messages.resize(5);
-    EXPECT_THAT(messages, ElementsAre("TARGET IS /echo", "Request URL - " + m_sandbox->url() + "/echo",
-                                      "Request Body Initial - 0", "Request Body After Each Interceptors - 01",
-                                      "Request Body After Each Interceptors - 012"));
-    EXPECT_THAT(
-        log, ::testing::ContainsRegex("Response As received - \\{.*\n.*Response After Interceptors - \\{"));
+    std::string expected;
+    for (const char* message :
+         {"TARGET IS /echo", "Request URL - http://[^\n]*/echo", "Request Body Initial - 0",
+          "Request Body After Each Interceptors - 01", "Request Body After Each Interceptors - 012",
+          "Response As received - \\{[^\n]*", "Response After Interceptors - \\{[^\n]*"})
+        expected += std::string("[^\n]* -> ") + message + "\n";
+    EXPECT_THAT(log, ::testing::MatchesRegex(expected));
 }
 
 TEST_F(Pipeline, AnUploadIsOneFormPartWithProgressAndAnyStatusSucceeds) {

@@ -9,16 +9,12 @@
 namespace torvel {
 namespace {
 
-using testing::CertificateRequest;
-using testing::Identity;
-using testing::issue;
-using testing::NginxServer;
-using testing::OpenSSLServer;
+using namespace testing;
 using Reason = TrustFailure::Reason;
 using Evaluator = std::shared_ptr<const ServerTrustEvaluating>;
 
 // A public key infrastructure of the test's own, whose root is the only one that this process trusts.
-struct Trust : testing::HostFixture {
+struct Trust : HostFixture {
     Trust() {
         addResource("ca.pem", m_root.certificatePem);
         std::filesystem::create_directory(directory() / "none");
@@ -50,12 +46,10 @@ struct Trust : testing::HostFixture {
 
     // The outcome of one GET, or of one POST with a body.
     static DataResponse get(Session& session, const std::string& url, std::optional<std::string> body = {}) {
-        URLRequest request = testing::requestTo(url, body ? "POST" : "GET");
+        URLRequest request = requestTo(url, body ? "POST" : "GET");
         request.timeoutInterval = 2;
         if (body) request.httpBody = Data(*body);
-        DataRequest sent = session.request(request);
-        sent.validate();
-        const testing::Answer answer = testing::complete(std::move(sent));
+        const Answer answer = fetchValidated(session, request);
         EXPECT_EQ(answer.completions, 1) << url;
         return answer.response;
     }
@@ -210,7 +204,6 @@ std::string frame(char type, char flags, char stream, std::string_view payload) 
 }
 
 TEST_F(Trust, FaultsOfHTTP2EndInOneError) {
-    using Kind = SessionError::Kind;
     constexpr char data = 0, headers = 1, reset = 3, settings = 4, goAway = 7, endStream = 1, endHeaders = 4,
                    ack = 1;
     const std::string head = frame(headers, endHeaders, 1, "\x88");  // ":status: 200", RFC 7541, appendix A
@@ -299,7 +292,7 @@ TEST_F(Trust, BodiesAreOfferedToHTTP1Alone) {
     // Those without still share one connection, and none of the host's few.
     int slow = 0;
     for (int i = 0; i < 6; ++i)
-        session->request(testing::requestTo(server.url("localhost", "/slow")))
+        session->request(requestTo(server.url("localhost", "/slow")))
             .responseData(DispatchQueue::main(), [&](auto&&) { ++slow; });
     EXPECT_EQ(refusal(get(*session, server.url("localhost"))), std::nullopt);
     EXPECT_EQ(slow, 0);

@@ -7,7 +7,7 @@
 #include "TorvelLibrary/Data/Remote/Networking/TorvelNetworkClient.h"
 #include "TorvelLibrary/TorvelLibraryBuilder.h"
 #include "TorvelLibrary/crypto/AES256CBC.h"
-#include "TorvelPlatform/foundation/Bundle.h"
+#include "TorvelTesting/TemporaryHost.h"
 #include "sandbox/Sandbox.h"
 
 #include <chrono>
@@ -209,11 +209,9 @@ int main(int count, char** arguments) {
         return 2;
     }
     using namespace torvel;
-    std::string folder = (fs::temp_directory_path() / "torvel-soak-XXXXXX").string();
-    if (::mkdtemp(folder.data()) == nullptr) fail("no temporary folder");
-    const Backend backend(folder);
-    Bundle::setMain(folder, "torvel-soak");
-    ::setenv("SSL_CERT_FILE", (fs::path(folder) / "ca.pem").c_str(), 1);
+    const testing::TemporaryHost host;
+    const Backend backend(host.directory());
+    ::setenv("SSL_CERT_FILE", (host.directory() / "ca.pem").c_str(), 1);
     TorvelLibraryBuilder()
         .setServerURL(backend.url())
         .setSSlType(SSlPinningType::certificate({"server"}))
@@ -221,6 +219,5 @@ int main(int count, char** arguments) {
         .setRequestTimeoutInterval(2)
         .build();
     Soak(std::stoul(arguments[1]), std::chrono::seconds(60 * std::stol(arguments[2]))).run();
-    fs::remove_all(folder);
     return 0;
 }

@@ -53,6 +53,19 @@ inline Answer fetch(Session& session, URLRequest request) {
     return complete(session.request(std::move(request)));
 }
 
+// The same, of a request that takes no answer but a success of an accepted type.
+inline Answer fetchValidated(Session& session, URLRequest request) {
+    DataRequest sent = session.request(std::move(request));
+    sent.validate();
+    return complete(std::move(sent));
+}
+
+// What a server's connection does that takes a request and never answers it.
+inline void neverAnswer(Peer& peer) {
+    peer.receive();
+    peer.stall();
+}
+
 inline Session plainSession() { return Session(URLSessionConfiguration{}); }
 
 inline Answer fetch(URLRequest request) {

@@ -26,13 +26,8 @@ inline bool inChild(const std::function<bool()>& work) {
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-// A host with folders of its own.
+// The folders that a host has of its own.
 struct StoreTest : HostFixture {
-    StoreTest() {
-        ::setenv("XDG_DATA_HOME", data().c_str(), 1);
-        ::setenv("XDG_STATE_HOME", state().c_str(), 1);
-    }
-
     std::filesystem::path data() const { return directory() / "data"; }
     std::filesystem::path state() const { return directory() / "state"; }
 

@@ -41,12 +41,8 @@ TEST_F(FontCacheTest, EveryGetterTakesItsOwnWeightAndSize) {
         {"Title16", 16},  {"SubTitle14", 14}, {"Smallest", 10},   {"Headline24", 24}, {"Small12", 12},
         {"Title", 15},    {"SubTitle", 13},   {"Small", 11},      {"Heading", 18},    {"Heading20", 20},
         {"Headline", 22}, {"Headline22", 22}, {"BigHeading", 35}, {"BigHeadline", 30}};
-    const std::map<std::string, std::string> files = {{"Light", "en_light"},
-                                                      {"Medium", "en_medium"},
-                                                      {"Regular", "en_regular"},
-                                                      {"Bold", "en_bold"},
-                                                      {"SemiBold", "en_semi_bold"}};
-    for (const auto& [weight, file] : files) ship(file, weight);
+    ship("en_light", "Light"), ship("en_medium", "Medium"), ship("en_regular", "Regular");
+    ship("en_bold", "Bold"), ship("en_semi_bold", "SemiBold");
     ScreenEnvironment::widthInPoints = 414;
     const auto expect = [&](const std::string& weight, const std::string& style, const UIFont& font) {
         const bool isOdd = weight == "Regular" && style == "Small12";

@@ -7,7 +7,6 @@
 
 #include <QBuffer>
 #include <QImage>
-#include <QImageWriter>
 #include <QLabel>
 
 namespace torvel {
@@ -16,9 +15,7 @@ namespace {
 Data encoded(const QImage& image, const char* format) {
     QByteArray bytes;
     QBuffer buffer(&bytes);
-    QImageWriter writer(&buffer, format);
-    writer.setQuality(100);
-    writer.write(image);
+    image.save(&buffer, format, 100);
     return Data(bytes.toStdString());
 }
 

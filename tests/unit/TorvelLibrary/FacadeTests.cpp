@@ -138,8 +138,7 @@ TEST_F(Facade, DeploymentFaultsOfPinsStopTheProcess) {
 
 // Every shared thing is made at its first use, whichever thread that is.
 TEST_F(Facade, FirstUsesRaceCleanly) {
-    addResource("EndpointsConfig.plist",
-                "<plist><dict><key>login</key><string>api/login</string></dict></plist>");
+    addResource("EndpointsConfig.plist", "{ login = \"api/login\"; }");
     TorvelLibraryBuilder().setServerURL("https://first.example/").build();
     const std::function<void()> uses[] = {
         [] { EXPECT_NE(TorvelLibrary::sharedInstance(), nullptr); },

@@ -4,6 +4,8 @@
 #include "TorvelLibrary/Utils/Utils.h"
 #include "TorvelTesting/HostFixture.h"
 
+#include <map>
+
 namespace torvel {
 namespace {
 
@@ -25,14 +27,10 @@ TEST_F(Configurations, WithoutATableTextsAreTheirKeysAndLengthsTheirFallbacks) {
         TORVEL_CONFIGURATIONS(TORVEL_NOTHING, TORVEL_INTEGER, TORVEL_NOTHING)};
 #undef TORVEL_INTEGER
 #undef TORVEL_NOTHING
-    for (const auto& [name, value] : lengths) {
-        const std::string property = name;
-        EXPECT_EQ(value, property == "pinLength"       ? 4
-                         : property == "otpLength"     ? 6
-                         : property == "emailIdLength" ? 200
-                                                       : 10)
-            << name;
-    }
+    const std::map<std::string, std::int64_t> not10 = {
+        {"pinLength", 4}, {"otpLength", 6}, {"emailIdLength", 200}};
+    for (const auto& [name, value] : lengths)
+        EXPECT_EQ(value, not10.contains(name) ? not10.at(name) : 10) << name;
     EXPECT_FALSE(TorvelConfigurations::isCurrencyCodePrefix());
     EXPECT_EQ(Utils::getDocumentIdLength(), 0) << "a length kept as a text has no fallback";
     EXPECT_EQ(Utils::getDebitPINLength(), 4);
@@ -42,11 +40,10 @@ TEST_F(Configurations, WithoutATableTextsAreTheirKeysAndLengthsTheirFallbacks) {
 TEST_F(Configurations, AreReadOnceFromTheTable) {
     const auto table =
         addResource("en.lproj/Configurations.strings",
-                    "\"torvel_pin_length\" = \"6\"; torvel_otp_length = \"-3\";\n"
-                    "\"torvel_amount_length\" = \"6 \"; torvel_username_length = \"six\";\n"
-                    "torvel_emailid_length = \"\"; torvel_loginid_length = \"99999999999999999999\";\n"
-                    "torvel_mobileno_length = \"+7\"; torvel_currency_prefix = \"true\";\n"
-                    "torvel_document_length = \"12\"; torvel_pin_regex = \"\";\n");
+                    R"(torvel_pin_length = 6; torvel_otp_length = "-3"; torvel_amount_length = "6 ";
+                       torvel_username_length = six; torvel_emailid_length = ""; torvel_mobileno_length = "+7";
+                       torvel_loginid_length = 99999999999999999999; torvel_currency_prefix = true;
+                       torvel_document_length = 12; torvel_pin_regex = "";)");
     EXPECT_EQ(TorvelConfigurations::pinLength(), 6);
     EXPECT_EQ(TorvelConfigurations::otpLength(), -3);
     EXPECT_EQ(TorvelConfigurations::amountLength(), 10);

@@ -8,11 +8,7 @@ namespace {
 
 using ::testing::HasSubstr;
 
-std::string plist(const std::string& content) {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">" + content + "</plist>\n";
-}
-
-const std::string login = "<dict><key>login</key><string>v1/login</string></dict>";
+constexpr char table[] = "<plist><dict><key>login</key><string>v1/login</string></dict></plist>";
 
 struct Endpoints : testing::HostFixture {
     static std::optional<std::string> optional(std::string_view id) {
@@ -22,7 +18,7 @@ struct Endpoints : testing::HostFixture {
 };
 
 TEST_F(Endpoints, AnswersInBothForms) {
-    addResource("EndpointsConfig.plist", plist(login));
+    addResource("EndpointsConfig.plist", table);
     EXPECT_EQ(EndpointsHelper::instance(), nullptr);
     EXPECT_EQ(optional("login"), "v1/login");
     EXPECT_EQ(text("login"), "v1/login");
@@ -33,7 +29,7 @@ TEST_F(Endpoints, AnswersInBothForms) {
 TEST_F(Endpoints, AMissingFileIsLoggedOnceAndNotLookedForAgain) {
     EXPECT_THAT(logOf([] { EXPECT_EQ(optional("login"), std::nullopt); }),
                 HasSubstr("EndpointsConfig plist Not Found In App\n"));
-    addResource("EndpointsConfig.plist", plist(login));
+    addResource("EndpointsConfig.plist", table);
     EXPECT_EQ(logOf([] { EXPECT_EQ(text("login"), "login"); }), "");
 }
 
@@ -44,16 +40,13 @@ TEST_F(Endpoints, AnotherFileReplacesKeepsOrErasesTheTable) {
         std::optional<std::string> login;
         const char* logged;
     } rows[] = {
-        {"another table", plist("<dict><key>login</key><string>v2</string></dict>"), "v2", ""},
-        {"old text form", "{ login = \"v3\"; }", "v3", ""},
-        {"empty table", plist("<dict/>"), std::nullopt, ""},
-        {"an integer among texts",
-         plist("<dict><key>login</key><string>v</string><key>n</key><integer>1</integer></dict>"),
-         std::nullopt, ""},
-        {"root is an array", plist("<array/>"), std::nullopt, ""},
+        {"another table", "{ login = v2; }", "v2", ""},
+        {"empty table", "<plist><dict/></plist>", std::nullopt, ""},
+        {"a list among texts", "{ login = v; n = (); }", std::nullopt, ""},
+        {"root is an array", "<plist><array/></plist>", std::nullopt, ""},
         {"not a property list", "<plist><dict>", "v1/login", "line 1"},
     };
-    addResource("EndpointsConfig.plist", plist(login));
+    addResource("EndpointsConfig.plist", table);
     EXPECT_EQ(optional("login"), "v1/login");
     const auto helper = EndpointsHelper::instance();
     const URL original = URL::file((directory() / "EndpointsConfig.plist").string());

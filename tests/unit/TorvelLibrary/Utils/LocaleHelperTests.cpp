@@ -1,12 +1,9 @@
 #include "TorvelLibrary/Utils/LocaleHelper.h"
 #include "TorvelLibrary/Utils/UserStorageHelper.h"
-#include "TorvelPlatform/defaults/SecureDefaults.h"
 #include "TorvelPlatform/foundation/ScreenEnvironment.h"
-#include "TorvelTesting/HostFixture.h"
+#include "support/StoreTest.h"
 
 #include <gmock/gmock.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace torvel {
 namespace {
@@ -115,19 +112,11 @@ TEST_F(Localisation, ReadsWhatIsStored) {
 }
 
 TEST_F(Localisation, FollowsOtherProcessesAndAStoreThatIsMovedAside) {
-    const auto elsewhere = [](auto change) {
-        const pid_t process = ::fork();
-        if (process == 0) {
-            change();
-            ::_exit(0);
-        }
-        ::waitpid(process, nullptr, 0);
-    };
     LocaleHelper::setAppleLanguageTo("fr");
     EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "fr");
-    elsewhere([] { LocaleHelper::setAppleLanguageTo("ar"); });
+    EXPECT_TRUE(testing::inChild([] { return LocaleHelper::setAppleLanguageTo("ar"), true; }));
     EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "ar");
-    elsewhere([] { SecureDefaults::shared().reset(); });
+    EXPECT_TRUE(testing::inChild([] { return SecureDefaults::shared().reset() == StoreStatus::ok; }));
     EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "en");
     LocaleHelper::setAppleLanguageTo("fr");
     EXPECT_EQ(LocaleHelper::currentAppleLanguage(), "fr");

@@ -1,3 +1,4 @@
+#include "TorvelPlatform/foundation/File.h"
 #include "TorvelPlatform/foundation/UUID.h"
 #include "support/StoreTest.h"
 
@@ -15,12 +16,9 @@ namespace torvel {
 namespace {
 
 using namespace std::string_literals;
-using testing::inChild;
-using testing::numbered;
-using testing::readText;
-using testing::storeWithKey;
+using namespace testing;
 
-class SecureDefaultsTest : public testing::StoreTest {};
+class SecureDefaultsTest : public StoreTest {};
 
 TEST_F(SecureDefaultsTest, EveryKindComesBack) {
     const PropertyValue values[] = {
@@ -76,8 +74,7 @@ TEST_F(SecureDefaultsTest, NothingStandsInTheFilesAndTheyAreTheUsersAlone) {
         const bool isHostsOwn = file.filename() == "test-host" && file.parent_path() == data();  // made above
         EXPECT_TRUE(isHostsOwn || (status.st_mode & 077) == 0) << file;
         if (!S_ISREG(status.st_mode)) continue;
-        std::ifstream stream(file, std::ios::binary);
-        const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+        const std::string bytes = readFile(file).value().raw();
         for (const std::string& text : {password, "suite of"s, "name of"s, "value of"s})
             EXPECT_EQ(bytes.find(text), std::string::npos) << file << " " << text;
     }

@@ -76,18 +76,14 @@ TEST(MainQueue, RunUntilAsksAfterEachBatchAndGivesUpInTime) {
 TEST(Queues, KeepTheOrderOfEachOfManyPosters) {
     constexpr int posters = 8, items = 2000;
     DispatchQueue serial("tests.order");
-    const struct {
-        const char* name;
-        DispatchQueue* queue;
-    } rows[] = {{"main", &DispatchQueue::main()}, {"serial", &serial}};
-    for (const auto& row : rows) {
+    for (DispatchQueue* const queue : {&DispatchQueue::main(), &serial}) {
         std::vector<int> next(posters, 0);
         std::atomic<int> total{0}, outOfOrder{0};
         std::vector<std::thread> threads;
         for (std::size_t poster = 0; poster < posters; ++poster) {
-            threads.emplace_back([&, poster] {
+            threads.emplace_back([&, queue, poster] {
                 for (int i = 0; i < items; ++i) {
-                    row.queue->async([&, poster, i] {
+                    queue->async([&, poster, i] {
                         if (next[poster]++ != i) ++outOfOrder;
                         if (++total == posters * items) DispatchQueue::main().stop();
                     });
@@ -96,8 +92,8 @@ TEST(Queues, KeepTheOrderOfEachOfManyPosters) {
         }
         DispatchQueue::main().run();
         for (std::thread& thread : threads) thread.join();
-        EXPECT_EQ(total, posters * items) << row.name;
-        EXPECT_EQ(outOfOrder, 0) << row.name;
+        EXPECT_EQ(total, posters * items) << (queue == &serial);
+        EXPECT_EQ(outOfOrder, 0) << (queue == &serial);
     }
 }
 
@@ -158,18 +154,8 @@ TEST(QueueDeathTest, MisuseAndEscapingExceptionsEndTheProcess) {
     DispatchQueue serial("tests.misuse");
     DispatchQueue& main = DispatchQueue::main();
     EXPECT_DEATH(serial.run(), "belongs to the main queue");
-    EXPECT_DEATH(
-        {
-            main.async([&] { main.run(); });
-            main.drain();
-        },
-        "from inside an item");
-    EXPECT_DEATH(
-        {
-            main.async([] { throw 1; });
-            main.drain();
-        },
-        "");
+    EXPECT_DEATH((main.async([&] { main.run(); }), main.drain()), "from inside an item");
+    EXPECT_DEATH((main.async([] { throw 1; }), main.drain()), "");
 }
 
 }  // namespace

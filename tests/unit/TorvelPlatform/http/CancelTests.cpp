@@ -12,9 +12,7 @@ namespace {
 
 using namespace testing;
 
-struct Observed {
-    int completions = 0;
-    DataResponse response;
+struct Observed : Answer {
     RequestHandle handle;
 };
 
@@ -94,10 +92,7 @@ struct Silence final : URLProtocol {
 };
 
 TEST(Cancel, OfAllReachesEverySessionAndNoLaterRequest) {
-    ScriptedServer silent([](Peer& peer) {
-        peer.receive();
-        peer.stall();
-    });
+    ScriptedServer silent(neverAnswer);
     ScriptedServer answering(ScriptedServer::answering(okAnswer));
     auto dropped = std::make_unique<Session>(URLSessionConfiguration{});
     Session kept = plainSession();

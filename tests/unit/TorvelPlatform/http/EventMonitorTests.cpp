@@ -1,7 +1,7 @@
 #include "TorvelPlatform/http/EventMonitor.h"
 #include "support/Fetching.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace torvel {
 namespace {
@@ -72,9 +72,7 @@ TEST(EventMonitor, HearsOfWhatFailed) {
     Session session(watchedBy(monitor), "tests",
                     std::make_shared<ServerTrustManager>(true, ServerTrustManager::Evaluators{}));
     for (const auto& row : rows) {
-        DataRequest request = session.request(requestTo(row.url));
-        request.validate();
-        complete(std::move(request));
+        fetchValidated(session, requestTo(row.url));
         ASSERT_EQ(monitor->hops.size(), 1U) << row.url;
         EXPECT_EQ(monitor->error->kind, row.kind);
         EXPECT_EQ(monitor->hops[0].response ? monitor->hops[0].response->statusCode : 0, row.status);

@@ -33,11 +33,7 @@ TEST(Protocol, ARequestEndsAsItDoesOverTheNetwork) {
          answering(response("307 X", "", "Location: http://b.example/\r\n")), "POST"},
         {"cut short", [](auto rule) { rule.breakOff(200); },
          [](Peer& peer) { peer.answer("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhalf"); }},
-        {"no answer", [](auto rule) { rule.timeOut(); },
-         [](Peer& peer) {
-             peer.receive();
-             peer.stall();
-         }},
+        {"no answer", [](auto rule) { rule.timeOut(); }, neverAnswer},
         {"refused", [](auto rule) { rule.fail(Kind::connectionLost); }, [](Peer& peer) { peer.answer(""); }},
         {"GET with a body", [](auto rule) { rule.answer(200, "{}"); }, answering(okAnswer), "GET+"},
     };
@@ -52,9 +48,7 @@ TEST(Protocol, ARequestEndsAsItDoesOverTheNetwork) {
             URLRequest request = requestTo(server.url(), method, 0.1);
             request.headers.set("Accept", "application/json");
             if (row.method != std::string("GET")) request.httpBody = Data("four");
-            DataRequest started = session.request(request);
-            started.validate();
-            return complete(std::move(started));
+            return fetchValidated(session, request);
         };
         const Answer real = ended(plain), doubled = ended(*backend.session());
         EXPECT_EQ(doubled.failure(), real.failure());

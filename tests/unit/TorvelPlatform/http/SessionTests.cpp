@@ -104,8 +104,7 @@ TEST(Session, RefusesWhatCannotBeSent) {
 
 TEST(Session, DefaultFieldsGiveWayToTheRequests) {
     const TemporaryHost host;
-    host.addResource("Info.plist",
-                     "<plist><dict><key>CFBundleShortVersionString</key><string>2.5</string></dict></plist>");
+    host.addResource("Info.plist", "{ CFBundleShortVersionString = \"2.5\"; }");
     const URLSessionConfiguration configuration = URLSessionConfiguration::defaults();
     ScriptedServer server(ScriptedServer::answering(okAnswer));
     Session session(configuration);
@@ -226,35 +225,7 @@ TEST(Session, HeedsTheServersKeepAliveHint) {
     }
 }
 
-TEST(Session, TimesOutWhenNoByteMoves) {
-    const struct {
-        const char *name, *bytes;
-        int status;
-        Phase phase;
-    } rows[] = {
-        {"nothing is answered", "", 0, Phase::waiting},
-        {"the head stalls", "HTTP/1.1 200 OK\r\nContent-", 0, Phase::receiving},
-        {"the body stalls", "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nabc", 200, Phase::receiving},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        ScriptedServer server([&](Peer& peer) {
-            peer.answer(row.bytes);
-            peer.stall();
-        });
-        const Answer answer = fetch(requestTo(server.url(), "GET", 0.25));
-        EXPECT_EQ(answer.outcome(),
-                  "The request timed out after 0.25 s without a byte from or to 127.0.0.1.");
-        EXPECT_EQ(answer.failure(), Kind::timedOut);
-        EXPECT_EQ(answer.response.error->phase, row.phase);
-        EXPECT_TRUE(answer.response.error->maybeSent);
-        EXPECT_EQ(answer.status(), row.status);
-        EXPECT_EQ(answer.data(), "(absent)");
-    }
-}
-
 TEST(Session, SaysWhereTimeRanOutAndWhetherAnythingWasSent) {
-    ScriptedServer silent([](Peer& peer) { peer.pause(60'000); });
     // A listener that accepts nobody: once its backlog is full, further connections hang.
     const int listener = ::socket(AF_INET, SOCK_STREAM, 0), first = ::socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address{
@@ -263,23 +234,39 @@ TEST(Session, SaysWhereTimeRanOutAndWhetherAnythingWasSent) {
     ::listen((::bind(listener, reinterpret_cast<sockaddr*>(&address), size), listener), 0);
     ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
     ::connect(first, reinterpret_cast<sockaddr*>(&address), size);
+    const std::string full = "127.0.0.1:" + std::to_string(ntohs(address.sin_port));
     const struct {
         Phase phase;
-        std::string url;
-        std::size_t body;
         bool maybeSent;
+        const char* answered;  // nullptr: nothing is read
+        int status = 0;
+        const char* scheme = "http://";
+        std::size_t body = 1;
     } rows[] = {
-        {Phase::connecting, "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)), 1, false},
-        {Phase::securing, "https" + silent.url().substr(4), 1, false},
-        {Phase::sending, silent.url(), 50'000'000, true},
+        {Phase::connecting, false, nullptr},
+        {Phase::securing, false, nullptr, 0, "https://"},
+        {Phase::sending, true, nullptr, 0, "http://", 50'000'000},
+        {Phase::waiting, true, ""},
+        {Phase::receiving, true, "HTTP/1.1 200 OK\r\nContent-"},
+        {Phase::receiving, true, "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nabc", 200},
     };
     for (const auto& row : rows) {
-        URLRequest request = requestTo(row.url, "POST", 0.2);
+        SCOPED_TRACE(static_cast<int>(row.phase));
+        ScriptedServer server([&](Peer& peer) {
+            if (row.answered != nullptr) peer.answer(row.answered);
+            peer.pause(60'000);
+        });
+        const std::string place = row.phase == Phase::connecting ? full : server.url().substr(7);
+        URLRequest request = requestTo(row.scheme + place, "POST", 0.25);
         request.httpBody = Data(std::string(row.body, 'x'));
         const Answer answer = fetch(request);
-        ASSERT_EQ(answer.failure(), Kind::timedOut) << answer.outcome();
+        EXPECT_EQ(answer.outcome(),
+                  "The request timed out after 0.25 s without a byte from or to 127.0.0.1.");
+        ASSERT_EQ(answer.failure(), Kind::timedOut);
         EXPECT_EQ(answer.response.error->phase, row.phase);
         EXPECT_EQ(answer.response.error->maybeSent, row.maybeSent);
+        EXPECT_EQ(answer.status(), row.status);
+        EXPECT_EQ(answer.data(), "(absent)");
     }
     ::close(first);
     ::close(listener);
@@ -420,9 +407,7 @@ TEST(Session, ValidatesStatusThenContentType) {
         ScriptedServer server(ScriptedServer::answering(response(row.status, row.body, field)));
         URLRequest request = requestTo(server.url());
         if (*row.accept != '\0') request.headers.set("Accept", row.accept);
-        DataRequest validated = session.request(request);
-        validated.validate();
-        const Answer answer = complete(std::move(validated));
+        const Answer answer = fetchValidated(session, request);
         EXPECT_EQ(answer.failure(), row.failure) << answer.outcome();
         EXPECT_TRUE(answer.response.response) << "the head is kept";
     }
