@@ -140,11 +140,11 @@ void measureTint(Report& report, const std::string& name, const UIImage& image) 
                                          keep(place);
                                      })},
                                     {Clock::thread, 15, 0.03});
-    report.time(name, "ours", rounds.time(0));
-    report.time(name, "cairo's-operators", rounds.time(1));
-    report.time(name, "bare-table-loop", rounds.time(2));
-    report.atMost(name + "/over-cairo's-operators", rounds.ratio(0, 1), 0.5);
-    report.atMost(name + "/over-bare-table-loop", rounds.ratio(0, 2), 1.3);
+    report.time(name + "-over-cairo", "torvel", rounds.time(0));
+    report.time(name + "-over-cairo", "cairo", rounds.time(1));
+    report.atMost(name + "-over-cairo", rounds.ratio(0, 1), 0.5);
+    report.time(name + "-over-table-loop", "loop", rounds.time(2));
+    report.atMost(name + "-over-table-loop", rounds.ratio(0, 2), 1.3);
 }
 
 // --- PNG ---
@@ -158,10 +158,10 @@ void measurePNG(Report& report, const std::string& name, const UIImage& image, Q
     const Rounds rounds =
         takeTurns({repeating([&] { keep(image.pngData()); }), repeating([&] { keep(pngByToolkit(pixels)); })},
                   {Clock::thread, 9, 0.1});
-    report.time(name, "ours", rounds.time(0));
-    report.time(name, "toolkit's-default", rounds.time(1));
-    report.atMost(name + "/time-over-toolkit's", rounds.ratio(0, 1), 0.5);
-    report.atMost(name + "/size-over-toolkit's",
+    report.time(name + "-over-qt", "torvel", rounds.time(0));
+    report.time(name + "-over-qt", "qt", rounds.time(1));
+    report.atMost(name + "-over-qt", rounds.ratio(0, 1), 0.5);
+    report.atMost(name + "-size-over-qt",
                   static_cast<double>(ours.size()) / static_cast<double>(theirs.size()), 1.3);
 }
 
