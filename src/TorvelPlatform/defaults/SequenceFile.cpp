@@ -31,7 +31,7 @@ bool SequenceFile::open(int flags) {
     retireHeld();
     detach();
     m_file = Descriptor(::open(m_path.c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC | flags, S_IRUSR | S_IWUSR));
-    m_place.remember(m_file.get());
+    if (m_file) m_place.remember(m_file.get());  // else errno says why not
     return static_cast<bool>(m_file);
 }
 

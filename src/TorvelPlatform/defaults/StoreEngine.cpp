@@ -244,6 +244,7 @@ StoreStatus StoreEngine::change(std::string_view key, std::string tag, std::opti
     Database::Transaction transaction(*database, Database::Transaction::writing);
     if (transaction.status() != StoreStatus::ok) return transaction.status();
     if (database->hasMoved()) return StoreStatus::rolledBack;  // and try again with the new file
+    m_last.attach();  // to the file that is there now: a removed one is not told of other processes' writes
     const auto mark = changeMark();
     const EntryCache::Entry* const kept = mark ? cache.find(*mark, key) : nullptr;
     const auto old = kept != nullptr ? Database::Found(kept->sealed) : database->find(tag);
@@ -251,15 +252,14 @@ StoreStatus StoreEngine::change(std::string_view key, std::string tag, std::opti
     if (!old.value() && !sealed) return StoreStatus::ok;
     const StoreStatus bucket = ledger.check(tag);
     if (bucket != StoreStatus::ok && bucket != StoreStatus::damaged) return bucket;
-    const auto last = mark ? std::optional(mark->sequence) : std::nullopt;
-    const auto sequence = ledger.make({tag, old.value(), kept != nullptr, sealed}, last);
+    const auto sequence = ledger.make({tag, old.value(), kept != nullptr, sealed}, mark);
     if (!sequence) return sequence.error();
     const StoreStatus status = commit(transaction, sequence.value());
     if (status != StoreStatus::ok) return status;
-    ledger.committed();
     const auto next = changeMark();
-    if (mark && next && next->sequence == sequence.value())  // else another process wrote since
-        cache.moveOn(*mark, *next, key, std::move(tag), std::move(sealed));
+    if (!next || next->sequence != sequence.value()) return status;  // another process wrote since
+    ledger.committed(*next);
+    if (mark) cache.moveOn(*mark, *next, key, std::move(tag), std::move(sealed));
     return status;
 }
 

@@ -61,11 +61,9 @@ StoreStatus StoreLedger::check(std::string_view tag) {
     return m_isWhole[number] ? StoreStatus::ok : judge(read(number, true), expected);
 }
 
-Outcome<std::uint64_t, StoreStatus> StoreLedger::make(const Change& change,
-                                                      std::optional<std::uint64_t> last) {
+Outcome<std::uint64_t, StoreStatus> StoreLedger::make(const Change& change, const std::optional<Mark>& mark) {
     const auto& [tag, old, isOldIntact, sealed] = change;
-    const bool isKnown = m_committed && m_committed->sequence == last;
-    auto head = isKnown ? Outcome<StoreSummary, StoreStatus>(*m_committed) : summary();
+    auto head = mark && mark == m_mark ? Outcome<StoreSummary, StoreStatus>(m_committed) : summary();
     if (!head) return head.error();
     const StoreStatus status = sealed ? m_database.put(tag, *sealed) : m_database.erase(tag);
     if (status != StoreStatus::ok) return status;

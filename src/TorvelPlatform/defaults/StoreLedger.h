@@ -2,6 +2,7 @@
 
 #include "TorvelPlatform/defaults/Database.h"
 #include "TorvelPlatform/defaults/SealedEntry.h"
+#include "TorvelPlatform/defaults/SecureDefaults.h"
 
 #include <bitset>
 #include <optional>
@@ -36,11 +37,15 @@ class StoreLedger {
         bool isOldIntact;                          // known to be, which spares the opening of it
         const std::optional<std::string>& sealed;  // what is to lie there, or absent
     };
-    // Within a transaction: makes a change. The last write's sequence number, where it is known, spares the
-    // reading of the summary. Gives that of this write.
-    Outcome<std::uint64_t, StoreStatus> make(const Change& change, std::optional<std::uint64_t> last);
-    // After what was put has been committed.
-    void committed() { m_committed = m_written; }
+    using Mark = SecureDefaults::ChangeMark;
+    // Within a transaction: makes a change. The mark that stands, where there is one, spares the reading of
+    // the summary if it is that of the last write made here. Gives the write's sequence number.
+    Outcome<std::uint64_t, StoreStatus> make(const Change& change, const std::optional<Mark>& mark);
+    // After what was put has been committed: the mark of it.
+    void committed(const Mark& mark) {
+        m_committed = m_written;
+        m_mark = mark;
+    }
 
     struct Content {
         StoreStatus status = StoreStatus::ok;  // the gravest of its buckets'
@@ -61,9 +66,10 @@ class StoreLedger {
 
     const StoreSealer& m_sealer;
     Database& m_database;
-    std::bitset<bucketCount> m_isWhole;       // known to be
-    StoreSummary m_written;                   // the summary that was put last
-    std::optional<StoreSummary> m_committed;  // the last that was also committed
+    std::bitset<bucketCount> m_isWhole;  // known to be
+    StoreSummary m_written;              // the summary that was put last
+    StoreSummary m_committed;            // the last that was also committed
+    std::optional<Mark> m_mark;          // since then
 };
 
 }  // namespace torvel

@@ -43,7 +43,7 @@ void Origins::learn(const std::string& key, const ResponseHead& head, bool offer
     if (m_origins.size() >= mostOrigins && !m_origins.contains(key))
         m_origins.clear();  // costs no more than learning again
     Origin& origin = m_origins[key];
-    if (offeredHTTP2) origin.multiplexes = head.multiplexed();
+    if (offeredHTTP2 && origin.multiplexes.value_or(true)) origin.multiplexes = head.multiplexed();
     const std::optional<long> timeout = keepAliveTimeout(head.headers());
     if (!timeout) return;
     origin.keepsAlive = *timeout > 1;

@@ -17,7 +17,7 @@ class Origins {
         // request that meets that is lost.
         long maximumIdleAge = 15;
         bool keepsAlive = true;
-        std::optional<bool> multiplexes = {};  // HTTP/2; absent before the first answer
+        std::optional<bool> multiplexes = {};  // HTTP/2; absent before the first answer, once false for good
     };
 
     // What names the origin of a URL.

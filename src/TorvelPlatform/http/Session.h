@@ -36,7 +36,8 @@ struct URLSessionConfiguration {
 
     // Added to every request where it has no field of the name itself.
     HTTPHeaders headers;
-    // Connections open at a time to one host, at least one; further requests wait.
+    // Connections open at a time to one host, at least one; further requests wait. Where HTTP/2 is spoken
+    // those that carry bodies are counted apart.
     std::size_t maximumConnectionsPerHost = 6;
     // Bound on a response body, as received and as decompressed; a larger one fails.
     std::size_t maximumResponseBytes = std::size_t{256} * 1024 * 1024;

@@ -165,9 +165,11 @@ void SessionWorker::startHop(Task task) {
 // Many HTTP/2 requests share a connection, but only those without content go that way. Which servers speak
 // it is known from their first answer on; until then the client counts the connections alone.
 bool SessionWorker::needsOwnConnection(const SessionTask& task) const {
-    const bool mayShare =
-        task.origin.starts_with("https:") && m_origins.of(task.origin).multiplexes.value_or(true);
-    return !mayShare || task.hasContent();
+    return !maySpeakHTTP2(task) || task.hasContent();
+}
+
+bool SessionWorker::maySpeakHTTP2(const SessionTask& task) const {
+    return task.origin.starts_with("https:") && m_origins.of(task.origin).multiplexes.value_or(true);
 }
 
 void SessionWorker::leaveSlot(SessionTask& task) {
@@ -197,7 +199,8 @@ TransferOptions SessionWorker::optionsFor(const SessionTask& task) const {
     const Origins::Origin origin = m_origins.of(task.origin);
     return {.request = task.request,
             .form = task.stream ? &*task.stream : nullptr,
-            .prefersHTTP1 = task.hasContent(),
+            .mayShare = !needsOwnConnection(task),
+            .keepsApart = maySpeakHTTP2(task) && task.hasContent(),
             .freshConnection = !origin.keepsAlive,
             .mayUseProxy = m_mayUseProxy,
             .maximumIdleAge = origin.maximumIdleAge,
@@ -209,7 +212,7 @@ TransferOptions SessionWorker::optionsFor(const SessionTask& task) const {
 
 void SessionWorker::onFinished(Transfer& transfer, CURLcode code) {
     Task task = take(transfer);
-    if (transfer.needsUnusedHandle()) {
+    if (transfer.startsAnew()) {
         m_origins.learnHTTP1(task->origin);
         return startHop(std::move(task));
     }
@@ -231,15 +234,14 @@ void SessionWorker::follow(Task task, Redirection next) {
 
 // A deadline is set once and moved only when it is reached, not with every byte.
 void SessionWorker::expire() {
-    while (!m_live.empty() && m_live.begin()->first.first <= Clock::now()) {
+    const Clock::time_point now = Clock::now();
+    while (!m_live.empty() && m_live.begin()->first.first <= now) {
         auto late = m_live.extract(m_live.begin());
-        auto& [deadline, transfer] = late.key();
-        const Clock::time_point reached = deadline;
+        const auto [reached, transfer] = late.key();
         const URLRequest& request = late.mapped()->request;
-        deadline = transfer->renewDeadline(idleLimit(request));
-        const bool isOver = deadline <= reached;
+        late.key().first = transfer->renewDeadline(idleLimit(request));
         m_live.insert(std::move(late));
-        if (isOver) abandon(*transfer, timeoutError(request));
+        if (transfer->deadline() <= reached) abandon(*transfer, timeoutError(request));
     }
 }
 
@@ -264,7 +266,7 @@ SessionWorker::Task SessionWorker::take(Transfer& transfer) {
     Task task = std::move(m_live.extract({transfer.deadline(), &transfer}).mapped());
     m_loop->remove(transfer);
     task->maybeSent |= transfer.maybeSent();
-    if (!task->hops.empty()) transfer.measure(task->hops.back());
+    if (!task->hops.empty() && !transfer.startsAnew()) transfer.measure(task->hops.back());
     // Before the next task starts, which the server's hints concern. With content it was not offered HTTP/2.
     if (transfer.head().complete()) m_origins.learn(task->origin, transfer.head(), !task->hasContent());
     leaveSlot(*task);

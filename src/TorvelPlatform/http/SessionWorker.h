@@ -43,6 +43,7 @@ class SessionWorker final : public RequestRunner {
     void startHop(Task task);
     void startTransfer(Task task);
     bool needsOwnConnection(const SessionTask& task) const;
+    bool maySpeakHTTP2(const SessionTask& task) const;
     ClientHandle handleFor(const SessionTask& task);
     TransferOptions optionsFor(const SessionTask& task) const;
     void leaveSlot(SessionTask& task);

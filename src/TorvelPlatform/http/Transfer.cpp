@@ -77,9 +77,8 @@ struct Transfer::Callbacks {
             transfer.m_activity = std::make_shared<Activity>();
         if (++transfer.m_attempts == 1) transfer.m_sentToProxy = transfer.handedOver();
         transfer.m_replayRefused = transfer.m_attempts > 1 && transfer.maybeSent();
-        transfer.m_handleRefused = transfer.m_handle.used && !transfer.m_sharesConnection;
-        return transfer.m_replayRefused || transfer.m_handleRefused ? CURL_PREREQFUNC_ABORT
-                                                                    : CURL_PREREQFUNC_OK;
+        transfer.m_isRefused = transfer.isOnUnfitConnection();
+        return transfer.m_replayRefused || transfer.m_isRefused ? CURL_PREREQFUNC_ABORT : CURL_PREREQFUNC_OK;
     }
 
     // The context lives as long as the connection, which other requests use too: nothing of this transfer
@@ -168,9 +167,13 @@ void Transfer::setConnection() {
     curl_easy_setopt(handle, CURLOPT_URL, m_options.request.url->absoluteString().c_str());
     // Waiting for a connection to share pays where HTTP/2 may be agreed on, in the handshake. Over plain http
     // it would wait for the first answer instead.
-    const bool mayShare = isSecure() && !m_options.prefersHTTP1;
-    curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, mayShare ? CURL_HTTP_VERSION_2TLS : CURL_HTTP_VERSION_1_1);
-    curl_easy_setopt(handle, CURLOPT_PIPEWAIT, mayShare ? 1L : 0L);
+    curl_easy_setopt(handle, CURLOPT_HTTP_VERSION,
+                     m_options.mayShare ? CURL_HTTP_VERSION_2TLS : CURL_HTTP_VERSION_1_1);
+    curl_easy_setopt(handle, CURLOPT_PIPEWAIT, m_options.mayShare ? 1L : 0L);
+    // Beside HTTP/2 connections to a host the client also puts a hop on a busy HTTP/1.1 connection, and the
+    // answers of the two get mixed up; it forgets as well that the host shares any. It keeps its connections
+    // by host and address scope. On anything but link-local addresses a scope has no effect.
+    curl_easy_setopt(handle, CURLOPT_ADDRESS_SCOPE, m_options.keepsApart ? 1L : 0L);
     curl_easy_setopt(handle, CURLOPT_FRESH_CONNECT, m_options.freshConnection ? 1L : 0L);
     // The client counts whole seconds and still uses a connection in the last one.
     curl_easy_setopt(handle, CURLOPT_MAXAGE_CONN, m_options.maximumIdleAge - 1);
@@ -247,6 +250,14 @@ bool Transfer::onHeadComplete() {
 bool Transfer::endsWithConnection() const {
     return !m_head.multiplexed() && !m_head.chunked() && !m_head.contentLength() &&
            m_head.statusCode() != 204 && m_head.statusCode() != 304 && isSecure();
+}
+
+// The hop was to share a connection, and this is an HTTP/1.1 one: for a used handle, or with another hop on
+// it, which the client does not rule out.
+bool Transfer::isOnUnfitConnection() const {
+    long made = 0;
+    curl_easy_getinfo(easy(), CURLINFO_NUM_CONNECTS, &made);
+    return m_options.mayShare && !m_sharesConnection && (m_handle.used || made == 0);
 }
 
 bool Transfer::isSecure() const {

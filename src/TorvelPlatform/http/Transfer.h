@@ -29,7 +29,9 @@ struct Activity {
 struct TransferOptions {
     const URLRequest& request;
     const FormStream* form;  // the body, when it is not the request's own
-    bool prefersHTTP1;       // for bodies: the client loses HTTP/2 answers that come before it has sent all
+    // HTTP/2, that is. Not for bodies: the client loses answers that come before it has sent all.
+    bool mayShare;
+    bool keepsApart;  // from the connections that others may share
     bool freshConnection;
     bool mayUseProxy;
     long maximumIdleAge;  // seconds that a kept-alive connection may have been idle
@@ -66,8 +68,8 @@ class Transfer {
     // What the socket in use reports to, so that even half a header line counts; nullptr for a shared one.
     std::shared_ptr<Activity> socketActivity() const { return m_sharesConnection ? nullptr : m_activity; }
 
-    // Nothing was sent, for the server does not speak HTTP/2 any more: the hop wants an unused handle.
-    bool needsUnusedHandle() const { return m_handleRefused && !maybeSent(); }
+    // Nothing was sent, for the server does not always speak HTTP/2: the hop starts anew without it.
+    bool startsAnew() const { return m_isRefused && !maybeSent(); }
     // Reads the outcome once the client has finished with the hop.
     std::variant<TransferResult, Redirection> conclude(CURLcode code);
     // The outcome of a hop that is given up because of `error`.
@@ -94,6 +96,7 @@ class Transfer {
     void onProgress(std::uint64_t sent);
     bool endsWithConnection() const;
     bool isSecure() const;
+    bool isOnUnfitConnection() const;
     std::optional<SessionError> failure(CURLcode code) const;
     SessionError::Phase phase() const;
     long handedOver() const;
@@ -121,7 +124,7 @@ class Transfer {
     int m_attempts = 0;
     long m_sentToProxy = 0;  // in front of the request
     bool m_replayRefused = false;
-    bool m_handleRefused = false;
+    bool m_isRefused = false;
     std::size_t m_bodyOffset = 0;
     std::uint64_t m_bytesSent = 0;
 

@@ -66,7 +66,8 @@ std::optional<seconds> remainingLifetime(const HTTPHeaders& headers, const Cache
     } else if (headers.value("Expires")) {
         const auto now = std::chrono::floor<seconds>(std::chrono::system_clock::now());
         const auto expires = parseDate(headers.value("Expires"));
-        if (expires) lifetime = *expires - parseDate(headers.value("Date")).value_or(now);
+        if (expires)
+            lifetime = std::min(*expires - parseDate(headers.value("Date")).value_or(now), longestLifetime);
     }
     if (!lifetime) return std::nullopt;
     return *lifetime - parseSeconds(headers.value("Age").value_or("")).value_or(seconds(0));

@@ -1,5 +1,6 @@
 #include "TorvelPlatform/defaults/SealedEntry.h"
 #include "TorvelPlatform/defaults/SequenceFile.h"
+#include "TorvelPlatform/defaults/StoreEngine.h"
 #include "TorvelPlatform/defaults/StoreFiles.h"
 #include "TorvelPlatform/foundation/Diagnostics.h"
 #include "support/StoreTest.h"
@@ -253,6 +254,18 @@ TEST_F(StoreDamageTest, NothingOldShowsInAnOpenStore) {
     other.retire();
     EXPECT_EQ(StoreFiles(id).moveAside(), ok);
     EXPECT_NE(readText(store, "a"), "anew");
+}
+
+// Another process came upon the removal of the file first, and nobody has told this one.
+TEST_F(StoreDamageTest, NothingIsWrittenOnWhatARemovedFileSays) {
+    fill();
+    const SecureDefaults store = SecureDefaults::shared();
+    EXPECT_EQ(store.set("a", "anew"), ok);
+    fs::remove(last());
+    EXPECT_EQ(StoreEngine("test-host").write("a", "theirs"), ok);
+    EXPECT_EQ(store.set("b", "ours"), ok);
+    EXPECT_EQ(readText(store, "a"), "theirs");
+    EXPECT_EQ(store.verify().status, ok);
 }
 
 // Anywhere in the files: no value is ever wrong or plainly absent, and nothing is wrong without being told.

@@ -37,6 +37,7 @@ TEST(URLCache, KeepsWhatProtocolCachingAllows) {
         {"malformed max-age", {{"Cache-Control", "max-age=soon"}}, false},
         {"already old", {{"Cache-Control", "max-age=60"}, {"Age", "60"}}, false},
         {"expires later", {{"Date", date}, {"Expires", "Sunday, 06-Nov-94 08:50:37 GMT"}}, true},
+        {"expires in some thousand years", {{"Expires", "Fri, 31 Dec 9999 23:59:59 GMT"}}, true},
         {"expired", {{"Date", date}, {"Expires", date}}, false},
         {"malformed Expires", {{"Date", date}, {"Expires", "0"}}, false},
         {"max-age wins over Expires", {{"Cache-Control", "max-age=60"}, {"Expires", "0"}}, true},
